@@ -1,0 +1,79 @@
+# Finds Protocol Buffers, runtime and compiler, and says what differs between
+# its releases. This file is the one home of those differences; it is used by
+# the build and, installed beside it, by the package configuration.
+#
+# Where the runtime's headers are found decides where the rest is looked for, so
+# that CMAKE_PREFIX_PATH alone selects a release. A release that brings a CMake
+# package of its own is used through it, any other through CMake's FindProtobuf.
+#
+# Sets:
+#   VOK_PROTOBUF_ERROR         empty, or one sentence that says what is wrong
+#   VOK_PROTOBUF_VERSION       the headers' number, such as 3021012
+#   VOK_PROTOBUF_RELEASE       what protoc calls that release: 3.21.12, 36.2
+#   VOK_PROTOBUF_ABI           releases with the same text share one ABI
+#   VOK_PROTOBUF_CXX_STANDARD  the C++ standard for generated source
+
+set(VOK_PROTOBUF_ERROR "")
+
+find_path(Protobuf_INCLUDE_DIR google/protobuf/stubs/common.h)
+mark_as_advanced(Protobuf_INCLUDE_DIR)
+if(Protobuf_INCLUDE_DIR AND NOT TARGET protobuf::libprotobuf)
+  cmake_path(GET Protobuf_INCLUDE_DIR PARENT_PATH vok_protobuf_prefix)
+  find_package(Protobuf QUIET CONFIG PATHS "${vok_protobuf_prefix}" NO_DEFAULT_PATH)
+  if(NOT Protobuf_FOUND)
+    find_package(Protobuf QUIET MODULE)
+  endif()
+endif()
+
+if(NOT TARGET protobuf::libprotobuf)
+  set(VOK_PROTOBUF_ERROR
+      "Protocol Buffers was not found: install its development package or name its prefix in CMAKE_PREFIX_PATH.")
+  return()
+endif()
+
+# The number in the headers is the one that generated code is checked against.
+# A package in the compiler's own search path may leave its include folder out.
+get_target_property(vok_protobuf_includes protobuf::libprotobuf INTERFACE_INCLUDE_DIRECTORIES)
+find_file(vok_protobuf_header google/protobuf/stubs/common.h
+  PATHS ${vok_protobuf_includes} "${Protobuf_INCLUDE_DIR}" NO_DEFAULT_PATH NO_CACHE)
+set(VOK_PROTOBUF_VERSION 0)
+if(vok_protobuf_header)
+  file(STRINGS "${vok_protobuf_header}" vok_protobuf_define
+    REGEX "^#define GOOGLE_PROTOBUF_VERSION [0-9]+")
+  if(vok_protobuf_define MATCHES "([0-9]+)")
+    set(VOK_PROTOBUF_VERSION "${CMAKE_MATCH_1}")
+  endif()
+endif()
+
+math(EXPR vok_protobuf_major "${VOK_PROTOBUF_VERSION} / 1000000")
+math(EXPR vok_protobuf_minor "${VOK_PROTOBUF_VERSION} / 1000 % 1000")
+math(EXPR vok_protobuf_patch "${VOK_PROTOBUF_VERSION} % 1000")
+
+# Up to 3.21 a minor release keeps its soname and its generated code's checks;
+# from 22.0 (4.22.0 in the headers) on, generated code accepts its own release
+# only, and release names leave out the major number.
+if(VOK_PROTOBUF_VERSION LESS 4022000)
+  set(VOK_PROTOBUF_RELEASE "${vok_protobuf_major}.${vok_protobuf_minor}.${vok_protobuf_patch}")
+  set(VOK_PROTOBUF_ABI "${vok_protobuf_major}.${vok_protobuf_minor}")
+else()
+  set(VOK_PROTOBUF_RELEASE "${vok_protobuf_minor}.${vok_protobuf_patch}")
+  set(VOK_PROTOBUF_ABI "${VOK_PROTOBUF_RELEASE}")
+endif()
+
+# Before 3.6 headers still accept C++98 and, compiled as anything later, open a
+# random device for every map that is constructed. From then to 3.21 C++14 is
+# right: compiled as C++17, generated source lacks the out-of-line definitions
+# of constants such as Resource::Scheme_MAX, which C++11 users need. Later
+# releases demand C++17.
+if(VOK_PROTOBUF_VERSION LESS 3006000)
+  set(VOK_PROTOBUF_CXX_STANDARD 98)
+elseif(VOK_PROTOBUF_VERSION LESS 4022000)
+  set(VOK_PROTOBUF_CXX_STANDARD 14)
+else()
+  set(VOK_PROTOBUF_CXX_STANDARD 17)
+endif()
+
+if(VOK_PROTOBUF_VERSION LESS 3003000)
+  set(VOK_PROTOBUF_ERROR
+      "Protocol Buffers ${VOK_PROTOBUF_RELEASE} is too old: release 3.3.0 or later is needed.")
+endif()

@@ -1,0 +1,3 @@
+# The warnings that every hand-written source compiles without.
+
+set(VOK_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion)

@@ -1,0 +1,306 @@
+// What every message class offers: default instances, construction, copies,
+// presence, clearing, arenas.
+
+#include <gmock/gmock.h>
+#include <google/protobuf/arena.h>
+#include <google/protobuf/descriptor.h>
+#include <google/protobuf/message.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/messages.h"
+
+namespace {
+
+using google::protobuf::Descriptor;
+using google::protobuf::FieldDescriptor;
+using google::protobuf::Message;
+using namespace vok::rulecheck;
+
+// CTest runs each case in a process of its own, so that nothing has asked for a
+// descriptor before this one.
+TEST(DefaultInstances, AreTheSameFromEveryThreadBeforeAnyDescriptorIsAskedFor) {
+  const Violation* const expected = &Violation::default_instance();
+  std::vector<const Violation*> seen(8);
+  std::vector<std::thread> threads;
+  for (auto& slot : seen) {
+    threads.emplace_back([&slot] { slot = &Violation::default_instance(); });
+  }
+  for (auto& thread : threads) {
+    thread.join();
+  }
+  EXPECT_THAT(seen, testing::Each(expected));
+}
+
+TEST(DefaultInstances, AreReturnedByGettersOfAbsentSubMessages) {
+  EXPECT_EQ(&Link().url(), &Resource::default_instance());
+  EXPECT_EQ(&Arg().ref(), &Reference::default_instance());
+  EXPECT_EQ(&Arg().refs(), &RefList::default_instance());
+  EXPECT_EQ(&Arg().uri(), &Link::default_instance());
+  EXPECT_EQ(&Arg().uris(), &Links::default_instance());
+  EXPECT_EQ(&Arg().scalar(), &Scalar::default_instance());
+  EXPECT_EQ(&Reference().value(), &Scalar::default_instance());
+  EXPECT_EQ(&GetRuleSpecs().session(), &Session::default_instance());
+}
+
+// Every singular message field of every type, through reflection.
+TEST(DefaultInstances, AreReturnedForEveryAbsentSubMessage) {
+  int fields = 0;
+  for (const Message* message : tests::allMessages()) {
+    const Descriptor& descriptor = *message->GetDescriptor();
+    for (int i = 0; i < descriptor.field_count(); ++i) {
+      const FieldDescriptor& field = *descriptor.field(i);
+      if (field.is_repeated() || field.cpp_type() != FieldDescriptor::CPPTYPE_MESSAGE) {
+        continue;
+      }
+      ++fields;
+      const Message& value = message->GetReflection()->GetMessage(*message, &field);
+      EXPECT_EQ(&value, google::protobuf::MessageFactory::generated_factory()->GetPrototype(
+                            field.message_type()))
+          << std::string(field.full_name());
+    }
+  }
+  EXPECT_EQ(fields, 70);
+}
+
+TEST(DefaultInstances, AreThePrototypesOfTheGeneratedFactory) {
+  for (const Message* message : tests::allMessages()) {
+    EXPECT_EQ(google::protobuf::MessageFactory::generated_factory()->GetPrototype(
+                  message->GetDescriptor()),
+              message)
+        << std::string(message->GetDescriptor()->full_name());
+  }
+}
+
+TEST(Messages, AreEmptyWhenNew) {
+  for (const Message* prototype : tests::allMessages()) {
+    const std::unique_ptr<Message> message(prototype->New());
+    EXPECT_EQ(message->ByteSizeLong(), 0u) << std::string(message->GetTypeName());
+    EXPECT_EQ(tests::textOf(*message), "") << std::string(message->GetTypeName());
+    EXPECT_NE(message.get(), prototype);
+  }
+}
+
+TEST(Messages, CreatedForAnArenaBelongToIt) {
+  google::protobuf::Arena arena;
+  for (const Message* prototype : tests::allMessages()) {
+    Message* message = prototype->New(&arena);
+    ASSERT_NE(message, nullptr);
+    EXPECT_EQ(message->GetDescriptor(), prototype->GetDescriptor());
+    EXPECT_EQ(message->ByteSizeLong(), 0u);
+  }
+  Violation* violation = Violation().New(&arena);
+  violation->set_rule_key(std::string(1000, 'k'));
+  violation->mutable_details()->set_text(std::string(1000, 't'));
+  arena.Reset();  // a leak checker sees whether the strings went too
+}
+
+TEST(Messages, AreTheSameAfterSelfAssignmentSelfSwapAndSelfCopy) {
+  auto violation =
+      tests::parse<Violation>("id: 7 severity: SEV_ERROR categories { key: 1 value: 'c' }");
+  const std::string before = tests::bytesOf(violation);
+  violation.CopyFrom(violation);
+  EXPECT_EQ(tests::bytesOf(violation), before);
+  violation.Swap(&violation);
+  EXPECT_EQ(tests::bytesOf(violation), before);
+  const Violation& alias = violation;
+  violation = alias;
+  EXPECT_EQ(tests::bytesOf(violation), before);
+}
+
+TEST(Messages, ExchangeFieldsPresenceAndUnknownFieldsWhenSwapped) {
+  Reference a;
+  ASSERT_TRUE(a.ParsePartialFromString(tests::fromHex("08 1d 12 01 61")));  // type 29, name "a"
+  auto b = tests::parse<Reference>("type: LOOP id: 3");
+  a.Swap(&b);
+  EXPECT_EQ(tests::toHex(tests::bytesOf(a)), "08 0f 18 03");
+  EXPECT_EQ(tests::toHex(tests::bytesOf(b)), "12 01 61 08 1d");
+}
+
+TEST(Messages, CopiesAreDeepAndIndependent) {
+  const auto original = tests::parse<SessionResult>(
+      "session { name: 'n' } violations { hashmap { key: 3 value { id: 3 severity: SEV_ERROR } } "
+      "}");
+  SessionResult copy(original);
+  (*copy.mutable_violations()->mutable_hashmap())[3].set_rule_key("changed");
+  copy.mutable_session()->set_name("changed");
+  EXPECT_EQ(original.violations().hashmap().at(3).rule_key(), "");
+  EXPECT_EQ(original.session().name(), "n");
+}
+
+TEST(Messages, CopiedThroughTheBaseClassAreEqual) {
+  const auto original = tests::parse<Arg>("scalar { int_val: 3 } string_val: 's'");
+  Arg copy;
+  copy.CopyFrom(static_cast<const Message&>(original));
+  EXPECT_EQ(tests::bytesOf(copy), tests::bytesOf(original));
+  copy.MergeFrom(static_cast<const Message&>(original));
+  EXPECT_EQ(tests::bytesOf(copy), tests::bytesOf(original));
+}
+
+TEST(Presence, IsNotContent) {
+  Scalar scalar;
+  EXPECT_FALSE(scalar.has_string_val());
+  scalar.set_string_val("");
+  scalar.set_int_val(0);
+  scalar.set_double_val(0.0);
+  EXPECT_TRUE(scalar.has_string_val());
+  EXPECT_TRUE(scalar.has_int_val());
+  EXPECT_TRUE(scalar.has_double_val());
+  EXPECT_FALSE(scalar.has_units());
+  Link link;
+  (void)link.url();
+  EXPECT_FALSE(link.has_url());
+  (void)link.mutable_url();
+  EXPECT_TRUE(link.has_url());
+}
+
+TEST(Defaults, OfTheThreeSeveritiesDiffer) {
+  EXPECT_EQ(Violation().severity(), Violation::SEV_ADVISORY);
+  EXPECT_FALSE(Violation().has_severity());
+  EXPECT_EQ(CreateViolation().severity(), Violation::SEV_FATAL);
+  EXPECT_FALSE(CreateViolation().has_severity());
+  EXPECT_EQ(RuleSpec().severity(), Violation::SEV_FATAL);
+  EXPECT_FALSE(RuleSpec().has_severity());
+}
+
+TEST(Defaults, OfARuleSpecAreEnabledAndAbsent) {
+  EXPECT_EQ(RuleSpec().disposition(), RuleSpec::ENABLED);
+  EXPECT_FALSE(RuleSpec().has_disposition());
+  EXPECT_EQ(RuleSpec().msg_id(), 0);
+}
+
+TEST(Defaults, OfTheEnvelopeTypesAreTheirFirstValues) {
+  EXPECT_EQ(Request().type(), Request::CREATE_AFFIRMATION);
+  EXPECT_FALSE(Request().has_type());
+  EXPECT_EQ(Response().type(), Response::STATUS_RESPONSE);
+  EXPECT_FALSE(Response().has_type());
+  EXPECT_EQ(Resource().scheme(), Resource::DATA);
+  EXPECT_EQ(Reference().type(), Reference::ARRAY);
+}
+
+TEST(Defaults, OfEveryOtherFieldAreTheZeroOfItsType) {
+  for (const Message* message : tests::allMessages()) {
+    const Descriptor& descriptor = *message->GetDescriptor();
+    for (int i = 0; i < descriptor.field_count(); ++i) {
+      const FieldDescriptor& field = *descriptor.field(i);
+      const std::string name(field.full_name());
+      switch (field.cpp_type()) {
+        case FieldDescriptor::CPPTYPE_INT32:
+          EXPECT_EQ(field.default_value_int32(), 0) << name;
+          break;
+        case FieldDescriptor::CPPTYPE_INT64:
+          EXPECT_EQ(field.default_value_int64(), 0) << name;
+          break;
+        case FieldDescriptor::CPPTYPE_UINT32:
+          EXPECT_EQ(field.default_value_uint32(), 0u) << name;
+          break;
+        case FieldDescriptor::CPPTYPE_DOUBLE:
+          EXPECT_EQ(field.default_value_double(), 0) << name;
+          break;
+        case FieldDescriptor::CPPTYPE_BOOL: EXPECT_FALSE(field.default_value_bool()) << name; break;
+        case FieldDescriptor::CPPTYPE_STRING:
+          EXPECT_EQ(std::string(field.default_value_string()), "") << name;
+          break;
+        case FieldDescriptor::CPPTYPE_ENUM:
+          EXPECT_EQ(field.default_value_enum()->index(),
+                    name == "vok.rulecheck.Violation.severity" ? 4 : 0)
+              << name;
+          break;
+        case FieldDescriptor::CPPTYPE_MESSAGE: break;
+        default: FAIL() << name << " has an unexpected type";
+      }
+    }
+  }
+}
+
+TEST(Clear, ReturnsAViolationToItsDefaults) {
+  auto violation = tests::parse<Violation>("id: 7 severity: SEV_ERROR rule_key: 'k'");
+  violation.Clear();
+  EXPECT_EQ(violation.severity(), Violation::SEV_ADVISORY);
+  EXPECT_EQ(violation.id(), 0);
+  EXPECT_FALSE(violation.has_severity());
+  EXPECT_FALSE(violation.has_id());
+  EXPECT_EQ(violation.ByteSizeLong(), 0u);
+}
+
+TEST(Clear, ReturnsARuleSpecToItsDefaults) {
+  auto spec = tests::parse<RuleSpec>("severity: SEV_WARNING disposition: READONLY msg_id: 5");
+  spec.Clear();
+  EXPECT_EQ(spec.severity(), Violation::SEV_FATAL);
+  EXPECT_EQ(spec.disposition(), RuleSpec::ENABLED);
+  EXPECT_EQ(spec.msg_id(), 0);
+  EXPECT_FALSE(spec.has_severity());
+  EXPECT_FALSE(spec.has_disposition());
+}
+
+TEST(Clear, DropsUnknownFields) {
+  Reference reference;
+  ASSERT_TRUE(reference.ParsePartialFromString(tests::fromHex("08 1d")));
+  reference.Clear();
+  EXPECT_EQ(tests::bytesOf(reference), "");
+}
+
+TEST(FieldNumbers, AreConstantsOfTheClass) {
+  struct Row {
+    const char* name;
+    int constant;
+    int number;
+  };
+  const Row rows[] = {
+      {"Resource media_type", Resource::kMediaTypeFieldNumber, 7},
+      {"Link docgen_filename", Link::kDocgenFilenameFieldNumber, 3},
+      {"Arg string_val", Arg::kStringValFieldNumber, 6},
+      {"Violation id", Violation::kIdFieldNumber, 1},
+      {"Violation severity", Violation::kSeverityFieldNumber, 2},
+      {"Violation rule_key", Violation::kRuleKeyFieldNumber, 3},
+      {"Affirmation rule_key", Affirmation::kRuleKeyFieldNumber, 2},
+      {"CreateViolation severity", CreateViolation::kSeverityFieldNumber, 7},
+      {"RuleSpec dynamic_categories", RuleSpec::kDynamicCategoriesFieldNumber, 19},
+      {"Session report_file", Session::kReportFileFieldNumber, 5},
+      {"StartSession report_file", StartSession::kReportFileFieldNumber, 6},
+      {"Request dump_rules", Request::kDumpRulesFieldNumber, 15},
+      {"Response violation", Response::kViolationFieldNumber, 8},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(row.constant, row.number) << row.name;
+  }
+}
+
+TEST(Envelope, BodiesOfRequestsAreOneAboveTheirTypes) {
+  const auto* types = Request::RequestType_descriptor();
+  for (int i = 0; i < types->value_count() - 1; ++i) {
+    const int number = types->value(i)->number();
+    std::string name(types->value(i)->name());
+    for (char& c : name) {
+      c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    const FieldDescriptor* body = Request::descriptor()->FindFieldByName(name);
+    ASSERT_NE(body, nullptr) << name;
+    EXPECT_EQ(body->number(), number + 1) << name;
+  }
+  EXPECT_EQ(Request::descriptor()->FindFieldByName("stop_server"), nullptr);
+}
+
+TEST(Envelope, BodiesOfResponsesAreTwoAboveTheirTypes) {
+  struct Row {
+    Response::ResponseType type;
+    const char* body;
+  };
+  const Row rows[] = {
+      {Response::STATUS_RESPONSE, "status"},        {Response::ERROR_RESPONSE, "error"},
+      {Response::AFFIRMATION, "affirmation"},       {Response::SESSION, "session"},
+      {Response::SESSION_RESULT, "session_result"}, {Response::VERSION, "version"},
+      {Response::VIOLATION, "violation"},
+  };
+  for (const Row& row : rows) {
+    const FieldDescriptor* body = Response::descriptor()->FindFieldByName(row.body);
+    ASSERT_NE(body, nullptr) << row.body;
+    EXPECT_EQ(body->number(), row.type + 2) << row.body;
+  }
+}
+
+}  // namespace
