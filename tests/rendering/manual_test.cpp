@@ -1,0 +1,142 @@
+// The examples of the manual: those in the comments of Converter.h and those in
+// the tables of docs/rendering.md.
+
+#include <gtest/gtest.h>
+#include <vok/rulecheck/Converter.h>
+
+#include <algorithm>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "support/messages.h"
+
+namespace {
+
+using tests::parse;
+using vok::rulecheck::Converter;
+using namespace vok::rulecheck;
+
+std::vector<std::string> linesOf(const std::string& path) {
+  std::ifstream in(path);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(in, line);) {
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+// Functions by name and message type, called with a message in text format.
+std::string call(const std::string& function, const std::string& message) {
+  static const std::map<std::string, std::function<std::string(const std::string&)>> functions = {
+      {"toString(Scalar)", [](const auto& m) { return Converter::toString(parse<Scalar>(m)); }},
+      {"toString(Reference)",
+       [](const auto& m) { return Converter::toString(parse<Reference>(m)); }},
+      {"href(Resource)", [](const auto& m) { return Converter::href(parse<Resource>(m)); }},
+      {"toHtml(Resource)",
+       [](const auto& m) { return Converter::toHtml(parse<Resource>(m), "A"); }},
+      {"toHtml(Link)", [](const auto& m) { return Converter::toHtml(parse<Link>(m)); }},
+      {"toHtml(Reference)", [](const auto& m) { return Converter::toHtml(parse<Reference>(m)); }},
+      {"toHtml(Arg)", [](const auto& m) { return Converter::toHtml(parse<Arg>(m)); }},
+  };
+  return functions.at(function)(message);
+}
+
+std::string withoutBackquotes(const std::string& cell) {
+  const auto first = cell.find('`');
+  return first == std::string::npos ? "" : cell.substr(first + 1, cell.rfind('`') - first - 1);
+}
+
+TEST(Manual, TablesOfThePageOnRenderingAreTrue) {
+  const std::regex row(
+      R"(\| `((?:toString|href|toHtml)\((?:Scalar|Reference|Resource|Link|Arg)\))` \|(.*) \| (.*) \|)");
+  int rows = 0;
+  for (const std::string& line : linesOf(PAGE_ON_RENDERING)) {
+    std::smatch cells;
+    if (std::regex_match(line, cells, row)) {
+      ++rows;
+      EXPECT_EQ(call(cells[1], withoutBackquotes(cells[2])), withoutBackquotes(cells[3])) << line;
+    }
+  }
+  EXPECT_EQ(rows, 46);
+}
+
+// An example of the header: a message in braces, or a call, and its result.
+struct Example {
+  std::string input;
+  std::string result;
+};
+
+int depthOf(const std::string& text) {
+  return static_cast<int>(std::count(text.begin(), text.end(), '{') -
+                          std::count(text.begin(), text.end(), '}'));
+}
+
+// The examples are the comment lines indented by three spaces; one ends with the
+// line on which its braces are balanced and a result stands in double quotes.
+std::vector<Example> examplesIn(const std::vector<std::string>& comment) {
+  const std::regex last(R"re((.*[})])(?:, "A")? {2,}"(.*)"(?:  \(.*\))?)re");
+  const std::regex onlyResult(R"re((.*[})])(?:, "A")? +"(.*)"(?:  \(.*\))?)re");
+  std::vector<Example> examples;
+  std::string pending;
+  for (const std::string& line : comment) {
+    if (line.rfind("  //   ", 0) != 0) {
+      pending.clear();
+      continue;
+    }
+    pending += (pending.empty() ? "" : " ") + line.substr(7);
+    std::smatch parts;
+    if (depthOf(pending.substr(0, pending.find("  \""))) == 0 &&
+        (std::regex_match(pending, parts, last) || std::regex_match(pending, parts, onlyResult))) {
+      examples.push_back({parts[1], parts[2]});
+      pending.clear();
+    }
+  }
+  return examples;
+}
+
+std::string evaluate(const std::string& function, const std::string& input) {
+  static const std::map<std::string, std::string> words = {
+      {"toString(Resource::HTTPS)", Converter::toString(Resource::HTTPS)},
+      {"toString(static_cast<Resource_Scheme>(-1))",
+       Converter::toString(static_cast<Resource_Scheme>(-1))},
+      {"toString(Reference::DATAMOVER)", Converter::toString(Reference::DATAMOVER)},
+      {"toString(Reference::READ_OP)", Converter::toString(Reference::READ_OP)},
+      {"toString(static_cast<Reference_RefType>(29))",
+       Converter::toString(static_cast<Reference_RefType>(29))},
+      {"toString(Violation::SEV_CRITICAL_WARNING)",
+       Converter::toString(Violation::SEV_CRITICAL_WARNING)},
+      {"toString(Violation::SEV_UNKNOWN)", Converter::toString(Violation::SEV_UNKNOWN)},
+  };
+  return input.front() == '{' ? call(function, input.substr(1, input.size() - 2)) : words.at(input);
+}
+
+TEST(Manual, ExamplesOfTheHeaderAreTrue) {
+  const std::regex declaration(R"(  static std::string (\w+)\((?:const )?(\w+).*)");
+  std::vector<std::string> comment;
+  int functions = 0;
+  int examples = 0;
+  for (const std::string& line : linesOf(HEADER)) {
+    std::smatch parts;
+    if (!std::regex_match(line, parts, declaration)) {
+      comment.push_back(line);
+      continue;
+    }
+    ++functions;
+    const std::string function = parts[1].str() + "(" + parts[2].str() + ")";
+    const auto found = examplesIn(comment);
+    EXPECT_GE(found.size(), 2u) << function;
+    for (const Example& example : found) {
+      ++examples;
+      EXPECT_EQ(evaluate(function, example.input), example.result) << function << example.input;
+    }
+    comment.clear();
+  }
+  EXPECT_EQ(functions, 10);
+  EXPECT_EQ(examples, 32);
+}
+
+}  // namespace
