@@ -1,0 +1,266 @@
+"""The package as users meet it: consumer projects are configured, built and run."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+HERE = pathlib.Path(__file__).resolve().parent
+SOURCE = HERE.parents[1]
+CONSUMERS = HERE / "consumers"
+CMAKE = os.environ["CMAKE"]
+CXX = os.environ["CXX"]
+WORK = pathlib.Path(os.environ["WORK_DIR"])
+PREFIX = WORK / "prefix"
+PREFIX_PATH = ";".join(filter(None, [str(PREFIX), os.environ["CMAKE_PREFIX_PATH"]]))
+LIBRARY_DIR = next(PREFIX.glob("**/libvok_rulecheck.*")).parent if PREFIX.exists() else None
+
+
+def run(*command, env=None):
+    """The finished process; its output is in the failure of a test that needed success."""
+    return subprocess.run([str(part) for part in command], text=True, check=False,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                          env={**os.environ, **(env or {})})
+
+
+class PackageTest(unittest.TestCase):
+    def setUp(self):
+        WORK.mkdir(parents=True, exist_ok=True)
+        self.build = pathlib.Path(tempfile.mkdtemp(prefix=f"{self.id().split('.')[-1]}-", dir=WORK))
+        self.addCleanup(shutil.rmtree, self.build, ignore_errors=True)
+
+    def succeed(self, *command, env=None):
+        result = run(*command, env=env)
+        self.assertEqual(result.returncode, 0, f"{command}\n{result.stdout}")
+        return result.stdout
+
+    def configure(self, source, *options):
+        return run(CMAKE, "-G", "Ninja", "-S", source, "-B", self.build,
+                   f"-DCMAKE_CXX_COMPILER={CXX}", f"-DCMAKE_MAKE_PROGRAM={os.environ['MAKE_PROGRAM']}",
+                   f"-DPROTOC={os.environ['PROTOC']}", *options)
+
+    def build_consumer(self, name, *options):
+        """Builds a consumer project; returns the path of its program."""
+        result = self.configure(CONSUMERS / name, f"-DLIBRARY_SOURCE_DIR={SOURCE}", *options)
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.succeed(CMAKE, "--build", self.build)
+        return next(path for path in (self.build / "program", self.build / "program/program")
+                    if path.is_file())
+
+
+class FindPackage(PackageTest):
+    def use(self, standard, build_type, flags=""):
+        program = self.build_consumer(
+            "find_package", f"-DCMAKE_PREFIX_PATH={PREFIX_PATH}",
+            f"-DCMAKE_CXX_STANDARD={standard}", "-DCMAKE_CXX_EXTENSIONS=OFF",
+            f"-DCMAKE_BUILD_TYPE={build_type}", f"-DCMAKE_CXX_FLAGS={flags}")
+        self.succeed(program)
+        return program
+
+    def lowest_standard(self):
+        return 11 if os.environ["PROTOBUF_RELEASE"].startswith("3.") else 17
+
+    def test_a_cxx11_program_built_for_debugging(self):
+        self.use(self.lowest_standard(), "Debug")
+
+    def test_a_cxx20_program_built_for_release(self):
+        self.use(20, "Release")
+
+    def test_a_position_dependent_program_sees_the_librarys_default_instances(self):
+        program = self.use(self.lowest_standard(), "Release", "-fno-pie -no-pie")
+        if os.environ["SHARED"] == "1":
+            copies = self.succeed("readelf", "-rW", program)
+            self.assertRegex(copies, r"R_X86_64_COPY .*_default_instance_")
+
+    def test_a_position_independent_program_sees_the_librarys_default_instances(self):
+        self.use(self.lowest_standard(), "Release", "-fPIE -pie")
+
+    def test_another_major_or_a_later_minor_version_is_not_found(self):
+        project = self.build / "project"
+        project.mkdir()
+        for version, accepted in (("1.4", True), ("1.0", True), ("1.5", False), ("2.0", False)):
+            (project / "CMakeLists.txt").write_text(
+                "cmake_minimum_required(VERSION 3.25)\nproject(p LANGUAGES CXX)\n"
+                f"find_package(vok_rulecheck {version} REQUIRED)\n")
+            result = self.configure(project, f"-DCMAKE_PREFIX_PATH={PREFIX_PATH}")
+            self.assertEqual(result.returncode == 0, accepted, f"{version}\n{result.stdout}")
+
+
+class Subdirectory(PackageTest):
+    def test_added_as_a_subdirectory(self):
+        self.succeed(self.build_consumer("subdirectory", "-DCMAKE_BUILD_TYPE=Release"))
+
+
+class FetchContent(PackageTest):
+    def test_fetched_and_linked_statically(self):
+        self.succeed(self.build_consumer("fetch_content", "-DCMAKE_BUILD_TYPE=Release",
+                                         "-DBUILD_SHARED_LIBS=OFF"))
+        self.assertEqual(list(self.build.glob("**/libvok_rulecheck.so*")), [])
+
+
+class Logging(PackageTest):
+    def test_bytes_that_are_not_utf8_log_nothing_in_a_debug_build(self):
+        program = self.build_consumer("logging", "-DCMAKE_BUILD_TYPE=Debug")
+        self.assertEqual(self.succeed(program), "")
+        imports = self.succeed("nm", "-D", "--undefined-only",
+                               next(self.build.glob("**/libvok_rulecheck.so.1")))
+        self.assertNotIn("utf8", imports.lower())
+        # The host's own strings are checked, so a log line would have been seen.
+        # Releases after 3.21 check no proto2 string in generated code.
+        if os.environ["PROTOBUF_RELEASE"].startswith("3."):
+            self.assertIn("UTF-8", self.succeed(program, "host"))
+
+
+class PkgConfig(PackageTest):
+    def flags(self, *options):
+        return self.succeed("pkg-config", *options, "vok_rulecheck", env={
+            "PKG_CONFIG_PATH": f"{LIBRARY_DIR}/pkgconfig:{os.environ.get('PKG_CONFIG_PATH', '')}"
+        }).split()
+
+    def test_flags_build_a_program(self):
+        program = self.build / "program"
+        self.succeed(CXX, "-std=c++17", *sorted((CONSUMERS / "program").glob("*.cpp")),
+                     "-o", program, *self.flags("--cflags", "--libs"))
+        self.succeed(program, env={"LD_LIBRARY_PATH": str(LIBRARY_DIR)})
+
+    def test_paths_follow_the_installation(self):
+        real = {str(pathlib.Path(flag[2:]).resolve()) for flag in self.flags("--cflags", "--libs")
+                if flag[:2] in ("-I", "-L")}
+        self.assertIn(str(PREFIX / "include"), real)
+        self.assertIn(str(LIBRARY_DIR), real)
+
+    def test_the_runtime_is_required(self):
+        self.assertIn("protobuf", self.flags("--print-requires"))
+        self.assertEqual(self.flags("--modversion"), ["1.4.0"])
+
+
+class Plugins(PackageTest):
+    def setUp(self):
+        super().setUp()
+        if os.environ["SHARED"] != "1":
+            self.skipTest("plugins share one library only where it is a shared object")
+        self.program = self.build_consumer("plugins", f"-DCMAKE_PREFIX_PATH={PREFIX_PATH}")
+
+    def test_plugins_and_the_library_load_unload_and_load_again(self):
+        self.succeed(self.program, self.build / "first.so", self.build / "second.so",
+                     LIBRARY_DIR / "libvok_rulecheck.so")
+
+    def test_two_libraries_of_one_program_share_the_library(self):
+        self.succeed(self.build / "linked_to_both")
+
+
+class Schema(PackageTest):
+    SCHEMA_DIR = PREFIX / "share/vok/rulecheck"
+
+    def test_the_installed_schema_gives_the_code_that_the_library_holds(self):
+        self.succeed(os.environ["PROTOC"], f"--proto_path={self.SCHEMA_DIR}",
+                     f"--cpp_out={self.build}", "RuleService.proto")
+        for name in ("RuleService.pb.h", "RuleService.pb.cc"):
+            self.assertEqual((self.build / name).read_bytes(),
+                             (pathlib.Path(os.environ["GENERATED_DIR"]) / name).read_bytes(), name)
+
+    def test_a_schema_that_imports_it_uses_the_librarys_types(self):
+        self.succeed(self.build_consumer("importing", f"-DCMAKE_PREFIX_PATH={PREFIX_PATH}",
+                                         f"-DSCHEMA_DIR={self.SCHEMA_DIR}"))
+
+
+class Headers(PackageTest):
+    FLAGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wshadow", "-Wconversion", "-Werror",
+             "-fsyntax-only", "-x", "c++"]
+
+    def test_compile_without_warning_in_every_standard(self):
+        packaged = os.environ["PROTOBUF_RELEASE"].startswith("3.21.")
+        for standard in ("11", "14", "17", "20", "2b") if packaged else ("17", "20"):
+            for header in ("RuleService.pb.h", "Converter.h"):
+                source = self.build / "source.cpp"
+                source.write_text(f"#include <vok/rulecheck/{header}>\n")
+                with self.subTest(standard=standard, header=header):
+                    self.succeed(CXX, f"-std=c++{standard}", *self.FLAGS, f"-I{PREFIX}/include",
+                                 *self.runtime_flags(), source)
+
+    def runtime_flags(self):
+        return [f"-I{path}/include" for path in os.environ["CMAKE_PREFIX_PATH"].split(";") if path]
+
+    def test_are_the_two_and_need_no_macro_of_ours(self):
+        headers = sorted(path.name for path in (PREFIX / "include").glob("**/*") if path.is_file())
+        self.assertEqual(headers, ["Converter.h", "RuleService.pb.h"])
+        self.assertNotIn("VOK_", (PREFIX / "include/vok/rulecheck/RuleService.pb.h").read_text())
+
+
+class Refusals(PackageTest):
+    """Configurations that cannot work stop with one sentence."""
+
+    def fake_protobuf(self, headers, compiler, library="libprotobuf.so"):
+        """A prefix that looks like Protocol Buffers of these releases."""
+        prefix = self.build / "protobuf"
+        stubs = prefix / "include/google/protobuf/stubs"
+        for directory in (stubs, prefix / "lib", prefix / "bin"):
+            directory.mkdir(parents=True)
+        (stubs / "common.h").write_text(f"#define GOOGLE_PROTOBUF_VERSION {headers}\n")
+        (prefix / "lib" / library).touch()
+        protoc = prefix / "bin/protoc"
+        protoc.write_text(f"#!/bin/sh\necho libprotoc {compiler}\n")
+        protoc.chmod(0o755)
+        return prefix
+
+    def refuse(self, source, sentence, *options):
+        result = self.configure(source, *options)
+        self.assertNotEqual(result.returncode, 0, result.stdout)
+        self.assertIn(sentence, " ".join(result.stdout.split()))
+
+    def test_a_release_older_than_3_3_0(self):
+        prefix = self.fake_protobuf("3002000", "3.2.0")
+        self.refuse(SOURCE, "Protocol Buffers 3.2.0 is too old: release 3.3.0 or later is needed.",
+                    f"-DCMAKE_PREFIX_PATH={prefix}")
+
+    def test_release_3_3_0_is_accepted(self):
+        prefix = self.fake_protobuf("3003000", "3.3.0")
+        result = self.configure(SOURCE, f"-DCMAKE_PREFIX_PATH={prefix}",
+                                "-DVOK_RULECHECK_BUILD_TESTS=OFF",
+                                "-DVOK_RULECHECK_BUILD_EXAMPLES=OFF")
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.assertIn("-std=gnu++98", (self.build / "build.ninja").read_text())
+
+    def test_a_compiler_of_another_release(self):
+        prefix = self.fake_protobuf("3012004", "3.21.12")
+        self.refuse(SOURCE, "does not match the runtime, Protocol Buffers 3.12.4: "
+                    "install both from one release.", f"-DCMAKE_PREFIX_PATH={prefix}")
+
+    def test_a_static_runtime(self):
+        prefix = self.fake_protobuf("3012004", "3.12.4", library="libprotobuf.a")
+        self.refuse(SOURCE, "was found as a static library: a shared one is needed.",
+                    f"-DCMAKE_PREFIX_PATH={prefix}",
+                    "-DCMAKE_FIND_USE_CMAKE_SYSTEM_PATH=OFF")
+
+    def test_no_compiler(self):
+        prefix = self.fake_protobuf("3012004", "3.12.4")
+        (prefix / "bin/protoc").unlink()
+        self.refuse(SOURCE, "protoc, the compiler of Protocol Buffers 3.12.4, was not found",
+                    f"-DCMAKE_PREFIX_PATH={prefix}", "-DCMAKE_FIND_USE_CMAKE_SYSTEM_PATH=OFF",
+                    "-DCMAKE_FIND_USE_SYSTEM_ENVIRONMENT_PATH=OFF")
+
+    def test_no_runtime(self):
+        self.refuse(SOURCE, "Protocol Buffers was not found: install its development package",
+                    "-DCMAKE_FIND_USE_CMAKE_SYSTEM_PATH=OFF",
+                    "-DCMAKE_FIND_USE_SYSTEM_ENVIRONMENT_PATH=OFF")
+
+    def test_the_package_refuses_a_runtime_with_another_abi(self):
+        prefix = self.fake_protobuf("3020003", "3.20.3")
+        self.refuse(CONSUMERS / "find_package",
+                    f"vok_rulecheck was built with Protocol Buffers "
+                    f"{os.environ['PROTOBUF_RELEASE']} and needs a release with the same ABI",
+                    f"-DCMAKE_PREFIX_PATH={prefix};{PREFIX}")
+
+    def test_the_package_accepts_another_patch_of_the_same_release(self):
+        if not os.environ["PROTOBUF_RELEASE"].startswith("3.21."):
+            self.skipTest("later releases have another ABI for each patch")
+        prefix = self.fake_protobuf("3021099", "3.21.99")
+        result = self.configure(CONSUMERS / "find_package",
+                                f"-DCMAKE_PREFIX_PATH={prefix};{PREFIX}")
+        self.assertEqual(result.returncode, 0, result.stdout)
+
+
+if __name__ == "__main__":
+    unittest.main()
