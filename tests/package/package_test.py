@@ -14,7 +14,8 @@ CMAKE = os.environ["CMAKE"]
 CXX = os.environ["CXX"]
 WORK = pathlib.Path(os.environ["WORK_DIR"])
 PREFIX = WORK / "prefix"
-PREFIX_PATH = ";".join(filter(None, [str(PREFIX), os.environ["CMAKE_PREFIX_PATH"]]))
+RUNTIME_PREFIXES = [path for path in os.environ["RUNTIME_PREFIXES"].split(";") if path]
+PREFIX_PATH = ";".join([str(PREFIX), *RUNTIME_PREFIXES])
 LIBRARY_DIR = next(PREFIX.glob("**/libvok_rulecheck.*")).parent if PREFIX.exists() else None
 
 
@@ -37,6 +38,8 @@ class PackageTest(unittest.TestCase):
         return result.stdout
 
     def configure(self, source, *options):
+        if not any(option.startswith("-DCMAKE_PREFIX_PATH=") for option in options):
+            options = (*options, f"-DCMAKE_PREFIX_PATH={';'.join(RUNTIME_PREFIXES)}")
         return run(CMAKE, "-G", "Ninja", "-S", source, "-B", self.build,
                    f"-DCMAKE_CXX_COMPILER={CXX}", f"-DCMAKE_MAKE_PROGRAM={os.environ['MAKE_PROGRAM']}",
                    f"-DPROTOC={os.environ['PROTOC']}", *options)
@@ -70,7 +73,8 @@ class FindPackage(PackageTest):
 
     def test_a_position_dependent_program_sees_the_librarys_default_instances(self):
         program = self.use(self.lowest_standard(), "Release", "-fno-pie -no-pie")
-        if os.environ["SHARED"] == "1":
+        # Headers of later releases reach a default instance through a function.
+        if os.environ["SHARED"] == "1" and os.environ["PROTOBUF_RELEASE"].startswith("3."):
             copies = self.succeed("readelf", "-rW", program)
             self.assertRegex(copies, r"R_X86_64_COPY .*_default_instance_")
 
@@ -115,9 +119,11 @@ class Logging(PackageTest):
 
 class PkgConfig(PackageTest):
     def flags(self, *options):
-        return self.succeed("pkg-config", *options, "vok_rulecheck", env={
-            "PKG_CONFIG_PATH": f"{LIBRARY_DIR}/pkgconfig:{os.environ.get('PKG_CONFIG_PATH', '')}"
-        }).split()
+        runtimes = [str(path) for prefix in RUNTIME_PREFIXES
+                    for path in pathlib.Path(prefix).glob("lib*/**/pkgconfig")]
+        search = ":".join([f"{LIBRARY_DIR}/pkgconfig", *runtimes])
+        return self.succeed("pkg-config", *options, "vok_rulecheck",
+                            env={"PKG_CONFIG_PATH": search}).split()
 
     def test_flags_build_a_program(self):
         program = self.build / "program"
@@ -131,8 +137,10 @@ class PkgConfig(PackageTest):
         self.assertIn(str(PREFIX / "include"), real)
         self.assertIn(str(LIBRARY_DIR), real)
 
-    def test_the_runtime_is_required(self):
-        self.assertIn("protobuf", self.flags("--print-requires"))
+    def test_a_runtime_with_the_same_abi_is_required(self):
+        major, minor = map(int, os.environ["PROTOBUF_ABI"].split("."))
+        self.assertEqual(self.flags("--print-requires"),
+                         ["protobuf", ">=", f"{major}.{minor}", "protobuf", "<", f"{major}.{minor + 1}"])
         self.assertEqual(self.flags("--modversion"), ["1.4.0"])
 
 
@@ -171,17 +179,15 @@ class Headers(PackageTest):
              "-fsyntax-only", "-x", "c++"]
 
     def test_compile_without_warning_in_every_standard(self):
-        packaged = os.environ["PROTOBUF_RELEASE"].startswith("3.21.")
-        for standard in ("11", "14", "17", "20", "2b") if packaged else ("17", "20"):
+        if not os.environ["PROTOBUF_RELEASE"].startswith("3.21."):
+            self.skipTest("headers that other releases generate have warnings of their own")
+        source = self.build / "source.cpp"
+        for standard in ("11", "14", "17", "20", "2b"):
             for header in ("RuleService.pb.h", "Converter.h"):
-                source = self.build / "source.cpp"
                 source.write_text(f"#include <vok/rulecheck/{header}>\n")
                 with self.subTest(standard=standard, header=header):
                     self.succeed(CXX, f"-std=c++{standard}", *self.FLAGS, f"-I{PREFIX}/include",
-                                 *self.runtime_flags(), source)
-
-    def runtime_flags(self):
-        return [f"-I{path}/include" for path in os.environ["CMAKE_PREFIX_PATH"].split(";") if path]
+                                 *(f"-isystem{path}/include" for path in RUNTIME_PREFIXES), source)
 
     def test_are_the_two_and_need_no_macro_of_ours(self):
         headers = sorted(path.name for path in (PREFIX / "include").glob("**/*") if path.is_file())
@@ -243,7 +249,7 @@ class Refusals(PackageTest):
 
     def test_no_runtime(self):
         self.refuse(SOURCE, "Protocol Buffers was not found: install its development package",
-                    "-DCMAKE_FIND_USE_CMAKE_SYSTEM_PATH=OFF",
+                    "-DCMAKE_PREFIX_PATH=", "-DCMAKE_FIND_USE_CMAKE_SYSTEM_PATH=OFF",
                     "-DCMAKE_FIND_USE_SYSTEM_ENVIRONMENT_PATH=OFF")
 
     def test_the_package_refuses_a_runtime_with_another_abi(self):
