@@ -1,0 +1,19 @@
+// How the example programs answer their users: a bad argument or file gives one
+// line on the standard error output and exit status 2.
+
+#ifndef VOK_EXAMPLES_COMMON_COMMAND_LINE_H_
+#define VOK_EXAMPLES_COMMON_COMMAND_LINE_H_
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+namespace examples {
+
+// Parses the arguments into what app's options are bound to, and runs work.
+// Returns the exit status: 0 after work or --help, 2 after a bad argument or
+// any exception from work, with the exception's text as the line.
+int run(CLI::App& app, int argc, const char* const* argv, const std::function<void()>& work);
+
+}  // namespace examples
+
+#endif  // VOK_EXAMPLES_COMMON_COMMAND_LINE_H_

@@ -1,0 +1,27 @@
+// Messages on a byte stream: each is preceded by its length as a varint, the
+// way in which protobuf runtimes of all languages delimit messages.
+
+#ifndef VOK_EXAMPLES_COMMON_FRAMING_H_
+#define VOK_EXAMPLES_COMMON_FRAMING_H_
+
+#include <google/protobuf/message.h>
+
+#include <cstddef>
+#include <string>
+
+namespace examples {
+
+// Appends length and message to the stream. Returns false, with nothing
+// appended, if the message is not initialized.
+bool appendFramed(const google::protobuf::Message& message, std::string* stream);
+
+// Reads the message that begins at *position, which is at most the stream's size,
+// and moves *position behind it. Returns false, with *position unchanged and
+// *message in any state, if the stream ends early or the message is malformed,
+// incomplete or longer than maxBytes, which is less than 2 GiB.
+bool readFramed(const std::string& stream, std::size_t* position,
+                google::protobuf::Message* message, std::size_t maxBytes = 64u << 20);
+
+}  // namespace examples
+
+#endif  // VOK_EXAMPLES_COMMON_FRAMING_H_

@@ -1,0 +1,39 @@
+// Messages in files, in three formats that the file's extension selects:
+//
+//   .pb .bin                  binary, as on the wire
+//   .txtpb .textproto .txt    text format
+//   .json                     JSON
+//
+// Reading throws FileError, whose text is one line that names the file.
+
+#ifndef VOK_EXAMPLES_COMMON_MESSAGE_FILE_H_
+#define VOK_EXAMPLES_COMMON_MESSAGE_FILE_H_
+
+#include <google/protobuf/message.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace examples {
+
+class FileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The whole content of a file.
+std::string readFile(const std::string& path);
+
+// Writes the whole content of a file, replacing what was there.
+void writeFile(const std::string& path, const std::string& content);
+
+// Turns a message into the content of a file of that name, and back. A message
+// that is not initialized, and content that is malformed or incomplete, throw.
+// Binary and text bytes of equal messages are equal.
+std::string encodeFor(const std::string& path, const google::protobuf::Message& message);
+void decodeFrom(const std::string& path, const std::string& content,
+                google::protobuf::Message* message);
+
+}  // namespace examples
+
+#endif  // VOK_EXAMPLES_COMMON_MESSAGE_FILE_H_

@@ -1,0 +1,145 @@
+#include "rule_server/findings.h"
+
+#include <charconv>
+#include <cstddef>
+#include <string>
+
+#include "rule_server/errors.h"
+
+namespace rule_server {
+namespace {
+
+using vok::rulecheck::Affirmation;
+using vok::rulecheck::CreateAffirmation;
+using vok::rulecheck::CreateViolation;
+using vok::rulecheck::RuleSpec;
+using vok::rulecheck::Violation;
+
+const std::string kWaiver = "waiver";
+
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// Whether the text refers to an argument: "%" and a number, "%%" being a percent
+// sign.
+bool namesArgument(const std::string& text) {
+  for (std::size_t i = 0; i + 1 < text.size(); ++i) {
+    if (text[i] != '%') {
+      continue;
+    }
+    if (isDigit(text[i + 1])) {
+      return true;
+    }
+    i += text[i + 1] == '%' ? 1 : 0;
+  }
+  return false;
+}
+
+Failure refusal(const std::string& category, const std::string& reason) {
+  return Failure(ErrorCode::CategoryRefused,
+                 "dynamic category " + quoted(category) + " is refused: " + reason);
+}
+
+// A dynamic category is named by its number in plain decimal digits.
+std::int32_t dynamicCategory(const RuleSpec& rule, const std::string& name) {
+  std::int32_t number = 0;
+  std::from_chars(name.data(), name.data() + name.size(), number);
+  const auto allowed = rule.dynamic_categories().find(number);
+  if (std::to_string(number) != name || allowed == rule.dynamic_categories().end() ||
+      !allowed->second) {
+    throw refusal(name, "the rule has no such category");
+  }
+  return number;
+}
+
+// What violations and affirmations have in common.
+template <typename Finding, typename Body>
+void fill(const RuleSpec& rule, const Body& body, std::int32_t id, Finding* finding) {
+  finding->set_id(id);
+  finding->set_rule_key(rule.key());
+  if (rule.has_examples()) {
+    *finding->mutable_examples() = rule.examples();
+  }
+  if (rule.has_expects()) {
+    finding->set_expects(rule.expects());
+  }
+  if (body.has_actual_value()) {
+    *finding->mutable_actual_value() = body.actual_value();
+  }
+  if (body.has_threshold_value() || rule.has_threshold_value()) {
+    *finding->mutable_threshold_value() =
+        body.has_threshold_value() ? body.threshold_value() : rule.threshold_value();
+  }
+  *finding->mutable_categories() = rule.categories();
+}
+
+template <typename Body>
+void setMessage(const std::string& text, const Body& body, vok::rulecheck::MsgInst* message) {
+  message->set_text(text);
+  if (body.has_args()) {
+    *message->mutable_args() = body.args();
+  }
+}
+
+void addResolution(const RuleSpec& rule, const CreateViolation& body, Violation* violation) {
+  if (!rule.has_resolution_msg()) {
+    return;
+  }
+  violation->mutable_resolution()->set_text(rule.resolution_msg());
+  if (namesArgument(rule.resolution_msg())) {
+    setMessage(rule.resolution_msg(), body, violation->mutable_resolution());
+  }
+}
+
+void addWaiver(const CreateViolation& body, Violation* violation) {
+  const std::string& reason = body.dynamic_category_values().at(kWaiver);
+  if (reason.empty()) {
+    throw refusal(kWaiver, "a waiver needs a reason");
+  }
+  (*violation->mutable_categories())[kWaiverCategory] = reason;
+}
+
+vok::rulecheck::Violation_Severity severityOf(const RuleSpec& rule, const CreateViolation& body) {
+  if (body.has_severity()) {
+    return body.severity();
+  }
+  return rule.has_severity() ? rule.severity() : Violation::SEV_UNKNOWN;
+}
+
+}  // namespace
+
+bool isWaived(const CreateViolation& body) {
+  return body.dynamic_category_values().count(kWaiver) != 0;
+}
+
+Violation makeViolation(const RuleSpec& rule, const CreateViolation& body, std::int32_t id) {
+  Violation violation;
+  fill(rule, body, id, &violation);
+  violation.set_severity(severityOf(rule, body));
+  setMessage(rule.has_raw_msg() ? rule.raw_msg() : rule.full_name(), body,
+             violation.mutable_details());
+  addResolution(rule, body, &violation);
+  for (const auto& value : body.dynamic_category_values()) {
+    if (value.first != kWaiver) {
+      (*violation.mutable_categories())[dynamicCategory(rule, value.first)] = value.second;
+    }
+  }
+  if (isWaived(body)) {
+    addWaiver(body, &violation);
+  }
+  return violation;
+}
+
+Affirmation makeAffirmation(const RuleSpec& rule, const CreateAffirmation& body, std::int32_t id) {
+  Affirmation affirmation;
+  fill(rule, body, id, &affirmation);
+  setMessage(rule.has_affirm_msg() ? rule.affirm_msg() : rule.full_name(), body,
+             affirmation.mutable_details());
+  for (const auto& value : body.dynamic_category_values()) {
+    (*affirmation.mutable_categories())[dynamicCategory(rule, value.first)] = value.second;
+  }
+  return affirmation;
+}
+
+}  // namespace rule_server

@@ -1,0 +1,105 @@
+// Files in a directory, and nowhere else.
+
+#include "rule_server/files.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+#include "common/message_file.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A directory "inside" with files and links in it, beside a directory "outside".
+class DirectoryFiles : public testing::Test {
+ protected:
+  DirectoryFiles() : base_(makeBase()) {
+    fs::create_directories(base_ / "inside/sub");
+    fs::create_directories(base_ / "inside-out");
+    fs::create_directories(base_ / "outside");
+    examples::writeFile((base_ / "inside/file").string(), "content");
+    examples::writeFile((base_ / "outside/file").string(), "secret");
+    examples::writeFile((base_ / "inside-out/file").string(), "secret");
+    fs::create_symlink(base_ / "outside", base_ / "inside/way-out");
+    fs::create_symlink(base_ / "outside/file", base_ / "inside/file-outside");
+    fs::create_symlink(base_ / "outside/new", base_ / "inside/nowhere");
+    fs::create_symlink("file", base_ / "inside/file-inside");
+    fs::create_symlink("loop", base_ / "inside/loop");
+  }
+  ~DirectoryFiles() override { fs::remove_all(base_); }
+
+  static fs::path makeBase() {
+    std::string name = (fs::temp_directory_path() / "files_test-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) {
+      throw std::runtime_error("no temporary directory");
+    }
+    return fs::canonical(name);
+  }
+
+  const fs::path base_;
+};
+
+TEST_F(DirectoryFiles, ReadsAndWritesWhatIsInIt) {
+  rule_server::DirectoryFiles files(base_ / "inside");
+  EXPECT_EQ("content", files.read("file"));
+  EXPECT_EQ("content", files.read("sub/../file"));
+  EXPECT_EQ("content", files.read((base_ / "inside/file").string()));
+  EXPECT_EQ("content", files.read("file-inside"));
+  files.write("sub/new", std::string("a\0b", 3));
+  EXPECT_EQ(std::string("a\0b", 3), files.read("sub/new"));
+  files.write("file", "x");
+  EXPECT_EQ("x", files.read("file"));
+}
+
+TEST_F(DirectoryFiles, TakesADirectoryThatIsALink) {
+  fs::create_symlink(base_ / "inside", base_ / "alias");
+  rule_server::DirectoryFiles files(base_ / "alias");
+  EXPECT_EQ("content", files.read("file"));
+  EXPECT_EQ("content", files.read((base_ / "alias/file").string()));
+}
+
+TEST_F(DirectoryFiles, MustExist) {
+  EXPECT_ANY_THROW(rule_server::DirectoryFiles(base_ / "missing"));
+}
+
+TEST_F(DirectoryFiles, RefusesPathsThatLeadOut) {
+  rule_server::DirectoryFiles files(base_ / "inside");
+  for (const std::string& path :
+       {std::string("../outside/file"), std::string("sub/../../outside/file"),
+        (base_ / "outside/file").string(), (base_ / "inside/../outside/file").string(),
+        (base_ / "inside-out/file").string(), std::string("way-out/file"),
+        std::string("file-outside"), std::string("way-out/new"), std::string("nowhere"),
+        std::string("loop"), std::string("sub"), std::string("."), std::string(".."),
+        std::string("/"), std::string(""), std::string("fi\0le", 5), std::string("file\0", 5),
+        std::string("sub/") + std::string(5000, 'n'), std::string("/dev/null")}) {
+    SCOPED_TRACE(path.substr(0, 80));
+    EXPECT_THROW(files.read(path), examples::FileError);
+    EXPECT_THROW(files.write(path, "x"), examples::FileError);
+  }
+  EXPECT_EQ("secret", examples::readFile((base_ / "outside/file").string()));
+  EXPECT_EQ("secret", examples::readFile((base_ / "inside-out/file").string()));
+  EXPECT_FALSE(fs::exists(base_ / "outside/new"));
+}
+
+TEST_F(DirectoryFiles, SaysWhatFails) {
+  rule_server::DirectoryFiles files(base_ / "inside");
+  try {
+    files.read("missing");
+    FAIL();
+  } catch (const examples::FileError& error) {
+    EXPECT_EQ((base_ / "inside/missing").string() + ": cannot be read", error.what());
+  }
+  try {
+    files.read("../outside/file");
+    FAIL();
+  } catch (const examples::FileError& error) {
+    EXPECT_STREQ("../outside/file: outside of the server's directory", error.what());
+  }
+}
+
+}  // namespace

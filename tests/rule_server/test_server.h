@@ -1,0 +1,68 @@
+// A rule server whose surroundings are known to the test.
+
+#ifndef VOK_TESTS_RULE_SERVER_TEST_SERVER_H_
+#define VOK_TESTS_RULE_SERVER_TEST_SERVER_H_
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "rule_server/rule_server.h"
+
+namespace tests {
+
+// Files in memory. A path that begins with "/broken" can't be written.
+class MemoryFiles : public rule_server::Files {
+ public:
+  std::string read(const std::string& path) override;
+  void write(const std::string& path, const std::string& content) override;
+
+  std::map<std::string, std::string> contents;
+};
+
+// Its token is "secret", its first time 1000 and each further one 1 more, its uuids
+// are "uuid-1", "uuid-2" and so on, and its pages are "page of NAME", except that
+// there is no page for a session named "unprintable".
+class TestServer {
+ public:
+  TestServer();
+
+  // Sends a request in text format, whose required fields may be missing, and checks
+  // that the response is well-formed.
+  vok::rulecheck::Response ask(const std::string& request);
+  vok::rulecheck::Response ask(const vok::rulecheck::Request& request);
+
+  // Sends requests that have to succeed.
+  void prepare(const std::vector<std::string>& requests);
+
+  // The result of session "s", with its invariants checked.
+  vok::rulecheck::SessionResult result();
+
+  MemoryFiles files;
+  rule_server::Server server;
+
+ private:
+  rule_server::Environment environment();
+
+  std::int64_t time_ = 1000;
+  int uuids_ = 0;
+};
+
+// Fails the test unless the response is initialized, has the body of its type and no
+// other, and survives being serialized and parsed.
+void expectWellFormed(const vok::rulecheck::Response& response);
+
+// Fails the test unless counts equal the sizes of maps, and ids are unique and the
+// maps' keys.
+void expectConsistent(const vok::rulecheck::SessionResult& result);
+
+// Requests that many tests need: session "s" and the rules "W" and "P".
+extern const char* const kStart;
+extern const char* const kRule;
+extern const char* const kPlannedRule;
+extern const char* const kReadOnlyRule;
+
+}  // namespace tests
+
+#endif  // VOK_TESTS_RULE_SERVER_TEST_SERVER_H_
