@@ -1,0 +1,44 @@
+# Writes the parts of the page as a source file that defines assets.h:
+#
+#   cmake -D DIRECTORY=... -D OUTPUT=.../assets.cpp -P embed.cmake
+#
+# A part becomes a list of byte values: no content of a part can end it early.
+
+# What a browser computes of an inline style or script: its SHA-256 in base64.
+function(content_hash file result)
+  file(SHA256 "${file}" digits)
+  # 32 bytes and a zero byte are eleven groups of three bytes, which are four
+  # base64 digits each. The last digit stands for the zero byte: it is padding.
+  string(APPEND digits "00")
+  set(alphabet "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/")
+  set(base64 "")
+  string(REGEX MATCHALL "......" groups "${digits}")
+  foreach(group IN LISTS groups)
+    foreach(shift IN ITEMS 18 12 6 0)
+      math(EXPR index "(0x${group} >> ${shift}) & 63")
+      string(SUBSTRING "${alphabet}" ${index} 1 digit)
+      string(APPEND base64 "${digit}")
+    endforeach()
+  endforeach()
+  string(REGEX REPLACE ".$" "=" base64 "${base64}")
+  set(${result} "sha256-${base64}" PARENT_SCOPE)
+endfunction()
+
+set(source "#include \"html_report/assets.h\"\n\nnamespace html_report {\nnamespace assets {\nnamespace {\n\n")
+set(definitions "")
+foreach(part IN ITEMS page=page.html.mustache group=group.html.mustache finding=finding.html.mustache
+    style=report.css script=report.js)
+  string(REGEX MATCH "^([a-z]+)=(.+)$" ignored "${part}")
+  set(name "${CMAKE_MATCH_1}")
+  set(file "${DIRECTORY}/${CMAKE_MATCH_2}")
+  file(READ "${file}" bytes HEX)
+  string(REGEX REPLACE "(..)" "'\\\\x\\1'," bytes "${bytes}")
+  string(APPEND source "const char ${name}Bytes[] = {${bytes}};\n")
+  string(APPEND definitions "const std::string_view ${name}{${name}Bytes, sizeof(${name}Bytes)};\n")
+  if(name MATCHES "^(style|script)$")
+    content_hash("${file}" hash)
+    string(APPEND definitions "const std::string_view ${name}Hash{\"${hash}\"};\n")
+  endif()
+endforeach()
+string(APPEND source "\n}  // namespace\n\n${definitions}\n}  // namespace assets\n}  // namespace html_report\n")
+file(WRITE "${OUTPUT}" "${source}")
