@@ -1,0 +1,114 @@
+#include "lint_client/process.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <stdexcept>
+#include <system_error>
+
+extern char** environ;
+
+namespace lint_client {
+namespace {
+
+// The two ends of a pipe.
+class Pipe {
+ public:
+  Pipe() {
+    if (pipe2(ends_.data(), O_CLOEXEC) != 0) {
+      throw std::system_error(errno, std::generic_category(), "pipe");
+    }
+  }
+  ~Pipe() {
+    close(ends_[0]);
+    closeWriting();
+  }
+  Pipe(const Pipe&) = delete;
+  Pipe& operator=(const Pipe&) = delete;
+
+  int writing() const { return ends_[1]; }
+
+  void closeWriting() {
+    if (ends_[1] >= 0) {
+      close(ends_[1]);
+      ends_[1] = -1;
+    }
+  }
+
+  std::string readAll() const {
+    std::string content;
+    std::array<char, 4096> buffer;
+    for (;;) {
+      const ssize_t count = read(ends_[0], buffer.data(), buffer.size());
+      if (count > 0) {
+        content.append(buffer.data(), static_cast<std::size_t>(count));
+      } else if (count == 0 || errno != EINTR) {
+        return content;
+      }
+    }
+  }
+
+ private:
+  std::array<int, 2> ends_;
+};
+
+// What a new process does before its program starts.
+class Preparation {
+ public:
+  Preparation(const std::filesystem::path& directory, const Pipe& errors) {
+    posix_spawn_file_actions_init(&actions_);
+    posix_spawn_file_actions_addchdir_np(&actions_, directory.c_str());
+    posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions_, errors.writing(), STDERR_FILENO);
+  }
+  ~Preparation() { posix_spawn_file_actions_destroy(&actions_); }
+  Preparation(const Preparation&) = delete;
+  Preparation& operator=(const Preparation&) = delete;
+
+  const posix_spawn_file_actions_t* get() const { return &actions_; }
+
+ private:
+  posix_spawn_file_actions_t actions_;
+};
+
+pid_t start(const std::vector<std::string>& words, const Preparation& preparation) {
+  std::vector<char*> arguments;
+  for (const std::string& word : words) {
+    arguments.push_back(const_cast<char*>(word.c_str()));
+  }
+  arguments.push_back(nullptr);
+  pid_t pid = 0;
+  const int error =
+      posix_spawnp(&pid, arguments[0], preparation.get(), nullptr, arguments.data(), environ);
+  if (error != 0) {
+    throw std::runtime_error(words[0] +
+                             ": cannot be run: " + std::generic_category().message(error));
+  }
+  return pid;
+}
+
+int waitFor(pid_t pid) {
+  int status = 0;
+  while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+  }
+  return status;
+}
+
+}  // namespace
+
+Ended run(const std::vector<std::string>& words, const std::filesystem::path& directory) {
+  Pipe errors;
+  const pid_t pid = start(words, Preparation(directory, errors));
+  errors.closeWriting();
+  const std::string text = errors.readAll();
+  const int status = waitFor(pid);
+  return {WIFEXITED(status) && WEXITSTATUS(status) == 0, text};
+}
+
+}  // namespace lint_client

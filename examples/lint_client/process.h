@@ -1,0 +1,25 @@
+// Runs a program without a shell.
+
+#ifndef VOK_EXAMPLES_LINT_CLIENT_PROCESS_H_
+#define VOK_EXAMPLES_LINT_CLIENT_PROCESS_H_
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace lint_client {
+
+struct Ended {
+  bool successfully;
+  // What the program wrote on its standard error output.
+  std::string errors;
+};
+
+// Runs a program in a directory and waits for its end. The first word names it, and
+// is looked up in PATH if it has no "/" in it. Throws std::runtime_error if it can't
+// be run.
+Ended run(const std::vector<std::string>& words, const std::filesystem::path& directory);
+
+}  // namespace lint_client
+
+#endif  // VOK_EXAMPLES_LINT_CLIENT_PROCESS_H_

@@ -1,0 +1,4 @@
+module syntax(input a, output b);
+  assign b = `NOT_DEFINED;
+  assign = a;
+endmodule

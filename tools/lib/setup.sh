@@ -1,0 +1,66 @@
+# shellcheck shell=bash
+# What the tools share: the list of Debian packages, and how a missing one is
+# installed. To be sourced by bash scripts that set -euo pipefail.
+
+# The packages that each purpose needs. Scripts use the lists, not this file.
+# shellcheck disable=SC2034
+{
+  build_packages=(g++ cmake ninja-build libprotobuf-dev protobuf-compiler)
+  example_packages=(libcli11-dev libkainjow-mustache-dev libre2-dev pkg-config)
+  lint_packages=(verilator)
+}
+
+# Ends the script for a reason that its user can do something about.
+fail() {
+  printf '%s: %s\n' "${0##*/}" "$1" >&2
+  exit 2
+}
+
+# Runs a command and shows its output only if it fails.
+quietly() {
+  local log status=0
+  log=$(mktemp)
+  "$@" > "$log" 2>&1 || status=$?
+  if ((status != 0)); then
+    cat "$log" >&2
+  fi
+  rm -f "$log"
+  return "$status"
+}
+
+is_installed() {
+  [[ $(dpkg-query --show --showformat '${db:Status-Abbrev}' "$1" 2> /dev/null) == ?i* ]]
+}
+
+as_root() {
+  if ((EUID == 0)); then
+    "$@"
+  else
+    sudo -- "$@"
+  fi
+}
+
+apt_lists_are_new=false
+
+# Installs those of the named Debian packages that are missing.
+install_packages() {
+  local name missing=()
+  for name; do
+    is_installed "$name" || missing+=("$name")
+  done
+  if ((${#missing[@]} == 0)); then
+    return
+  fi
+  command -v apt-get > /dev/null ||
+    fail "these packages are missing, and there is no apt-get to install them: ${missing[*]}"
+  ((EUID == 0)) || command -v sudo > /dev/null ||
+    fail "these packages are missing, and only root or sudo can install them: ${missing[*]}"
+  printf 'Installing %s\n' "${missing[*]}"
+  if ! $apt_lists_are_new; then
+    quietly as_root apt-get update || fail "apt-get update failed"
+    apt_lists_are_new=true
+  fi
+  quietly as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get install --yes --no-install-recommends "${missing[@]}" ||
+    fail "these packages could not be installed: ${missing[*]}"
+}
