@@ -11,7 +11,7 @@ using namespace vok::rulecheck;
 
 template <typename Enum>
 static int sumOf(const Enum& min, const Enum& max, const int& arraySize) {
-  const int* address = &arraySize;
+  const int* volatile address = &arraySize;  // not to be computed away
   return static_cast<int>(std::min(min, max)) + static_cast<int>(std::max(min, max)) + *address;
 }
 
@@ -26,7 +26,7 @@ void checkConstants() {
         32);
   CHECK(sumOf(Response::ResponseType_MIN, Response::ResponseType_MAX,
               Response::ResponseType_ARRAYSIZE) == 13);
-  const Resource::Scheme* scheme = &Resource::FILE;
-  const Request::RequestType* type = &Request::STOP_SERVER;
+  const Resource::Scheme* volatile scheme = &Resource::FILE;
+  const Request::RequestType* volatile type = &Request::STOP_SERVER;
   CHECK(*scheme == Resource_Scheme_FILE && *type == Request_RequestType_STOP_SERVER);
 }
