@@ -21,8 +21,7 @@
 // functions below are thin wrappers around those. A rendered value thus costs
 // one growing string, however deep it is.
 
-namespace vok {
-namespace rulecheck {
+namespace vok::rulecheck {
 namespace {
 
 std::string_view word(Resource_Scheme scheme) {
@@ -87,7 +86,7 @@ std::string_view word(Violation_Severity severity) {
 
 void appendInteger(std::string& out, std::int64_t number) {
   char digits[std::numeric_limits<std::int64_t>::digits10 + 2];
-  const auto end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+  char* const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
   out.append(digits, end);
 }
 
@@ -97,7 +96,7 @@ void appendFixedByPrintf(std::string& out, double number) {
     throw std::bad_alloc();  // the only way in which "%f" can fail
   }
   const std::size_t start = out.size();
-  const std::size_t size = static_cast<std::size_t>(length);
+  const auto size = static_cast<std::size_t>(length);
   out.resize(start + size + 1);  // snprintf ends its text with a zero byte
   std::snprintf(&out[start], size + 1, "%f", number);
   out.resize(start + size);
@@ -116,7 +115,7 @@ void appendFixed(std::string& out, double number) {
     return;
   }
   char text[std::numeric_limits<double>::max_exponent10 + 16];  // sign, digits, ".", six digits
-  const auto end =
+  char* const end =
       std::to_chars(std::begin(text), std::end(text), number, std::chars_format::fixed, 6).ptr;
   out.append(text, end);
 }
@@ -350,5 +349,4 @@ std::string Converter::toHtml(const Arg& arg) {
   return html;
 }
 
-}  // namespace rulecheck
-}  // namespace vok
+}  // namespace vok::rulecheck

@@ -20,7 +20,7 @@ bool appendFramed(const google::protobuf::Message& message, std::string* stream)
 // *message in any state, if the stream ends early or the message is malformed,
 // incomplete or longer than maxBytes, which is less than 2 GiB.
 bool readFramed(const std::string& stream, std::size_t* position,
-                google::protobuf::Message* message, std::size_t maxBytes = 64u << 20);
+                google::protobuf::Message* message, std::size_t maxBytes = 64U << 20);
 
 }  // namespace examples
 

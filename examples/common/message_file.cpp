@@ -53,12 +53,15 @@ bool encode(Format format, const google::protobuf::Message& message, std::string
   return false;
 }
 
-// Keeps the first error. Releases differ in the function they call.
+// Keeps the first error. Releases differ in the function they call, so neither
+// can be marked as an override.
 class FirstError : public google::protobuf::io::ErrorCollector {
  public:
+  // NOLINTNEXTLINE(modernize-use-override)
   void AddError(int line, int column, const std::string& message) {
     RecordError(line, column, message);
   }
+  // NOLINTNEXTLINE(modernize-use-override)
   void RecordError(int line, int column, std::string_view message) {
     if (text_.empty()) {
       text_ = std::to_string(line + 1) + ":" + std::to_string(column + 1) + ": ";

@@ -5,8 +5,7 @@
 
 #include <string_view>
 
-namespace html_report {
-namespace assets {
+namespace html_report::assets {
 
 // Mustache templates. {{{x}}} takes HTML, {{x}} takes plain words of ours.
 extern const std::string_view page;
@@ -19,7 +18,6 @@ extern const std::string_view styleHash;
 extern const std::string_view script;
 extern const std::string_view scriptHash;
 
-}  // namespace assets
-}  // namespace html_report
+}  // namespace html_report::assets
 
 #endif  // VOK_EXAMPLES_HTML_REPORT_ASSETS_H_

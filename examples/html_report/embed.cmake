@@ -24,7 +24,7 @@ function(content_hash file result)
   set(${result} "sha256-${base64}" PARENT_SCOPE)
 endfunction()
 
-set(source "#include \"html_report/assets.h\"\n\nnamespace html_report {\nnamespace assets {\nnamespace {\n\n")
+set(source "#include \"html_report/assets.h\"\n\nnamespace html_report::assets {\nnamespace {\n\n")
 set(definitions "")
 foreach(part IN ITEMS page=page.html.mustache group=group.html.mustache finding=finding.html.mustache
     style=report.css script=report.js)
@@ -40,5 +40,5 @@ foreach(part IN ITEMS page=page.html.mustache group=group.html.mustache finding=
     string(APPEND definitions "const std::string_view ${name}Hash{\"${hash}\"};\n")
   endif()
 endforeach()
-string(APPEND source "\n}  // namespace\n\n${definitions}\n}  // namespace assets\n}  // namespace html_report\n")
+string(APPEND source "\n}  // namespace\n\n${definitions}\n}  // namespace html_report::assets\n")
 file(WRITE "${OUTPUT}" "${source}")

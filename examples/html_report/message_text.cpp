@@ -44,7 +44,8 @@ class Composer {
   explicit Composer(std::vector<Argument> arguments) : arguments_(std::move(arguments)) {}
 
   std::string compose(std::string_view text) {
-    for (auto percent = text.find('%'); percent != text.npos; percent = text.find('%')) {
+    for (auto percent = text.find('%'); percent != std::string_view::npos;
+         percent = text.find('%')) {
       html_ += text.substr(0, percent);
       text.remove_prefix(percent);
       text.remove_prefix(place(text));

@@ -67,11 +67,11 @@ void tameResource(Resource* resource) {
 
 // Before the strings become HTML, since addresses are decided on as they are.
 void tameAddresses(Message* message) {
-  if (const auto link = dynamic_cast<Link*>(message)) {
+  if (auto* const link = dynamic_cast<Link*>(message)) {
     tameLink(link);
-  } else if (const auto reference = dynamic_cast<Reference*>(message)) {
+  } else if (auto* const reference = dynamic_cast<Reference*>(message)) {
     tameReference(reference);
-  } else if (const auto resource = dynamic_cast<Resource*>(message)) {
+  } else if (auto* const resource = dynamic_cast<Resource*>(message)) {
     tameResource(resource);
   }
 }

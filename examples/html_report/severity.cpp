@@ -30,7 +30,7 @@ Level levelOf(const Violation& violation) {
   return levelOf(violation.has_severity() ? violation.severity() : Violation::SEV_UNKNOWN);
 }
 
-Level levelOf(const Affirmation&) {
+Level levelOf(const Affirmation& /*affirmation*/) {
   return makeLevel(Violation::SEV_UNKNOWN + 1, "affirmed");
 }
 

@@ -202,7 +202,7 @@ const Message* blockingError(const std::vector<Message>& messages) {
 }
 
 std::string lineFor(const Message& message) {
-  const std::string text = message.text.substr(0, message.text.find('\n'));
+  std::string text = message.text.substr(0, message.text.find('\n'));
   if (!message.place) {
     return text;
   }

@@ -11,8 +11,6 @@
 #include <stdexcept>
 #include <system_error>
 
-extern char** environ;
-
 namespace lint_client {
 namespace {
 
@@ -79,6 +77,7 @@ class Preparation {
 
 pid_t start(const std::vector<std::string>& words, const Preparation& preparation) {
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (const std::string& word : words) {
     arguments.push_back(const_cast<char*>(word.c_str()));
   }

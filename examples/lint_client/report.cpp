@@ -115,7 +115,7 @@ SessionResult report(Connection& server, const vok::rulecheck::StartSession& ses
                      const Findings& findings) {
   const Session started = start(server, session);
   sendFindings(server, started, findings);
-  const SessionResult result = resultOf(server, started);
+  SessionResult result = resultOf(server, started);
   writeReport(server, started);
   stop(server, started);
   return result;

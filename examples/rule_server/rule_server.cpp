@@ -158,7 +158,7 @@ Response Server::perform(const vok::rulecheck::GetSessionResult& body) {
   return respond(resultOf(session(body.session_uuid())));
 }
 
-Response Server::perform(const vok::rulecheck::GetVersion&) {
+Response Server::perform(const vok::rulecheck::GetVersion& /*body*/) {
   vok::rulecheck::Version version;
   version.set_major(vok::rulecheck::MAJOR);
   version.set_minor(vok::rulecheck::MINOR);

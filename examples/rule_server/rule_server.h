@@ -93,7 +93,7 @@ class Server {
   vok::rulecheck::Response perform(const vok::rulecheck::GetRuleSpecs& body);
   vok::rulecheck::Response perform(const vok::rulecheck::GetSession& body);
   vok::rulecheck::Response perform(const vok::rulecheck::GetSessionResult& body);
-  vok::rulecheck::Response perform(const vok::rulecheck::GetVersion& body);
+  static vok::rulecheck::Response perform(const vok::rulecheck::GetVersion& body);
   vok::rulecheck::Response perform(const vok::rulecheck::LoadRuleDataFile& body);
   vok::rulecheck::Response perform(const vok::rulecheck::ResetSession& body);
   vok::rulecheck::Response perform(const vok::rulecheck::StartSession& body);
