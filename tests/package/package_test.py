@@ -174,6 +174,18 @@ class Schema(PackageTest):
                                          f"-DSCHEMA_DIR={self.SCHEMA_DIR}"))
 
 
+class Examples(PackageTest):
+    def test_build_on_their_own_against_the_installed_package(self):
+        result = self.configure(SOURCE / "examples", f"-DCMAKE_PREFIX_PATH={PREFIX_PATH}")
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.succeed(CMAKE, "--build", self.build)
+        session = self.build / "session.txtpb"
+        page = self.build / "report.html"
+        session.write_text('session { name: "of an outside project" }')
+        self.succeed(self.build / "html_report/html_report", session, page)
+        self.assertIn("of an outside project", page.read_text())
+
+
 class Headers(PackageTest):
     FLAGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wshadow", "-Wconversion", "-Werror",
              "-fsyntax-only", "-x", "c++"]

@@ -8,6 +8,9 @@
   build_packages=(g++ cmake ninja-build libprotobuf-dev protobuf-compiler)
   example_packages=(libcli11-dev libkainjow-mustache-dev libre2-dev pkg-config)
   lint_packages=(verilator)
+  test_packages=(binutils libgmock-dev libgtest-dev locales python3)
+  style_packages=(clang clang-format clang-tidy shellcheck)
+  browser_packages=(chromium)
 }
 
 # Ends the script for a reason that its user can do something about.

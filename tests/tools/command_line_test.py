@@ -1,10 +1,14 @@
-"""The command line of tools/demo, up to where it installs and builds."""
+"""The command lines of the tools, up to where they install and build."""
 
+import os
+import pathlib
 import unittest
 
-from programs import SOURCE_DIR, ProgramTest
+from program_test import ProgramTest
 
-DEMO = SOURCE_DIR / "tools/demo"
+TOOLS = pathlib.Path(os.environ["TOOLS_DIR"])
+DEMO = TOOLS / "demo"
+TEST = TOOLS / "test"
 
 
 class Demo(ProgramTest):
@@ -30,6 +34,21 @@ class Demo(ProgramTest):
 
     def test_directory(self):
         self.assert_refused(self.run_program(DEMO, "."), "demo: .: no such file, or not readable")
+
+
+class Test(ProgramTest):
+    def test_help(self):
+        for option in ["--help", "-h"]:
+            ended = self.run_program(TEST, option)
+            self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+            self.assertTrue(ended.stdout.startswith("Usage: tools/test [--all]\n"))
+
+    def test_unknown_argument(self):
+        for words in [["--nosuch"], ["all"], ["--all", "more"]]:
+            with self.subTest(words):
+                self.assert_refused(
+                    self.run_program(TEST, *words),
+                    f"test: unknown argument {words[-1]} (see --help)")
 
 
 if __name__ == "__main__":
