@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import tempfile
@@ -117,19 +118,22 @@ class Logging(PackageTest):
             self.assertIn("UTF-8", self.succeed(program, "host"))
 
 
+def search_path_of_pkg_config():
+    runtimes = [str(path) for prefix in RUNTIME_PREFIXES
+                for path in pathlib.Path(prefix).glob("lib*/**/pkgconfig")]
+    return ":".join([f"{LIBRARY_DIR}/pkgconfig", *runtimes])
+
+
 class PkgConfig(PackageTest):
     def flags(self, *options):
-        runtimes = [str(path) for prefix in RUNTIME_PREFIXES
-                    for path in pathlib.Path(prefix).glob("lib*/**/pkgconfig")]
-        search = ":".join([f"{LIBRARY_DIR}/pkgconfig", *runtimes])
         return self.succeed("pkg-config", *options, "vok_rulecheck",
-                            env={"PKG_CONFIG_PATH": search}).split()
+                            env={"PKG_CONFIG_PATH": search_path_of_pkg_config()}).split()
 
     def test_flags_build_a_program(self):
         program = self.build / "program"
         self.succeed(CXX, "-std=c++17", *sorted((CONSUMERS / "program").glob("*.cpp")),
                      "-o", program, *self.flags("--cflags", "--libs"))
-        self.succeed(program, env={"LD_LIBRARY_PATH": str(LIBRARY_DIR)})
+        self.succeed(program, env={"LD_LIBRARY_PATH": f"{LIBRARY_DIR}:{os.environ.get('LD_LIBRARY_PATH', '')}"})
 
     def test_paths_follow_the_installation(self):
         real = {str(pathlib.Path(flag[2:]).resolve()) for flag in self.flags("--cflags", "--libs")
@@ -205,6 +209,48 @@ class Headers(PackageTest):
         headers = sorted(path.name for path in (PREFIX / "include").glob("**/*") if path.is_file())
         self.assertEqual(headers, ["Converter.h", "RuleService.pb.h"])
         self.assertNotIn("VOK_", (PREFIX / "include/vok/rulecheck/RuleService.pb.h").read_text())
+
+
+def readme(language, containing=""):
+    """The first block of code in README.md that is in that language and has that text."""
+    blocks = re.findall(r"^```(\w+)\n(.*?)^```$", (SOURCE / "README.md").read_text(),
+                        re.DOTALL | re.MULTILINE)
+    return next(text for kind, text in blocks if kind == language and containing in text)
+
+
+class Readme(PackageTest):
+    def setUp(self):
+        super().setUp()
+        (self.build / "main.cpp").write_text(readme("cpp"))
+
+    def test_its_project_builds_its_example_which_prints_what_it_says(self):
+        (self.build / "CMakeLists.txt").write_text(readme("cmake"))
+        result = self.configure(self.build, f"-DCMAKE_PREFIX_PATH={PREFIX_PATH}",
+                                "-DCMAKE_CXX_FLAGS=-Wall -Wextra -Wpedantic -Wconversion -Werror")
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.succeed(CMAKE, "--build", self.build)
+        self.assertEqual(self.succeed(self.build / "program"), readme("text"))
+
+    def test_its_command_for_everybody_else_builds_the_example_too(self):
+        environment = {"PKG_CONFIG_PATH": search_path_of_pkg_config(),
+                       "LD_LIBRARY_PATH": f"{LIBRARY_DIR}:{os.environ.get('LD_LIBRARY_PATH', '')}"}
+        self.succeed("sh", "-e", "-c", f"cd '{self.build}'\n" + readme("sh", "g++"),
+                     env=environment)
+        self.assertEqual(self.succeed(self.build / "a.out", env=environment), readme("text"))
+
+    def test_its_links_lead_somewhere(self):
+        for page in [SOURCE / "README.md", *(SOURCE / "docs").glob("*.md"),
+                     *SOURCE.glob("[A-Z]*.md"), *(SOURCE / "examples").glob("*/README.md")]:
+            for link in re.findall(r"\]\(([^)#:]+)", page.read_text()):
+                with self.subTest(page=page.name, link=link):
+                    self.assertTrue((page.parent / link).exists())
+
+
+class ReadmeInstallation(PackageTest):
+    def test_its_commands_install_the_library(self):
+        commands = readme("sh", "--install")
+        self.succeed("sh", "-e", "-c", f"cd '{SOURCE}'\n{commands}", env={"HOME": str(self.build)})
+        self.assertTrue(list(self.build.glob("rulecheck/lib*/**/libvok_rulecheck.*")))
 
 
 class Refusals(PackageTest):

@@ -27,6 +27,7 @@ TEST(DefaultInstances, AreTheSameFromEveryThreadBeforeAnyDescriptorIsAskedFor) {
   const Violation* const expected = &Violation::default_instance();
   std::vector<const Violation*> seen(8);
   std::vector<std::thread> threads;
+  threads.reserve(seen.size());
   for (auto& slot : seen) {
     threads.emplace_back([&slot] { slot = &Violation::default_instance(); });
   }

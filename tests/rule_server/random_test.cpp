@@ -18,7 +18,6 @@ using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
 using google::protobuf::Reflection;
 using vok::rulecheck::Request;
-using vok::rulecheck::Response;
 
 // Fills messages at random, from a fixed seed.
 class Filler {

@@ -61,7 +61,7 @@ Response TestServer::ask(const std::string& request) {
 }
 
 Response TestServer::ask(const Request& request) {
-  const Response response = server.handle(request);
+  Response response = server.handle(request);
   expectWellFormed(response);
   return response;
 }
