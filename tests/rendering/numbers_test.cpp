@@ -24,7 +24,7 @@
 // the list of folders that it makes of LOCPATH.
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions() {
-  return "leak:__argz_add_sep";
+  return "leak:argz_add_sep";
 }
 
 namespace {
