@@ -20,6 +20,13 @@ Response ofType(Response::ResponseType type) {
   return response;
 }
 
+template <typename Body>
+Response carrying(Response::ResponseType type, Body* (Response::*mutableBody)(), const Body& body) {
+  Response response = ofType(type);
+  *(response.*mutableBody)() = body;
+  return response;
+}
+
 }  // namespace
 
 void checkEnvelope(const Request& request) {
@@ -62,33 +69,23 @@ Response respond(const std::string& status) {
 }
 
 Response respond(const vok::rulecheck::Affirmation& affirmation) {
-  Response response = ofType(Response::AFFIRMATION);
-  *response.mutable_affirmation() = affirmation;
-  return response;
+  return carrying(Response::AFFIRMATION, &Response::mutable_affirmation, affirmation);
 }
 
 Response respond(const vok::rulecheck::Session& session) {
-  Response response = ofType(Response::SESSION);
-  *response.mutable_session() = session;
-  return response;
+  return carrying(Response::SESSION, &Response::mutable_session, session);
 }
 
 Response respond(const vok::rulecheck::SessionResult& result) {
-  Response response = ofType(Response::SESSION_RESULT);
-  *response.mutable_session_result() = result;
-  return response;
+  return carrying(Response::SESSION_RESULT, &Response::mutable_session_result, result);
 }
 
 Response respond(const vok::rulecheck::Version& version) {
-  Response response = ofType(Response::VERSION);
-  *response.mutable_version() = version;
-  return response;
+  return carrying(Response::VERSION, &Response::mutable_version, version);
 }
 
 Response respond(const vok::rulecheck::Violation& violation) {
-  Response response = ofType(Response::VIOLATION);
-  *response.mutable_violation() = violation;
-  return response;
+  return carrying(Response::VIOLATION, &Response::mutable_violation, violation);
 }
 
 }  // namespace rule_server

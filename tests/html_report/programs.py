@@ -1,10 +1,10 @@
-"""The programs under test, and a folder that goes away with the test."""
+"""The programs under test."""
 
 import os
 import pathlib
 import subprocess
-import tempfile
-import unittest
+
+import program_test
 
 HERE = pathlib.Path(__file__).parent
 SAMPLE = HERE / "sample.txtpb"
@@ -16,12 +16,7 @@ def run(program, *arguments):
     return subprocess.run(command, capture_output=True, text=True, check=False)
 
 
-class FolderTestCase(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-
+class FolderTestCase(program_test.ProgramTest):
     def make(self, program, *arguments):
         done = run(program, *arguments)
         self.assertEqual((done.returncode, done.stderr), (0, ""), arguments)
