@@ -302,7 +302,7 @@ await check('without script the page shows everything and no controls', sample,
   { javaScriptEnabled: false }, async (page) => {
     assert.ok(await page.locator('#toolbar').isHidden());
     assert.equal(await visible(page, '.finding'), 18);
-    for (const summary of await page.locator('#waived summary >> nth=0').all()) await summary.click();
+    await page.locator('#waived summary').first().press('Enter');
     assert.equal(await visible(page, '.finding'), 19);
   });
 
