@@ -7,6 +7,7 @@
 
 #include <cfenv>
 #include <charconv>
+#include <climits>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -17,9 +18,10 @@
 #include <new>
 #include <string_view>
 
-// Each kind of value has one function that appends it to a text; the public
-// functions below are thin wrappers around those. A rendered value thus costs
-// one growing string, however deep it is.
+// Each kind of value has one function that appends its pieces to an output. It
+// runs twice: on a Length, which adds the pieces up, and then on a Writer, which
+// puts them into a string of that length. So a text costs one allocation, however
+// deep the value is, and none where the string has room within itself.
 
 namespace vok::rulecheck {
 namespace {
@@ -84,70 +86,205 @@ std::string_view word(Violation_Severity severity) {
   return "<undefined>";
 }
 
-void appendInteger(std::string& out, std::int64_t number) {
-  char digits[std::numeric_limits<std::int64_t>::digits10 + 2];
-  char* const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
-  out.append(digits, end);
+// Room for a number as printf's "%ld" or "%f" writes it, with its zero byte:
+// sign, digits, decimal point, decimals.
+using NumberBuffer = char[1 + std::numeric_limits<double>::max_exponent10 + 1 + MB_LEN_MAX + 6 + 1];
+
+std::string_view textUntil(const char* end, const NumberBuffer& buffer) {
+  return {buffer, static_cast<std::size_t>(end - buffer)};
 }
 
-void appendFixedByPrintf(std::string& out, double number) {
-  const int length = std::snprintf(nullptr, 0, "%f", number);
+std::string_view decimal(std::int64_t number, NumberBuffer& buffer) {
+  return textUntil(std::to_chars(std::begin(buffer), std::end(buffer), number).ptr, buffer);
+}
+
+constexpr std::uint64_t kMillion = 1000000;
+
+// Above, millionths need not fit into 64 bits.
+constexpr double kMostInMillionths = 1e13;
+
+// Returns a million times the number, which is at least 0 and less than
+// kMostInMillionths, rounded to nearest and ties to even. Exact: the significand
+// of 53 bits times a million fits into 128 bits.
+std::uint64_t millionths(double number) {
+  __extension__ using Uint128 = unsigned __int128;
+  constexpr int kFractionBits = std::numeric_limits<double>::digits - 1;
+  constexpr std::uint64_t kImplicitBit = std::uint64_t{1} << kFractionBits;
+  std::uint64_t bits;
+  std::memcpy(&bits, &number, sizeof bits);
+  // number = significand / 2^shift
+  const std::uint64_t shift = 1023 + kFractionBits - (bits >> kFractionBits);
+  const std::uint64_t significand = kImplicitBit | (bits & (kImplicitBit - 1));
+  if (shift > 74) {
+    return 0;  // less than half of a millionth
+  }
+  const Uint128 product = Uint128{significand} * kMillion;
+  const Uint128 half = Uint128{1} << (shift - 1);
+  const bool odd = (product >> shift & 1) != 0;
+  return static_cast<std::uint64_t>((product + half - (odd ? 0 : 1)) >> shift);
+}
+
+std::string_view fixedByMillionths(double number, NumberBuffer& buffer) {
+  const std::uint64_t count = millionths(std::fabs(number));
+  char* next = buffer;
+  if (std::signbit(number)) {
+    *next++ = '-';
+  }
+  char* const point = std::to_chars(next, std::end(buffer), count / kMillion).ptr;
+  // Seven digits, the first of which makes room for the decimal point.
+  char* const end = std::to_chars(point, std::end(buffer), kMillion + count % kMillion).ptr;
+  *point = '.';
+  return textUntil(end, buffer);
+}
+
+std::string_view fixedByPrintf(double number, NumberBuffer& buffer) {
+  const int length = std::snprintf(buffer, sizeof buffer, "%f", number);
   if (length < 0) {
     throw std::bad_alloc();  // the only way in which "%f" can fail
   }
-  const std::size_t start = out.size();
-  const auto size = static_cast<std::size_t>(length);
-  out.resize(start + size + 1);  // snprintf ends its text with a zero byte
-  std::snprintf(&out[start], size + 1, "%f", number);
-  out.resize(start + size);
+  return textUntil(buffer + length, buffer);
 }
 
-// std::to_chars rounds to nearest and writes a full stop, whatever the rounding
-// mode and the locale are.
-bool toCharsEqualsPrintf(double number) {
-  return std::isfinite(number) && std::fegetround() == FE_TONEAREST &&
-         std::strcmp(nl_langinfo(RADIXCHAR), ".") == 0;
+// The ways that are quicker than printf round to nearest and write a full stop,
+// whatever the rounding mode and the locale are.
+bool needsPrintf(double number) {
+  return !std::isfinite(number) || std::fegetround() != FE_TONEAREST ||
+         std::strcmp(nl_langinfo(RADIXCHAR), ".") != 0;
 }
 
-void appendFixed(std::string& out, double number) {
-  if (!toCharsEqualsPrintf(number)) {
-    appendFixedByPrintf(out, number);
-    return;
+std::string_view fixed(double number, NumberBuffer& buffer) {
+  if (needsPrintf(number)) {
+    return fixedByPrintf(number, buffer);
   }
-  char text[std::numeric_limits<double>::max_exponent10 + 16];  // sign, digits, ".", six digits
-  char* const end =
-      std::to_chars(std::begin(text), std::end(text), number, std::chars_format::fixed, 6).ptr;
-  out.append(text, end);
+  if (std::fabs(number) < kMostInMillionths) {
+    return fixedByMillionths(number, buffer);
+  }
+  const auto result =
+      std::to_chars(std::begin(buffer), std::end(buffer), number, std::chars_format::fixed, 6);
+  return textUntil(result.ptr, buffer);
 }
 
-void appendText(std::string& out, const Scalar& scalar) {
+std::size_t digits(std::uint32_t number) {
+  std::size_t count = 1;
+  for (; number >= 10; number /= 10) {
+    ++count;
+  }
+  return count;
+}
+
+class Length {
+ public:
+  void add(std::string_view piece) { length_ += piece.size(); }
+
+  void add(std::int32_t number) {
+    const auto magnitude = static_cast<std::uint32_t>(number);
+    length_ += number < 0 ? 1 + digits(0 - magnitude) : digits(magnitude);
+  }
+
+  std::size_t get() const { return length_; }
+
+ private:
+  std::size_t length_ = 0;
+};
+
+// Copies a piece of n to 2 * n bytes. Both ends are read before any is written,
+// since the compiler can't know that the two places have nothing in common.
+template <std::size_t n>
+inline void copyEnds(char* to, std::string_view piece) {
+  const std::size_t last = piece.size() - n;
+  char first_bytes[n];
+  char last_bytes[n];
+  std::memcpy(first_bytes, piece.data(), n);
+  std::memcpy(last_bytes, piece.data() + last, n);
+  std::memcpy(to, first_bytes, n);
+  std::memcpy(to + last, last_bytes, n);
+}
+
+// Most pieces are so short that a call of memcpy would take longer than they do.
+inline void copy(char* to, std::string_view piece) {
+  if (piece.size() > 32) {
+    std::memcpy(to, piece.data(), piece.size());
+  } else if (piece.size() >= 16) {
+    copyEnds<16>(to, piece);
+  } else if (piece.size() >= 8) {
+    copyEnds<8>(to, piece);
+  } else if (piece.size() >= 4) {
+    copyEnds<4>(to, piece);
+  } else if (piece.size() >= 2) {
+    copyEnds<2>(to, piece);
+  } else if (piece.size() == 1) {
+    *to = piece.front();
+  }
+}
+
+class Writer {
+ public:
+  explicit Writer(std::string& text) : next_(text.data()), end_(next_ + text.size()) {}
+
+  void add(std::string_view piece) {
+    copy(next_, piece);
+    next_ += piece.size();
+  }
+
+  void add(std::int32_t number) { next_ = std::to_chars(next_, end_, number).ptr; }
+
+ private:
+  char* next_;
+  char* end_;
+};
+
+// Returns what append(output) appends.
+template <typename Append>
+std::string render(Append append) {
+  Length length;
+  append(length);
+  std::string text(length.get(), '\0');
+  Writer writer(text);
+  append(writer);
+  return text;
+}
+
+// The buffer holds the text where it is that of a number.
+std::string_view plainValue(const Scalar& scalar, NumberBuffer& buffer) {
   if (scalar.has_string_val()) {
-    out += scalar.string_val();
-  } else if (scalar.has_int_val()) {
-    appendInteger(out, scalar.int_val());
-  } else if (scalar.has_double_val()) {
-    appendFixed(out, scalar.double_val());
-  } else if (scalar.has_address()) {
-    out += scalar.address();
+    return scalar.string_val();
   }
-  if (scalar.has_units() && !scalar.has_address()) {
-    out += ' ';
-    out += scalar.units();
+  if (scalar.has_int_val()) {
+    return decimal(scalar.int_val(), buffer);
   }
+  if (scalar.has_double_val()) {
+    return fixed(scalar.double_val(), buffer);
+  }
+  return scalar.address();
 }
 
-void appendText(std::string& out, const Reference& reference) {
+// Not plainValue: an argument's scalar puts its number first.
+std::string_view argumentValue(const Scalar& scalar, NumberBuffer& buffer) {
+  if (scalar.has_int_val()) {
+    return decimal(scalar.int_val(), buffer);
+  }
+  if (scalar.has_double_val()) {
+    return fixed(scalar.double_val(), buffer);
+  }
+  if (scalar.has_string_val()) {
+    return scalar.string_val();
+  }
+  return scalar.address();
+}
+
+template <typename Output>
+void appendText(Output& out, const Reference& reference) {
   if (reference.has_name()) {
-    out += reference.name();
+    out.add(reference.name());
     return;
   }
-  out += word(reference.type());
+  out.add(word(reference.type()));
   if (reference.has_id()) {
-    out += " #";
-    appendInteger(out, reference.id());
+    out.add(" #");
+    out.add(reference.id());
   } else if (reference.has_uuid()) {
-    out += ' ';
-    out += reference.uuid();
+    out.add(" ");
+    out.add(reference.uuid());
   }
 }
 
@@ -161,44 +298,47 @@ std::string_view addressPrefix(Resource_Scheme scheme) {
   }
 }
 
-void appendInlineData(std::string& out, const Resource& resource) {
-  out += resource.media_type();
+template <typename Output>
+void appendInlineData(Output& out, const Resource& resource) {
+  out.add(resource.media_type());
   if (resource.has_media_type() && resource.has_encoding()) {
-    out += ';';
+    out.add(";");
   }
-  out += resource.encoding();
+  out.add(resource.encoding());
   if (resource.has_data()) {
-    out += ',';
-    out += resource.data();
+    out.add(",");
+    out.add(resource.data());
   }
 }
 
-void appendHierarchy(std::string& out, const Resource& resource) {
-  out += resource.host();
+template <typename Output>
+void appendHierarchy(Output& out, const Resource& resource) {
+  out.add(resource.host());
   if (resource.has_port()) {
-    out += ':';
-    appendInteger(out, resource.port());
+    out.add(":");
+    out.add(resource.port());
   }
   const std::string_view path = resource.path();
   if (!path.empty() && path.front() != '/') {
-    out += '/';
+    out.add("/");
   }
-  out += path;
+  out.add(path);
   if (resource.has_query()) {
-    out += '?';
-    out += resource.query();
+    out.add("?");
+    out.add(resource.query());
   }
   if (resource.has_fragment()) {
-    out += '#';
-    out += resource.fragment();
+    out.add("#");
+    out.add(resource.fragment());
   }
 }
 
-void appendAddress(std::string& out, const Resource& resource) {
+template <typename Output>
+void appendAddress(Output& out, const Resource& resource) {
   if (!resource.has_scheme()) {
     return;
   }
-  out += addressPrefix(resource.scheme());
+  out.add(addressPrefix(resource.scheme()));
   if (resource.scheme() == Resource_Scheme_DATA) {
     appendInlineData(out, resource);
   } else {
@@ -206,21 +346,21 @@ void appendAddress(std::string& out, const Resource& resource) {
   }
 }
 
-// appendContent(out) appends what stands between the anchor's tags.
-template <typename AppendContent>
-void appendHtml(std::string& out, const Resource& resource, AppendContent appendContent) {
+// appendContent() appends what stands between the anchor's tags.
+template <typename Output, typename AppendContent>
+void appendHtml(Output& out, const Resource& resource, AppendContent appendContent) {
   if (!resource.has_scheme()) {
     return;
   }
   if (resource.scheme() == Resource_Scheme_DATA && resource.media_type() == "text/html") {
-    out += resource.data();
+    out.add(resource.data());
     return;
   }
-  out += "<a href=\"";
+  out.add("<a href=\"");
   appendAddress(out, resource);
-  out += "\">";
-  appendContent(out);
-  out += "</a>";
+  out.add("\">");
+  appendContent();
+  out.add("</a>");
 }
 
 std::string_view textOf(const Link& link) {
@@ -233,64 +373,36 @@ std::string_view textOf(const Link& link) {
   return "link";
 }
 
-void appendHtml(std::string& out, const Link& link) {
+template <typename Output>
+void appendHtml(Output& out, const Link& link) {
   if (link.has_url()) {
-    appendHtml(out, link.url(), [&link](std::string& content) { content += textOf(link); });
+    appendHtml(out, link.url(), [&] { out.add(textOf(link)); });
   } else if (link.has_link_text()) {
-    out += link.link_text();
+    out.add(link.link_text());
   } else {
-    out += "<empty>";
+    out.add("<empty>");
   }
 }
 
-void appendHtml(std::string& out, const Reference& reference) {
+template <typename Output>
+void appendHtml(Output& out, const Reference& reference) {
   if (reference.has_url()) {
-    appendHtml(out, reference.url(),
-               [&reference](std::string& content) { appendText(content, reference); });
+    appendHtml(out, reference.url(), [&] { appendText(out, reference); });
   } else {
     appendText(out, reference);
   }
 }
 
 template <typename List>
-void appendHtmlList(std::string& out, const List& list) {
-  bool first = true;
-  for (const auto& element : list) {
-    if (!first) {
-      out += ',';
+std::string joinedHtml(const List& list) {
+  return render([&](auto& out) {
+    std::string_view separator;
+    for (const auto& element : list) {
+      out.add(separator);
+      appendHtml(out, element);
+      separator = ",";
     }
-    first = false;
-    appendHtml(out, element);
-  }
-}
-
-// Not appendText: an argument's scalar puts its number first and shows no units.
-void appendHtml(std::string& out, const Scalar& scalar) {
-  if (scalar.has_int_val()) {
-    appendInteger(out, scalar.int_val());
-  } else if (scalar.has_double_val()) {
-    appendFixed(out, scalar.double_val());
-  } else if (scalar.has_string_val()) {
-    out += scalar.string_val();
-  } else if (scalar.has_address()) {
-    out += scalar.address();
-  }
-}
-
-void appendHtml(std::string& out, const Arg& arg) {
-  if (arg.has_ref()) {
-    appendHtml(out, arg.ref());
-  } else if (arg.has_uri()) {
-    appendHtml(out, arg.uri());
-  } else if (arg.has_refs()) {
-    appendHtmlList(out, arg.refs().ref());
-  } else if (arg.has_uris()) {
-    appendHtmlList(out, arg.uris().uri());
-  } else if (arg.has_string_val()) {
-    out += arg.string_val();
-  } else if (arg.has_scalar()) {
-    appendHtml(out, arg.scalar());
-  }
+  });
 }
 
 }  // namespace
@@ -308,45 +420,55 @@ std::string Converter::toString(Violation_Severity severity) {
 }
 
 std::string Converter::toString(const Scalar& scalar) {
-  std::string text;
-  appendText(text, scalar);
-  return text;
+  NumberBuffer buffer;
+  const std::string_view value = plainValue(scalar, buffer);
+  return render([&](auto& out) {
+    out.add(value);
+    if (scalar.has_units() && !scalar.has_address()) {
+      out.add(" ");
+      out.add(scalar.units());
+    }
+  });
 }
 
 std::string Converter::toString(const Reference& reference) {
-  std::string text;
-  appendText(text, reference);
-  return text;
+  return render([&](auto& out) { appendText(out, reference); });
 }
 
 std::string Converter::href(const Resource& resource) {
-  std::string address;
-  appendAddress(address, resource);
-  return address;
+  return render([&](auto& out) { appendAddress(out, resource); });
 }
 
 std::string Converter::toHtml(const Resource& resource, const std::string& anchorText) {
-  std::string html;
-  appendHtml(html, resource, [&anchorText](std::string& content) { content += anchorText; });
-  return html;
+  return render([&](auto& out) { appendHtml(out, resource, [&] { out.add(anchorText); }); });
 }
 
 std::string Converter::toHtml(const Link& link) {
-  std::string html;
-  appendHtml(html, link);
-  return html;
+  return render([&](auto& out) { appendHtml(out, link); });
 }
 
 std::string Converter::toHtml(const Reference& reference) {
-  std::string html;
-  appendHtml(html, reference);
-  return html;
+  return render([&](auto& out) { appendHtml(out, reference); });
 }
 
 std::string Converter::toHtml(const Arg& arg) {
-  std::string html;
-  appendHtml(html, arg);
-  return html;
+  if (arg.has_ref()) {
+    return toHtml(arg.ref());
+  }
+  if (arg.has_uri()) {
+    return toHtml(arg.uri());
+  }
+  if (arg.has_refs()) {
+    return joinedHtml(arg.refs().ref());
+  }
+  if (arg.has_uris()) {
+    return joinedHtml(arg.uris().uri());
+  }
+  if (arg.has_string_val()) {
+    return arg.string_val();
+  }
+  NumberBuffer buffer;
+  return std::string(argumentValue(arg.scalar(), buffer));
 }
 
 }  // namespace vok::rulecheck

@@ -36,6 +36,8 @@
 //     printf's "%f" gives in the calling thread at the moment of the call: six
 //     digits after the decimal point of the numeric locale (setlocale and
 //     uselocale), rounded in the rounding mode in force.
+//   * A call allocates memory at most once, and not at all where the result fits
+//     into a string object itself (15 bytes with libstdc++).
 //   * No function keeps state. Any number of threads may call any of them at
 //     once, also on one message, as long as nobody modifies that message.
 

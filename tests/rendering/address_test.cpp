@@ -1,16 +1,16 @@
 // Addresses of resources.
 
 #include <gtest/gtest.h>
-#include <vok/rulecheck/Converter.h>
 
 #include <string>
 
+#include "rendering/counted_converter.h"
 #include "support/messages.h"
 
 namespace {
 
 using tests::parse;
-using vok::rulecheck::Converter;
+using Converter = tests::CountedConverter;
 using vok::rulecheck::Resource;
 using vok::rulecheck::Resource_Scheme;
 

@@ -1,17 +1,17 @@
 // HTML of message arguments.
 
 #include <gtest/gtest.h>
-#include <vok/rulecheck/Converter.h>
 
 #include <string>
 
+#include "rendering/counted_converter.h"
 #include "support/messages.h"
 
 namespace {
 
 using tests::parse;
 using vok::rulecheck::Arg;
-using vok::rulecheck::Converter;
+using Converter = tests::CountedConverter;
 
 struct ArgumentCase {
   const char* name;

@@ -2,7 +2,6 @@
 // the tables of docs/rendering.md.
 
 #include <gtest/gtest.h>
-#include <vok/rulecheck/Converter.h>
 
 #include <algorithm>
 #include <fstream>
@@ -12,12 +11,13 @@
 #include <string>
 #include <vector>
 
+#include "rendering/counted_converter.h"
 #include "support/messages.h"
 
 namespace {
 
 using tests::parse;
-using vok::rulecheck::Converter;
+using Converter = tests::CountedConverter;
 using namespace vok::rulecheck;
 
 std::vector<std::string> linesOf(const std::string& path) {

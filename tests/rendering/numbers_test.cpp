@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 #include <locale.h>
-#include <vok/rulecheck/Converter.h>
 
 #include <cfenv>
 #include <cfloat>
@@ -11,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <locale>
 #include <random>
@@ -18,6 +18,7 @@
 #include <thread>
 #include <vector>
 
+#include "rendering/counted_converter.h"
 #include "support/messages.h"
 
 // Asked by the leak checker of the sanitizers: glibc's newlocale() never frees
@@ -30,7 +31,7 @@ extern "C" const char* __lsan_default_suppressions() {
 namespace {
 
 using vok::rulecheck::Arg;
-using vok::rulecheck::Converter;
+using Converter = tests::CountedConverter;
 using vok::rulecheck::Reference;
 using vok::rulecheck::Resource;
 using vok::rulecheck::Scalar;
@@ -165,10 +166,30 @@ TEST(Doubles, EqualPrintfForRemarkableNumbers) {
   expectRemarkableDoublesPrinted();
 }
 
+// Quicker than expectPrinted, for millions of numbers.
+void expectAllPrinted(int count, const std::function<double()>& next) {
+  Scalar scalar;
+  char text[1024];
+  for (int i = 0; i < count && !testing::Test::HasFailure(); ++i) {
+    scalar.set_double_val(next());
+    std::snprintf(text, sizeof text, "%f", scalar.double_val());
+    EXPECT_EQ(Converter::toString(scalar), text) << std::hexfloat << scalar.double_val();
+  }
+}
+
 TEST(Doubles, EqualPrintfForRandomBits) {
   std::mt19937_64 random(20260101);
-  for (int i = 0; i < 200000 && !testing::Test::HasFailure(); ++i) {
-    expectPrinted(fromBits(random()));
+  expectAllPrinted(RANDOM_DOUBLES, [&] { return fromBits(random()); });
+}
+
+// Each exponent at which the digits are not those of a large or tiny number.
+TEST(Doubles, EqualPrintfForRandomBitsOfEveryMiddlingExponent) {
+  std::mt19937_64 random(20260107);
+  const std::uint64_t bias = 1023;
+  for (std::uint64_t exponent = bias - 80; exponent <= bias + 60; ++exponent) {
+    expectAllPrinted(RANDOM_DOUBLES / 140, [&] {
+      return fromBits(random() >> 63 << 63 | exponent << 52 | random() >> 12);
+    });
   }
 }
 
@@ -186,6 +207,29 @@ TEST(Doubles, EqualPrintfForTies) {
     // A whole number and an odd multiple of 2^-7 has seven decimals, the last one a 5.
     expectPrinted(static_cast<double>(random() % 1000000) +
                   static_cast<double>(random() % 64 * 2 + 1) * 0x1p-7);
+  }
+}
+
+TEST(Doubles, EqualPrintfBesideTies) {
+  std::mt19937_64 random(20260108);
+  for (int i = 0; i < 100000 && !testing::Test::HasFailure(); ++i) {
+    const double tie = static_cast<double>(random() % 1000000) +
+                       static_cast<double>(random() % 64 * 2 + 1) * 0x1p-7;
+    expectPrinted(std::nextafter(tie, 0));
+    expectPrinted(std::nextafter(tie, 1e9));
+  }
+}
+
+// Where one way of writing digits gives way to another.
+TEST(Doubles, EqualPrintfAroundPowersOfTwoAndTen) {
+  for (int exponent = -80; exponent <= 70; ++exponent) {
+    for (const double power : {std::ldexp(1, exponent), std::pow(10, exponent)}) {
+      for (const double number :
+           {std::nextafter(power, 0), power, std::nextafter(power, DBL_MAX)}) {
+        expectPrinted(number);
+        expectPrinted(-number);
+      }
+    }
   }
 }
 

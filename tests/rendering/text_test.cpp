@@ -1,18 +1,18 @@
 // Display words and plain text.
 
 #include <gtest/gtest.h>
-#include <vok/rulecheck/Converter.h>
 
 #include <limits>
 #include <string>
 #include <vector>
 
+#include "rendering/counted_converter.h"
 #include "support/messages.h"
 
 namespace {
 
 using tests::parse;
-using vok::rulecheck::Converter;
+using Converter = tests::CountedConverter;
 using namespace vok::rulecheck;
 
 // Calls toString for every number from -300 to 300 and for the extreme ones.
