@@ -8,7 +8,7 @@
   build_packages=(g++ cmake ninja-build libprotobuf-dev protobuf-compiler)
   example_packages=(libcli11-dev libkainjow-mustache-dev libre2-dev pkg-config)
   lint_packages=(verilator)
-  test_packages=(binutils libgmock-dev libgtest-dev locales python3)
+  test_packages=(binutils libgmock-dev libgtest-dev locales python3 valgrind)
   style_packages=(clang clang-format clang-tidy shellcheck)
   browser_packages=(chromium)
 }
