@@ -1,67 +1,34 @@
-// The golden vectors: a folder per case with the bytes of a message, its text
-// form and a line on what it shows.
+// What holds for every golden vector, and that every message has one.
 
 #include <gmock/gmock.h>
 #include <google/protobuf/descriptor.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "support/messages.h"
+#include "vectors/golden_vectors.h"
 
 namespace {
 
 using google::protobuf::Descriptor;
 using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
-
-struct Vector {
-  std::string name;
-  std::string type;
-  std::string about;
-  std::string text;
-  std::string wire;
-};
-
-std::string contentOf(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
-    throw std::runtime_error("cannot read " + path.string());
-  }
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-const std::vector<Vector>& vectors() {
-  static const std::vector<Vector> all = [] {
-    std::vector<Vector> found;
-    for (const auto& entry : std::filesystem::directory_iterator(VECTORS_DIR)) {
-      const std::string name = entry.path().filename().string();
-      found.push_back({name, name.substr(0, name.find('.')), contentOf(entry.path() / "about.txt"),
-                       contentOf(entry.path() / "text.txtpb"),
-                       contentOf(entry.path() / "wire.bin")});
-    }
-    std::sort(found.begin(), found.end(),
-              [](const Vector& a, const Vector& b) { return a.name < b.name; });
-    return found;
-  }();
-  return all;
-}
+using tests::GoldenVector;
+using tests::goldenVectors;
 
 TEST(Vectors, TellInOneLineWhatTheyShow) {
-  for (const Vector& vector : vectors()) {
+  for (const GoldenVector& vector : goldenVectors()) {
     EXPECT_EQ(std::count(vector.about.begin(), vector.about.end(), '\n'), 1) << vector.name;
     EXPECT_EQ(vector.about.back(), '\n') << vector.name;
   }
 }
 
 TEST(Vectors, RoundTripByteForByte) {
-  for (const Vector& vector : vectors()) {
+  for (const GoldenVector& vector : goldenVectors()) {
     const auto message = tests::newMessage(vector.type);
     ASSERT_TRUE(message->ParseFromString(vector.wire)) << vector.name;
     EXPECT_EQ(message->ByteSizeLong(), vector.wire.size()) << vector.name;
@@ -70,7 +37,7 @@ TEST(Vectors, RoundTripByteForByte) {
 }
 
 TEST(Vectors, GiveTheSameTextAgain) {
-  for (const Vector& vector : vectors()) {
+  for (const GoldenVector& vector : goldenVectors()) {
     const auto message = tests::newMessage(vector.type);
     ASSERT_TRUE(message->ParseFromString(vector.wire)) << vector.name;
     EXPECT_EQ(tests::textOf(*message), vector.text) << vector.name;
@@ -78,7 +45,7 @@ TEST(Vectors, GiveTheSameTextAgain) {
 }
 
 TEST(Vectors, AreWhatTheirTextEncodesTo) {
-  for (const Vector& vector : vectors()) {
+  for (const GoldenVector& vector : goldenVectors()) {
     const auto message = tests::newMessage(vector.type);
     tests::fill(vector.text, message.get());
     EXPECT_EQ(tests::toHex(tests::bytesOf(*message)), tests::toHex(vector.wire)) << vector.name;
@@ -86,7 +53,7 @@ TEST(Vectors, AreWhatTheirTextEncodesTo) {
 }
 
 TEST(Vectors, AreRejectedWhenCutWithinATopLevelField) {
-  for (const Vector& vector : vectors()) {
+  for (const GoldenVector& vector : goldenVectors()) {
     const auto boundaries = tests::fieldBoundaries(vector.wire);
     for (std::size_t length = 0; length < vector.wire.size(); ++length) {
       const bool betweenFields =
@@ -128,9 +95,9 @@ std::set<std::string> fieldsOf(const Descriptor& descriptor) {
 TEST(Vectors, CalledEveryFieldExistForEveryMessageAndSetEveryField) {
   for (const Message* prototype : tests::allMessages()) {
     const std::string name = std::string(prototype->GetDescriptor()->name()) + ".every_field";
-    const auto vector = std::find_if(vectors().begin(), vectors().end(),
-                                     [&name](const Vector& v) { return v.name == name; });
-    ASSERT_NE(vector, vectors().end()) << name;
+    const auto vector = std::find_if(goldenVectors().begin(), goldenVectors().end(),
+                                     [&name](const GoldenVector& v) { return v.name == name; });
+    ASSERT_NE(vector, goldenVectors().end()) << name;
     const auto message = tests::newMessage(vector->type);
     ASSERT_TRUE(message->ParseFromString(vector->wire)) << name;
     std::set<std::string> names;

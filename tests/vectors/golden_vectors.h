@@ -1,0 +1,25 @@
+// The golden vectors: a folder per case with the bytes of a message, its text
+// form and a line on what it shows.
+
+#ifndef VOK_TESTS_VECTORS_GOLDEN_VECTORS_H_
+#define VOK_TESTS_VECTORS_GOLDEN_VECTORS_H_
+
+#include <string>
+#include <vector>
+
+namespace tests {
+
+struct GoldenVector {
+  std::string name;  // such as "Link.every_field"
+  std::string type;  // the name of its message type
+  std::string about;
+  std::string text;
+  std::string wire;
+};
+
+// All of them, by name.
+const std::vector<GoldenVector>& goldenVectors();
+
+}  // namespace tests
+
+#endif  // VOK_TESTS_VECTORS_GOLDEN_VECTORS_H_
