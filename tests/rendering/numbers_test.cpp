@@ -2,13 +2,11 @@
 // mode, integers as plain digits under every locale.
 
 #include <gtest/gtest.h>
-#include <locale.h>
 
 #include <cfenv>
 #include <cfloat>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -20,16 +18,13 @@
 
 #include "rendering/counted_converter.h"
 #include "support/messages.h"
-
-// Asked by the leak checker of the sanitizers: glibc's newlocale() never frees
-// the list of folders that it makes of LOCPATH.
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() {
-  return "leak:argz_add_sep";
-}
+#include "support/numeric_settings.h"
 
 namespace {
 
+using tests::ProcessLocale;
+using tests::RoundingMode;
+using tests::ThreadLocale;
 using vok::rulecheck::Arg;
 using Converter = tests::CountedConverter;
 using vok::rulecheck::Reference;
@@ -85,55 +80,7 @@ double fromBits(std::uint64_t bits) {
   return number;
 }
 
-// Where the C library looks for locales; set before any thread starts.
-const int localePathSet = setenv("LOCPATH", LOCALE_DIR, 1);
-
-// Makes a locale of the tests the thread's own for a scope.
-class ThreadLocale {
- public:
-  explicit ThreadLocale(const char* name) {
-    locale_ = newlocale(LC_NUMERIC_MASK, name, nullptr);
-    if (locale_ == nullptr) {
-      throw std::runtime_error(std::string("no locale ") + name);
-    }
-    previous_ = uselocale(locale_);
-  }
-  ~ThreadLocale() {
-    uselocale(previous_);
-    freelocale(locale_);
-  }
-  ThreadLocale(const ThreadLocale&) = delete;
-  ThreadLocale& operator=(const ThreadLocale&) = delete;
-
- private:
-  locale_t locale_;
-  locale_t previous_;
-};
-
-struct ProcessLocale {
-  explicit ProcessLocale(const char* name) {
-    if (setlocale(LC_NUMERIC, name) == nullptr) {
-      throw std::runtime_error(std::string("no locale ") + name);
-    }
-  }
-  ~ProcessLocale() { setlocale(LC_NUMERIC, "C"); }
-  ProcessLocale(const ProcessLocale&) = delete;
-  ProcessLocale& operator=(const ProcessLocale&) = delete;
-};
-
-struct RoundingMode {
-  explicit RoundingMode(int mode) { std::fesetround(mode); }
-  ~RoundingMode() { std::fesetround(FE_TONEAREST); }
-  RoundingMode(const RoundingMode&) = delete;
-  RoundingMode& operator=(const RoundingMode&) = delete;
-};
-
 const int roundingModes[] = {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO};
-
-TEST(Locales, OfTheTestsCanBeFound) {
-  EXPECT_EQ(localePathSet, 0);
-  EXPECT_NO_THROW(ThreadLocale("comma"));
-}
 
 TEST(Doubles, HaveTheseLiteralTexts) {
   struct Row {
