@@ -1,0 +1,180 @@
+#include "allocations.h"
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <limits>
+#include <new>
+
+// A sanitizer has a malloc of its own, which can't be replaced.
+#ifndef SANITIZED
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* block, std::size_t size);
+void __libc_free(void* block);
+}
+#endif
+
+namespace {
+
+constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t large = std::size_t{1} << 30;
+
+std::ptrdiff_t outstanding = 0;
+std::size_t limit = unlimited;
+std::size_t beforeFailure = unlimited;
+bool failed = false;
+
+bool isToFail(std::size_t size) {
+  if (size > limit) {
+    return true;
+  }
+  if (beforeFailure == unlimited) {
+    return false;
+  }
+  if (beforeFailure > 0) {
+    --beforeFailure;
+    return false;
+  }
+  beforeFailure = unlimited;
+  failed = true;
+  return true;
+}
+
+void* counted(void* block) {
+  outstanding += block != nullptr ? 1 : 0;
+  return block;
+}
+
+void* plainAllocate(std::size_t size) {
+#ifdef SANITIZED
+  return std::malloc(size);
+#else
+  return __libc_malloc(size);
+#endif
+}
+
+void plainFree(void* block) {
+#ifdef SANITIZED
+  std::free(block);
+#else
+  __libc_free(block);
+#endif
+}
+
+struct LargeBlock {
+  void* start;
+  std::size_t size;
+};
+LargeBlock largeBlocks[8] = {};
+
+LargeBlock* findLargeBlock(const void* start) {
+  const auto place = std::find_if(std::begin(largeBlocks), std::end(largeBlocks),
+                                  [start](const LargeBlock& b) { return b.start == start; });
+  return place == std::end(largeBlocks) ? nullptr : place;
+}
+
+void* allocateLarge(std::size_t size) {
+  LargeBlock* const place = findLargeBlock(nullptr);
+  if (place == nullptr) {
+    return nullptr;
+  }
+  void* const start = mmap(nullptr, size, PROT_READ | PROT_WRITE,
+                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (start == MAP_FAILED) {
+    return nullptr;
+  }
+  madvise(start, size, MADV_HUGEPAGE);  // quicker, where the kernel has such pages
+  *place = {start, size};
+  return start;
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* block = nullptr;
+  if (!isToFail(size)) {
+    block = counted(size < large ? plainAllocate(size) : allocateLarge(size));
+  }
+  if (block == nullptr) {
+    throw std::bad_alloc();
+  }
+  return block;
+}
+
+void operator delete(void* block) noexcept {
+  if (block == nullptr) {
+    return;
+  }
+  --outstanding;
+  LargeBlock* const place = findLargeBlock(block);
+  if (place == nullptr) {
+    plainFree(block);
+    return;
+  }
+  munmap(place->start, place->size);
+  *place = {};
+}
+
+void operator delete(void* block, std::size_t) noexcept {
+  operator delete(block);
+}
+
+#ifndef SANITIZED
+extern "C" {
+
+void* malloc(std::size_t size) noexcept {
+  return isToFail(size) ? nullptr : counted(__libc_malloc(size));
+}
+
+void* calloc(std::size_t count, std::size_t size) noexcept {
+  return isToFail(count * size) ? nullptr : counted(__libc_calloc(count, size));
+}
+
+void* realloc(void* block, std::size_t size) noexcept {
+  if (isToFail(size)) {
+    return nullptr;
+  }
+  void* const moved = __libc_realloc(block, size);
+  return block == nullptr ? counted(moved) : moved;
+}
+
+void free(void* block) noexcept {
+  outstanding -= block != nullptr ? 1 : 0;
+  __libc_free(block);
+}
+
+}  // extern "C"
+#endif
+
+namespace tests {
+
+std::ptrdiff_t outstandingAllocations() {
+  return outstanding;
+}
+
+FailingAllocation::FailingAllocation(std::size_t number) {
+  ::failed = false;
+  beforeFailure = number;
+}
+
+FailingAllocation::~FailingAllocation() {
+  beforeFailure = unlimited;
+}
+
+bool FailingAllocation::failed() const {
+  return ::failed;
+}
+
+AllocationLimit::AllocationLimit(std::size_t bytes) {
+  limit = bytes;
+}
+
+AllocationLimit::~AllocationLimit() {
+  limit = unlimited;
+}
+
+}  // namespace tests

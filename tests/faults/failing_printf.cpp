@@ -1,0 +1,68 @@
+#include "failing_printf.h"
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdio>
+
+namespace {
+
+constexpr int never = -1;
+
+int beforeFailure = never;
+bool failed = false;
+
+int print(char* text, std::size_t size, const char* format, std::va_list values) {
+  if (beforeFailure == 0) {
+    beforeFailure = never;
+    failed = true;
+    errno = ENOMEM;
+    return -1;
+  }
+  if (beforeFailure > 0) {
+    --beforeFailure;
+  }
+  return std::vsnprintf(text, size, format, values);
+}
+
+}  // namespace
+
+extern "C" {
+
+int snprintf(char* text, std::size_t size, const char* format, ...) noexcept {
+  std::va_list values;
+  va_start(values, format);
+  const int length = print(text, size, format, values);
+  va_end(values);
+  return length;
+}
+
+// What a hardened library calls.
+int __snprintf_chk(char* text, std::size_t size, int flag, std::size_t room, const char* format,
+                   ...);
+int __snprintf_chk(char* text, std::size_t size, int, std::size_t, const char* format, ...) {
+  std::va_list values;
+  va_start(values, format);
+  const int length = print(text, size, format, values);
+  va_end(values);
+  return length;
+}
+
+}  // extern "C"
+
+namespace tests {
+
+FailingPrintf::FailingPrintf(int number) {
+  ::failed = false;
+  beforeFailure = number;
+}
+
+FailingPrintf::~FailingPrintf() {
+  beforeFailure = never;
+}
+
+bool FailingPrintf::failed() const {
+  return ::failed;
+}
+
+}  // namespace tests

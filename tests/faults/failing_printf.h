@@ -1,0 +1,23 @@
+// Replaces the C library's snprintf by one that can be made to fail.
+
+#ifndef VOK_TESTS_FAULTS_FAILING_PRINTF_H_
+#define VOK_TESTS_FAULTS_FAILING_PRINTF_H_
+
+namespace tests {
+
+// Makes one call of snprintf in a scope fail for lack of memory: the first one if
+// number is 0.
+class FailingPrintf {
+ public:
+  explicit FailingPrintf(int number);
+  ~FailingPrintf();
+  FailingPrintf(const FailingPrintf&) = delete;
+  FailingPrintf& operator=(const FailingPrintf&) = delete;
+
+  // Whether there was a call of that number.
+  bool failed() const;
+};
+
+}  // namespace tests
+
+#endif  // VOK_TESTS_FAULTS_FAILING_PRINTF_H_
