@@ -1,0 +1,225 @@
+#include <google/protobuf/arena.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "carrying/carriers.h"
+#include "data/messages.h"
+#include "support/measure.h"
+
+namespace benchmarks {
+
+using google::protobuf::Arena;
+using google::protobuf::ArenaOptions;
+using namespace vok::rulecheck;
+
+namespace {
+
+// Memory for an arena's first block, which the arena doesn't own.
+class FirstBlock {
+ public:
+  explicit FirstBlock(std::size_t size) : memory_(size) {}
+
+  ArenaOptions options() {
+    ArenaOptions options;
+    options.initial_block = memory_.data();
+    options.initial_block_size = memory_.size();
+    return options;
+  }
+
+ private:
+  std::vector<char> memory_;
+};
+
+void parse(google::protobuf::Message* message, const std::string& bytes) {
+  if (!message->ParseFromString(bytes)) {
+    throw std::runtime_error("a message cannot be parsed");
+  }
+}
+
+template <typename Message>
+void parseOn(Arena* arena, const std::string& bytes) {
+  parse(Arena::CreateMessage<Message>(arena), bytes);
+}
+
+std::size_t sizeOf(const std::vector<std::string>& stream) {
+  std::size_t size = 0;
+  for (const std::string& bytes : stream) {
+    size += bytes.size();
+  }
+  return size;
+}
+
+std::string nameOf(int violations) {
+  return violations == resultViolations ? "result" : "result of " + std::to_string(violations);
+}
+
+void registerResult(int violations) {
+  const std::string& bytes = resultBytes(violations);
+  const auto items = static_cast<std::size_t>(violations);
+  const std::string name = nameOf(violations);
+  measure(name + ", parse/heap", {items, bytes.size()}, [&bytes] {
+    SessionResult result;
+    parse(&result, bytes);
+  });
+  measure(name + ", parse/arena", {items}, [&bytes] {
+    Arena arena;
+    parseOn<SessionResult>(&arena, bytes);
+  });
+  measure(name + ", serialize/heap", {items},
+          [result = std::make_shared<SessionResult>(makeResult(violations))] {
+            std::string written;
+            result->SerializeToString(&written);
+            benchmark::DoNotOptimize(written);
+          });
+}
+
+void registerResultReuse() {
+  const std::string& bytes = resultBytes(resultViolations);
+  measure("result, parse/arena with a first block", {resultViolations},
+          [&bytes, block = std::make_shared<FirstBlock>(std::size_t{64} << 20)] {
+            Arena arena(block->options());
+            parseOn<SessionResult>(&arena, bytes);
+          });
+  measure("result, parse/reused", {resultViolations},
+          [&bytes, result = std::make_shared<SessionResult>()] { parse(result.get(), bytes); });
+}
+
+void registerResultDestruction() {
+  const std::string& bytes = resultBytes(resultViolations);
+  const auto result = std::make_shared<std::unique_ptr<SessionResult>>();
+  measurePrepared(
+      "result, destroy/heap", {resultViolations},
+      [&bytes, result] {
+        *result = std::make_unique<SessionResult>();
+        parse(result->get(), bytes);
+      },
+      [result] { result->reset(); });
+  const auto arena = std::make_shared<std::unique_ptr<Arena>>();
+  measurePrepared(
+      "result, destroy/arena", {resultViolations},
+      [&bytes, arena] {
+        *arena = std::make_unique<Arena>();
+        parseOn<SessionResult>(arena->get(), bytes);
+      },
+      [arena] { arena->reset(); });
+}
+
+void registerRequestParsing() {
+  const std::vector<std::string>& stream = requestBytes();
+  measure("requests, parse/fresh", {stream.size(), sizeOf(stream)}, [&stream] {
+    for (const std::string& bytes : stream) {
+      Request request;
+      parse(&request, bytes);
+    }
+  });
+  measure("requests, parse/reused", {stream.size()},
+          [&stream, request = std::make_shared<Request>()] {
+            for (const std::string& bytes : stream) {
+              parse(request.get(), bytes);
+            }
+          });
+  measure("requests, parse/arena", {stream.size()}, [&stream] {
+    for (const std::string& bytes : stream) {
+      Arena arena;
+      parseOn<Request>(&arena, bytes);
+    }
+  });
+  measure("requests, parse/arena with a first block", {stream.size()},
+          [&stream, block = std::make_shared<FirstBlock>(4096)] {
+            for (const std::string& bytes : stream) {
+              Arena arena(block->options());
+              parseOn<Request>(&arena, bytes);
+            }
+          });
+}
+
+void registerRequestSerialization() {
+  const auto requests = std::make_shared<std::vector<Request>>(makeRequests());
+  measure("requests, serialize/fresh", {requests->size()}, [requests] {
+    for (const Request& request : *requests) {
+      std::string bytes;
+      request.SerializeToString(&bytes);
+      benchmark::DoNotOptimize(bytes);
+    }
+  });
+  measure("requests, serialize/reused", {requests->size()},
+          [requests, bytes = std::string()]() mutable {
+            for (const Request& request : *requests) {
+              request.SerializeToString(&bytes);
+              benchmark::DoNotOptimize(bytes);
+            }
+          });
+}
+
+template <typename Message>
+void requireSameBytes(const std::string& bytes) {
+  Message message;
+  parse(&message, bytes);
+  require(bytesOf(message) == bytes, "a parsed message has other bytes than its source");
+}
+
+void requireMeanSize(double size, double expected, const std::string& what) {
+  require(size > 0.95 * expected && size < 1.05 * expected,
+          what + " are " + std::to_string(size) + " bytes long");
+}
+
+void requireExpectedSizes() {
+  const std::string violations = bytesOf(makeResult(resultViolations).violations());
+  requireMeanSize(static_cast<double>(violations.size()) / resultViolations, 480, "violations");
+  requireMeanSize(
+      static_cast<double>(sizeOf(requestBytes())) / static_cast<double>(requestBytes().size()), 260,
+      "requests");
+}
+
+}  // namespace
+
+void registerMessages() {
+  requireExpectedSizes();
+  requireSameBytes<SessionResult>(resultBytes(resultViolations));
+  for (const std::string& bytes : requestBytes()) {
+    requireSameBytes<Request>(bytes);
+  }
+  registerResult(resultViolations);
+  registerResultReuse();
+  registerResultDestruction();
+  registerRequestParsing();
+  registerRequestSerialization();
+}
+
+void registerGrowth() {
+  for (const int violations : {100, 1000, 100000}) {
+    requireSameBytes<SessionResult>(resultBytes(violations));
+    registerResult(violations);
+  }
+}
+
+void registerUnusual() {
+  std::vector<Request> requests = makeRequests();
+  const auto stream = std::make_shared<std::vector<std::string>>();
+  for (Request& request : requests) {
+    auto& categories = *request.mutable_create_violation()->mutable_dynamic_category_values();
+    categories["area"] = "memory";
+    categories["owner"] = "architecture";
+    stream->push_back(bytesOf(request));
+  }
+  measure("requests with two categories, parse/reused", {stream->size()},
+          [stream, request = std::make_shared<Request>()] {
+            for (const std::string& bytes : *stream) {
+              parse(request.get(), bytes);
+            }
+          });
+  // An empty argument takes two bytes on the wire.
+  ArgList list;
+  for (int i = 0; i < 100000; ++i) {
+    list.add_arg();
+  }
+  const auto bytes = std::make_shared<std::string>(bytesOf(list));
+  measure("empty arguments, parse/heap", {100000, bytes->size()}, [bytes] {
+    ArgList parsed;
+    parse(&parsed, *bytes);
+  });
+}
+
+}  // namespace benchmarks

@@ -1,0 +1,33 @@
+// The messages that are carried, and their bytes.
+
+#ifndef VOK_RULECHECK_BENCHMARKS_DATA_MESSAGES_H_
+#define VOK_RULECHECK_BENCHMARKS_DATA_MESSAGES_H_
+
+#include <vok/rulecheck/RuleService.pb.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace benchmarks {
+
+// The violations of the result that is compared with others.
+constexpr int resultViolations = 10000;
+
+// A result with that many violations, a fifth of it affirmations, and a rule
+// specification for each fifty violations.
+vok::rulecheck::SessionResult makeResult(int violations);
+
+// 20,000 requests to record a violation.
+std::vector<vok::rulecheck::Request> makeRequests();
+
+// The bytes of a message, with the entries of maps in the order of their keys.
+std::string bytesOf(const google::protobuf::Message& message);
+
+// The bytes of makeResult() and of each of makeRequests(). Made once.
+const std::string& resultBytes(int violations);
+const std::vector<std::string>& requestBytes();
+
+}  // namespace benchmarks
+
+#endif  // VOK_RULECHECK_BENCHMARKS_DATA_MESSAGES_H_
