@@ -5,6 +5,9 @@
 # The packages that each purpose needs. Scripts use the lists, not this file.
 # shellcheck disable=SC2034
 {
+  bench_packages=(binutils libbenchmark-dev libfmt-dev libjemalloc2 libmimalloc2.0 libnanopb-dev
+    libprotobuf-c-dev libprotozero-dev libtcmalloc-minimal4 nanopb pkg-config protobuf-c-compiler
+    python3 rapidjson-dev zlib1g-dev)
   build_packages=(g++ cmake ninja-build libprotobuf-dev protobuf-compiler)
   example_packages=(libcli11-dev libkainjow-mustache-dev libre2-dev pkg-config)
   lint_packages=(verilator)
