@@ -194,31 +194,6 @@ TEST(UnknownFields, FollowTheKnownOnes) {
   EXPECT_EQ(toHex(bytesOf(token)), "0a 01 74 a0 06 05");
 }
 
-TEST(Maps, TheLastEntryOfAKeyReplacesEarlierOnesWhole) {
-  ViolationMap map;
-  // key 3 with id, severity and rule_key; then key 3 with an id only
-  ASSERT_TRUE(map.ParsePartialFromString(
-      fromHex("0a 0b 08 03 12 07 08 01 10 01 1a 01 6b  0a 06 08 03 12 02 08 09")));
-  EXPECT_EQ(tests::textOf(map),
-            tests::textOf(parse<ViolationMap>("hashmap { key: 3 value { id: 9 } }")));
-}
-
-TEST(Maps, AnEntryWithoutValueStoresTheDefaultUnderItsKey) {
-  ViolationMap map;
-  ASSERT_TRUE(map.ParsePartialFromString(fromHex("0a 02 08 03")));
-  ASSERT_EQ(map.hashmap().count(3), 1u);
-  EXPECT_EQ(map.hashmap().at(3).ByteSizeLong(), 0u);
-  Violation violation;
-  ASSERT_TRUE(violation.ParsePartialFromString(fromHex("5a 02 08 03")));
-  EXPECT_EQ(violation.categories().at(3), "");
-}
-
-TEST(Maps, AnEntryWithoutKeyIsStoredUnderTheDefaultKey) {
-  Violation violation;
-  ASSERT_TRUE(violation.ParsePartialFromString(fromHex("5a 03 12 01 63")));
-  EXPECT_EQ(violation.categories().at(0), "c");
-}
-
 TEST(LookAlikes, AnAffirmationReadFromAViolationIsMisread) {
   const auto violation =
       parse<Violation>("id: 1 severity: SEV_ERROR rule_key: 'k' build_target: 'hw'");
@@ -254,27 +229,6 @@ TEST(Counts, AreNotTiedToTheirMaps) {
   EXPECT_EQ(copy.violation_count(), 3);
   EXPECT_EQ(copy.violations().hashmap().size(), 0u);
   EXPECT_TRUE(copy.has_violations());
-}
-
-TEST(Malformed, BytesFailToParse) {
-  struct Row {
-    const char* name;
-    const char* bytes;
-  };
-  const Row rows[] = {
-      {"a field without value", "08"},
-      {"a length that runs past the end", "12 05 61"},
-      {"a varint of eleven bytes", "18 ff ff ff ff ff ff ff ff ff ff 01"},
-      {"field number 0", "00 00"},
-      {"wire type 6", "0e"},
-      {"wire type 7", "0f"},
-      {"a group that does not end", "a3 06 08 01"},
-      {"the end of a group that never began", "a4 06"},
-  };
-  for (const Row& row : rows) {
-    Resource resource;
-    EXPECT_FALSE(resource.ParsePartialFromString(fromHex(row.bytes))) << row.name;
-  }
 }
 
 }  // namespace

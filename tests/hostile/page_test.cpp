@@ -1,0 +1,105 @@
+// The table of docs/protocol.md on what a reader may rely on, row by row.
+
+#include <gmock/gmock.h>
+#include <google/protobuf/descriptor.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "hostile/reading.h"
+#include "support/messages.h"
+
+namespace {
+
+using google::protobuf::Descriptor;
+using testing::HasSubstr;
+
+std::vector<std::string> linesOfSection(const std::string& heading) {
+  std::ifstream page(PAGE_ON_PROTOCOL);
+  std::vector<std::string> lines;
+  bool isInside = false;
+  for (std::string line; std::getline(page, line);) {
+    if (line.rfind("## ", 0) == 0) {
+      isInside = line == "## " + heading;
+    } else if (isInside) {
+      lines.push_back(line);
+    }
+  }
+  return lines;
+}
+
+const std::vector<std::string>& section() {
+  static const std::vector<std::string> lines = linesOfSection("What a reader may rely on");
+  return lines;
+}
+
+// "08 (a3 06)*2" as "08 a3 06 a3 06".
+std::string withoutRepetitions(std::string digits) {
+  static const std::regex repetition(R"(\(([^)]*)\)\*(\d+))");
+  for (std::smatch parts; std::regex_search(digits, parts, repetition);) {
+    std::string repeated;
+    for (int i = std::stoi(parts[2]); i > 0; --i) {
+      repeated += parts[1].str() + (i > 1 ? " " : "");
+    }
+    digits = parts.prefix().str() + repeated + parts.suffix().str();
+  }
+  return digits;
+}
+
+TEST(PageOnTheProtocol, TellsWhatIsReadAndWritten) {
+  const std::regex row(R"(\| (.+) \| `(\w+)` \| `([^`]+)` \| (?:`([^`]+)`|refused) \|)");
+  int rows = 0;
+  for (std::size_t i = 0; i < section().size(); ++i) {
+    const std::string& line = section()[i];
+    const bool isHead = line.rfind("| What ", 0) == 0 || line.rfind("|---", 0) == 0;
+    if (line.rfind("|", 0) != 0 || isHead) {
+      continue;
+    }
+    std::smatch cells;
+    ASSERT_TRUE(std::regex_match(line, cells, row)) << line;
+    ++rows;
+    const auto prototype = tests::newMessage(cells[2]);
+    EXPECT_EQ(tests::writtenAgain(*prototype, tests::fromHex(withoutRepetitions(cells[3]))),
+              cells[4].matched ? withoutRepetitions(cells[4]) : "refused")
+        << line;
+  }
+  EXPECT_EQ(rows, 60);
+}
+
+// The number of messages in the longest chain that begins with that message; 0
+// if one contains itself.
+int longestChain(const Descriptor* message, std::set<const Descriptor*> outer) {
+  if (!outer.insert(message).second) {
+    return 0;
+  }
+  int longest = 0;
+  for (int i = 0; i < message->field_count(); ++i) {
+    if (const Descriptor* inner = message->field(i)->message_type()) {
+      const int chain = longestChain(inner, outer);
+      if (chain == 0) {
+        return 0;
+      }
+      longest = std::max(longest, chain);
+    }
+  }
+  return longest + 1;
+}
+
+TEST(PageOnTheProtocol, TellsTheLongestChainOfMessages) {
+  int longest = 0;
+  for (const google::protobuf::Message* prototype : tests::allMessages()) {
+    const int chain = longestChain(prototype->GetDescriptor(), {});
+    EXPECT_GT(chain, 0) << std::string(prototype->GetTypeName());
+    longest = std::max(longest, chain);
+  }
+  EXPECT_EQ(longest, longestChain(vok::rulecheck::Response::descriptor(), {}));
+  EXPECT_THAT(section(),
+              testing::Contains(HasSubstr("from a `Response`, is of " + std::to_string(longest))));
+}
+
+}  // namespace
