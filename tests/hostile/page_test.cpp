@@ -5,12 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
 #include <regex>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "hostile/page.h"
 #include "hostile/reading.h"
 #include "support/messages.h"
 
@@ -19,22 +19,8 @@ namespace {
 using google::protobuf::Descriptor;
 using testing::HasSubstr;
 
-std::vector<std::string> linesOfSection(const std::string& heading) {
-  std::ifstream page(PAGE_ON_PROTOCOL);
-  std::vector<std::string> lines;
-  bool isInside = false;
-  for (std::string line; std::getline(page, line);) {
-    if (line.rfind("## ", 0) == 0) {
-      isInside = line == "## " + heading;
-    } else if (isInside) {
-      lines.push_back(line);
-    }
-  }
-  return lines;
-}
-
 const std::vector<std::string>& section() {
-  static const std::vector<std::string> lines = linesOfSection("What a reader may rely on");
+  static const std::vector<std::string> lines = tests::linesOfSection("What a reader may rely on");
   return lines;
 }
 
@@ -54,8 +40,7 @@ std::string withoutRepetitions(std::string digits) {
 TEST(PageOnTheProtocol, TellsWhatIsReadAndWritten) {
   const std::regex row(R"(\| (.+) \| `(\w+)` \| `([^`]+)` \| (?:`([^`]+)`|refused) \|)");
   int rows = 0;
-  for (std::size_t i = 0; i < section().size(); ++i) {
-    const std::string& line = section()[i];
+  for (const std::string& line : section()) {
     const bool isHead = line.rfind("| What ", 0) == 0 || line.rfind("|---", 0) == 0;
     if (line.rfind("|", 0) != 0 || isHead) {
       continue;
