@@ -6,20 +6,11 @@ import re
 import subprocess
 import unittest
 
+from elf import run, symbols
+
 LIBRARY = pathlib.Path(os.environ["LIBRARY"])
 OBJECTS = [pathlib.Path(name) for name in os.environ["OBJECTS"].split(":")]
 EXPORTS = pathlib.Path(__file__).with_name("exports.txt")
-
-
-def run(*command):
-    result = subprocess.run(command, capture_output=True, text=True, check=True)
-    return result.stdout
-
-
-def symbols(*options):
-    """The symbols that nm lists, without addresses and versions."""
-    lines = run("nm", *options).splitlines()
-    return [line.split()[-1].split("@")[0] for line in lines if line.strip()]
 
 
 def object_of(source):

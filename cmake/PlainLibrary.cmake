@@ -1,0 +1,18 @@
+# What the library is compared with in size and speed.
+
+# vok_add_plain_library(): the target vok_rulecheck_plain, the library's sources
+# as CMake builds a shared library that it is told nothing about. To be called in
+# a folder below the root, where the root's properties of sources don't reach.
+function(vok_add_plain_library)
+  if(TARGET vok_rulecheck_plain)
+    return()
+  endif()
+  add_library(vok_rulecheck_plain SHARED
+    "${PROJECT_SOURCE_DIR}/rendering/Converter.cpp" ${vok_generated})
+  set_source_files_properties(${vok_generated} TARGET_DIRECTORY vok_rulecheck_plain
+    PROPERTIES COMPILE_OPTIONS "-std=gnu++${VOK_PROTOBUF_CXX_STANDARD}")
+  add_dependencies(vok_rulecheck_plain vok_rulecheck)  # which generates the sources
+  target_compile_features(vok_rulecheck_plain PRIVATE cxx_std_17)
+  target_include_directories(vok_rulecheck_plain SYSTEM PUBLIC "${VOK_INCLUDE_DIR}")
+  target_link_libraries(vok_rulecheck_plain PUBLIC protobuf::libprotobuf Threads::Threads)
+endfunction()

@@ -1,0 +1,24 @@
+"""What the tests of shared objects share: what binutils say of them."""
+
+import re
+import subprocess
+
+
+def run(*command):
+    return subprocess.run(command, capture_output=True, text=True, check=True).stdout
+
+
+def symbols(*options):
+    """The symbols that nm lists, without addresses and versions."""
+    lines = run("nm", *options).splitlines()
+    return [line.split()[-1].split("@")[0] for line in lines if line.strip()]
+
+
+def functions_in(path, section):
+    """The names of the functions that a section such as .init_array points to."""
+    found = re.search(rf" {re.escape(section)} +\w+ +\w+ (\w+) (\w+)", run("readelf", "-SW", path))
+    offset, size = (int(number, 16) for number in found.groups())
+    content = path.read_bytes()[offset:offset + size]
+    names = {int(address, 16): name for address, name in
+             re.findall(r"^(\w+) [tT] (\S+)$", run("nm", path), re.MULTILINE)}
+    return [names[int.from_bytes(content[at:at + 8], "little")] for at in range(0, size, 8)]
