@@ -12,6 +12,8 @@
 #   VOK_PROTOBUF_RELEASE       what protoc calls that release: 3.21.12, 36.2
 #   VOK_PROTOBUF_ABI           releases with the same text share one ABI
 #   VOK_PROTOBUF_CXX_STANDARD  the C++ standard for generated source
+#   VOK_PROTOBUF_SHARED_DATA   how the mangled names of variables end that
+#                              generated headers name
 
 set(VOK_PROTOBUF_ERROR "")
 
@@ -71,6 +73,14 @@ elseif(VOK_PROTOBUF_VERSION LESS 4022000)
   set(VOK_PROTOBUF_CXX_STANDARD 14)
 else()
   set(VOK_PROTOBUF_CXX_STANDARD 17)
+endif()
+
+# Up to 3.21 these are the default instances. Later releases name more, and
+# otherwise; an underscore ends the names of all that are the generated code's own.
+if(VOK_PROTOBUF_VERSION LESS 4022000)
+  set(VOK_PROTOBUF_SHARED_DATA "_default_instance_E")
+else()
+  set(VOK_PROTOBUF_SHARED_DATA "_E")
 endif()
 
 if(VOK_PROTOBUF_VERSION LESS 3003000)

@@ -79,7 +79,7 @@ class Linking(unittest.TestCase):
         self.assertRegex(self.dynamic, r"FLAGS_1.*NOW")
         self.assertIn("GNU_RELRO", self.segments)
 
-    def test_symbols_are_not_bound_to_the_library_itself(self):
+    def test_not_every_symbol_is_bound_to_the_library_itself(self):
         self.assertNotIn("SYMBOLIC", self.dynamic)
 
     def test_the_stack_is_not_executable(self):

@@ -1,11 +1,12 @@
-"""What the loader has to do for the shared object, beside the same sources built
-with nothing but CMake's flags for a release."""
+"""What the loader has to do for the shared object, and how large it is, beside the
+same sources built with nothing but CMake's flags for a release."""
 
 import os
 import pathlib
+import tempfile
 import unittest
 
-from elf import functions_in, symbols
+from elf import functions_in, relocations, run, symbols
 
 REASON_TO_SKIP = os.environ["REASON_TO_SKIP"]
 LIBRARY = pathlib.Path(os.environ["LIBRARY"])
@@ -18,8 +19,26 @@ def setUpModule():
         raise unittest.SkipTest(REASON_TO_SKIP)
 
 
+def relocations_with_a_symbol(path):
+    return [kind for kind in relocations(path) if kind != "R_X86_64_RELATIVE"]
+
+
 def own_functions_in(path, section):
     return [name for name in functions_in(path, section) if name not in OF_THE_COMPILER]
+
+
+class Relocations(unittest.TestCase):
+    def test_with_a_symbol_are_fewer_than_800(self):
+        self.assertLess(len(relocations_with_a_symbol(LIBRARY)), 800)
+
+    def test_without_a_symbol_are_packed(self):
+        if os.environ["PACKED"] != "1":
+            self.skipTest("the linker or the C library cannot pack relocations")
+        self.assertNotIn("R_X86_64_RELATIVE", relocations(LIBRARY))
+        self.assertIn("(RELR)", run("readelf", "-dW", LIBRARY))
+
+    def test_of_the_plain_library_with_a_symbol_are_counted_too(self):
+        self.assertGreater(len(relocations_with_a_symbol(PLAIN_LIBRARY)), 2000)
 
 
 class StaticObjects(unittest.TestCase):
@@ -36,6 +55,17 @@ class StaticObjects(unittest.TestCase):
     def test_of_the_plain_library_are_found_too(self):
         self.assertGreater(len(own_functions_in(PLAIN_LIBRARY, ".init_array")), 1)
         self.assertIn("__cxa_atexit", symbols("-D", "--undefined-only", PLAIN_LIBRARY))
+
+
+class Size(unittest.TestCase):
+    def stripped_size(self, path):
+        with tempfile.TemporaryDirectory() as folder:
+            stripped = pathlib.Path(folder) / "stripped.so"
+            run("strip", "-o", stripped, path)
+            return stripped.stat().st_size
+
+    def test_without_symbols_is_at_most_72_percent_of_the_plain_librarys(self):
+        self.assertLessEqual(self.stripped_size(LIBRARY), 0.72 * self.stripped_size(PLAIN_LIBRARY))
 
 
 if __name__ == "__main__":

@@ -14,6 +14,12 @@ def symbols(*options):
     return [line.split()[-1].split("@")[0] for line in lines if line.strip()]
 
 
+def relocations(path):
+    """The types of the relocations, one for each; packed ones are not among them."""
+    return re.findall(r"^[0-9a-f]{16} +[0-9a-f]{16} (R_\w+)", run("readelf", "-rW", path),
+                      re.MULTILINE)
+
+
 def functions_in(path, section):
     """The names of the functions that a section such as .init_array points to."""
     found = re.search(rf" {re.escape(section)} +\w+ +\w+ (\w+) (\w+)", run("readelf", "-SW", path))
