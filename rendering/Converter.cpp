@@ -288,13 +288,14 @@ void appendText(Output& out, const Reference& reference) {
   }
 }
 
-std::string_view addressPrefix(Resource_Scheme scheme) {
+template <typename Output>
+void appendPrefix(Output& out, Resource_Scheme scheme) {
   switch (scheme) {
-    case Resource_Scheme_DATA: return "data:";
-    case Resource_Scheme_FILE: return "file://";
-    case Resource_Scheme_HTTP: return "http://";
-    case Resource_Scheme_HTTPS: return "https://";
-    default: return "";
+    case Resource_Scheme_DATA: out.add("data:"); break;
+    case Resource_Scheme_FILE: out.add("file://"); break;
+    case Resource_Scheme_HTTP: out.add("http://"); break;
+    case Resource_Scheme_HTTPS: out.add("https://"); break;
+    default: break;
   }
 }
 
@@ -313,16 +314,20 @@ void appendInlineData(Output& out, const Resource& resource) {
 
 template <typename Output>
 void appendHierarchy(Output& out, const Resource& resource) {
-  out.add(resource.host());
+  if (resource.has_host()) {
+    out.add(resource.host());
+  }
   if (resource.has_port()) {
     out.add(":");
     out.add(resource.port());
   }
   const std::string_view path = resource.path();
-  if (!path.empty() && path.front() != '/') {
-    out.add("/");
+  if (!path.empty()) {
+    if (path.front() != '/') {
+      out.add("/");
+    }
+    out.add(path);
   }
-  out.add(path);
   if (resource.has_query()) {
     out.add("?");
     out.add(resource.query());
@@ -338,7 +343,7 @@ void appendAddress(Output& out, const Resource& resource) {
   if (!resource.has_scheme()) {
     return;
   }
-  out.add(addressPrefix(resource.scheme()));
+  appendPrefix(out, resource.scheme());
   if (resource.scheme() == Resource_Scheme_DATA) {
     appendInlineData(out, resource);
   } else {
@@ -396,11 +401,13 @@ void appendHtml(Output& out, const Reference& reference) {
 template <typename List>
 std::string joinedHtml(const List& list) {
   return render([&](auto& out) {
-    std::string_view separator;
+    bool first = true;
     for (const auto& element : list) {
-      out.add(separator);
+      if (!first) {
+        out.add(",");
+      }
+      first = false;
       appendHtml(out, element);
-      separator = ",";
     }
   });
 }
