@@ -14,6 +14,7 @@
   test_packages=(binutils libgmock-dev libgtest-dev locales python3 valgrind)
   style_packages=(clang clang-format clang-tidy shellcheck)
   browser_packages=(chromium)
+  compatibility_packages=(abigail-tools)
 }
 
 # Ends the script for a reason that its user can do something about.
