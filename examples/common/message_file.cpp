@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iterator>
 #include <string_view>
+#include <system_error>
 
 namespace examples {
 namespace {

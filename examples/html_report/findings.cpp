@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <kainjow/mustache.hpp>
 #include <map>
+#include <string_view>
 #include <utility>
 #include <vector>
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <kainjow/mustache.hpp>
+#include <string_view>
 
 #include "html_report/assets.h"
 #include "html_report/findings.h"

@@ -1,8 +1,11 @@
 // html_report INPUT OUTPUT: writes the result of a session as an HTML page.
 
+#include <vok/rulecheck/RuleService.pb.h>
+
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <string>
+#include <system_error>
 
 #include "common/command_line.h"
 #include "common/message_file.h"

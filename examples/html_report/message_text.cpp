@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstddef>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "html_report/safe_text.h"

@@ -3,6 +3,7 @@
 #include <vok/rulecheck/Converter.h>
 
 #include <algorithm>
+#include <map>
 #include <string>
 
 #include "html_report/safe_copy.h"

@@ -1,5 +1,6 @@
 #include "html_report/safe_copy.h"
 
+#include <google/protobuf/descriptor.h>
 #include <vok/rulecheck/Converter.h>
 #include <vok/rulecheck/RuleService.pb.h>
 

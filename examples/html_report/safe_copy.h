@@ -5,8 +5,6 @@
 
 #include <google/protobuf/message.h>
 
-#include <utility>
-
 namespace html_report {
 
 // Changes the message and all messages in it, so that what Converter writes of

@@ -4,6 +4,7 @@
 #include <ctime>
 #include <map>
 #include <set>
+#include <vector>
 
 #include "html_report/facts.h"
 #include "html_report/safe_link.h"

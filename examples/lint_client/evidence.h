@@ -6,7 +6,6 @@
 #include <vok/rulecheck/RuleService.pb.h>
 
 #include <filesystem>
-#include <string>
 
 #include "lint_client/messages.h"
 

@@ -1,19 +1,26 @@
 // Checks Verilog sources with Verilator, and has a rule server report what it finds.
 
 #include <unistd.h>
+#include <vok/rulecheck/RuleService.pb.h>
 
+#include <CLI/CLI.hpp>
 #include <filesystem>
+#include <functional>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "common/command_line.h"
 #include "html_report/html_report.h"
 #include "lint_client/connection.h"
+#include "lint_client/messages.h"
 #include "lint_client/report.h"
 #include "lint_client/summary.h"
 #include "lint_client/verilator.h"
 #include "lint_client/waivers.h"
+#include "rule_server/environment.h"
+#include "rule_server/files.h"
 #include "rule_server/rule_server.h"
 
 namespace {

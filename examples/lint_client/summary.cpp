@@ -6,8 +6,11 @@
 #include <iomanip>
 #include <map>
 #include <sstream>
+#include <vector>
 
 #include "lint_client/catalogue.h"
+#include "lint_client/messages.h"
+#include "lint_client/waivers.h"
 
 namespace lint_client {
 namespace {

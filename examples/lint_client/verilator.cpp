@@ -1,6 +1,7 @@
 #include "lint_client/verilator.h"
 
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 
 #include "lint_client/process.h"

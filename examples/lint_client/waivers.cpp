@@ -1,6 +1,7 @@
 #include "lint_client/waivers.h"
 
 #include <cstddef>
+#include <optional>
 #include <stdexcept>
 
 namespace lint_client {

@@ -1,6 +1,10 @@
 #include "rule_server/envelope.h"
 
+#include <google/protobuf/descriptor.h>
+#include <google/protobuf/message.h>
+
 #include <algorithm>
+#include <cstdint>
 
 namespace rule_server {
 namespace {

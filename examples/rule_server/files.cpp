@@ -1,6 +1,8 @@
 #include "rule_server/files.h"
 
 #include <algorithm>
+#include <system_error>
+#include <utility>
 
 #include "common/message_file.h"
 

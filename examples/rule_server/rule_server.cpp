@@ -1,12 +1,18 @@
 #include "rule_server/rule_server.h"
 
+#include <google/protobuf/message.h>
+
+#include <cstddef>
 #include <exception>
+#include <functional>
 #include <utility>
 
 #include "common/message_file.h"
 #include "rule_server/envelope.h"
 #include "rule_server/errors.h"
+#include "rule_server/files.h"
 #include "rule_server/findings.h"
+#include "rule_server/selection.h"
 
 namespace rule_server {
 namespace {
