@@ -15,6 +15,8 @@
   style_packages=(clang clang-format clang-tidy shellcheck)
   browser_packages=(chromium)
   compatibility_packages=(abigail-tools)
+  analysis_packages=(clang cppcheck iwyu)
+  coverage_packages=(gcovr)
 }
 
 # Ends the script for a reason that its user can do something about.
