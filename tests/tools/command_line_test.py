@@ -7,8 +7,40 @@ import unittest
 from program_test import ProgramTest
 
 TOOLS = pathlib.Path(os.environ["TOOLS_DIR"])
+ANALYSE = TOOLS / "analyse"
+COVERAGE = TOOLS / "coverage"
 DEMO = TOOLS / "demo"
+MUTATE = TOOLS / "mutate"
 TEST = TOOLS / "test"
+
+
+class Analyse(ProgramTest):
+    def test_help(self):
+        for option in ["--help", "-h"]:
+            ended = self.run_program(ANALYSE, option)
+            self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+            self.assertTrue(ended.stdout.startswith("Usage: tools/analyse\n"))
+
+    def test_unknown_argument(self):
+        for word in ["--nosuch", "rendering"]:
+            with self.subTest(word):
+                self.assert_refused(
+                    self.run_program(ANALYSE, word), f"analyse: unknown argument {word} (see --help)")
+
+
+class Coverage(ProgramTest):
+    def test_help(self):
+        for option in ["--help", "-h"]:
+            ended = self.run_program(COVERAGE, option)
+            self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+            self.assertTrue(ended.stdout.startswith("Usage: tools/coverage [--all]\n"))
+
+    def test_unknown_argument(self):
+        for words in [["--nosuch"], ["all"], ["--all", "more"]]:
+            with self.subTest(words):
+                self.assert_refused(
+                    self.run_program(COVERAGE, *words),
+                    f"coverage: unknown argument {words[-1]} (see --help)")
 
 
 class Demo(ProgramTest):
@@ -34,6 +66,25 @@ class Demo(ProgramTest):
 
     def test_directory(self):
         self.assert_refused(self.run_program(DEMO, "."), "demo: .: no such file, or not readable")
+
+
+class Mutate(ProgramTest):
+    def test_help(self):
+        for option in ["--help", "-h"]:
+            ended = self.run_program(MUTATE, option)
+            self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+            self.assertTrue(ended.stdout.startswith("Usage: tools/mutate [--only TEXT]\n"))
+
+    def test_unknown_argument(self):
+        for words in [["--nosuch"], ["copy"], ["--only", "copy", "more"]]:
+            with self.subTest(words):
+                self.assert_refused(
+                    self.run_program(MUTATE, *words),
+                    f"mutate: unknown argument {words[-1]} (see --help)")
+
+    def test_missing_text(self):
+        self.assert_refused(
+            self.run_program(MUTATE, "--only"), "mutate: --only needs a text (see --help)")
 
 
 class Test(ProgramTest):
