@@ -25,6 +25,7 @@ CASES = {
     "f(o.a(), o.b());": [";", "f(o.b(), o.b());", "f(o.a(), o.a());"],
     "f(Kind_ONE, Kind_TWO);": [";", "f(Kind_TWO, Kind_TWO);", "f(Kind_ONE, Kind_ONE);"],
     "return x;": [";", "return {};"],
+    "return \"x\";": [";", "return \"\";", "return \"x~\";"],
     "return;": [";"],
     "int x;": [";"],
     "vector<int> x(const T& t);": [";"],
@@ -53,11 +54,12 @@ class Mutants(unittest.TestCase):
                 self.assertCountEqual(changed, expected)
 
     def test_are_described_by_function_and_line(self):
-        source = mutants.Source("namespace n {\n\nvoid first() {}\n\nvoid second(int i) {\n  f();\n}\n}\n")
+        source = mutants.Source(
+            "namespace n {\n\nvoid first() {}\n\nvoid second(int i) {\n  f( );  // Why\n}\n}\n")
         mutant, = source.mutants()
-        self.assertEqual(source.described(mutant), "second: f(); => ;")
+        self.assertEqual(source.described(mutant), "second: f( ); => ;")
         self.assertEqual(source.line_of(mutant), 6)
-        self.assertIn("{\n  ;\n}", source.mutated(mutant))
+        self.assertIn("{\n  ;  // Why\n}", source.mutated(mutant))
 
 
 if __name__ == "__main__":

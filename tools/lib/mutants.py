@@ -48,6 +48,13 @@ _NO_STATEMENT = {"if", "else", "for", "while", "do", "switch", "case", "default"
                  "namespace", "class", "struct", "enum", "public", "private", "using", "}", ")", ","}
 
 
+def _in_one_line(text):
+    """The text without comments, and without needless spaces."""
+    code = "".join(" " if found[0].startswith(("//", "/*")) else found[0]
+                   for found in _TOKEN.finditer(text))
+    return " ".join(code.split())
+
+
 class Source:
     def __init__(self, text):
         self.text = text
@@ -61,7 +68,8 @@ class Source:
         makers = [self._binary_operators, self._operands, self._unary_operators, self._literals,
                   self._words, self._conditions, self._choices, self._presence, self._calls,
                   self._accessors, self._enumerators, self._returns, self._statements, self._branches]
-        return sorted({mutant for make in makers for mutant in make()})
+        return sorted({mutant for make in makers for mutant in make()
+                       if mutant.text != self.text[mutant.start:mutant.end]})
 
     def mutated(self, mutant):
         return self.text[:mutant.start] + mutant.text + self.text[mutant.end:]
@@ -74,7 +82,7 @@ class Source:
         after = self.text[start:mutant.start] + mutant.text + self.text[mutant.end:end]
         name = next((name for begin, close, name in self.functions
                      if begin <= mutant.start < close), "outside")
-        return f"{name}: {' '.join(before.split())} => {' '.join(after.split())}"
+        return f"{name}: {_in_one_line(before)} => {_in_one_line(after)}"
 
     def line_of(self, mutant):
         return self.text.count("\n", 0, mutant.start) + 1
@@ -261,9 +269,12 @@ class Source:
                     yield self._replace(index, last, self._span(index + 3, last))
 
     def _returns(self):
+        """A result without content. For a text alone, there is such a change already."""
         for index, token in enumerate(self.tokens):
             if token.text == "return" and self._word(index + 1) not in (";", "{"):
-                yield self._replace(index, self._scan(index, 1, {";"}), "return {};")
+                last = self._scan(index, 1, {";"})
+                if last > index + 2 or self.tokens[index + 1].kind != "string":
+                    yield self._replace(index, last, "return {};")
 
     def _simple_statements(self):
         """The first and the last token of each statement that has no block."""

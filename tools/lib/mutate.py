@@ -97,7 +97,7 @@ class Run(typing.NamedTuple):
         if not tests:
             return []
         names = ":".join(name for name, _ in tests)
-        seconds = 10 + 10 * sum(seconds for _, seconds in tests)
+        seconds = 3 + 10 * sum(seconds for _, seconds in tests)
         return [self._replace(options=["--gtest_fail_fast", f"--gtest_filter={names}"], seconds=seconds)]
 
     def fails(self, library):
