@@ -8,6 +8,7 @@ from program_test import ProgramTest
 
 TOOLS = pathlib.Path(os.environ["TOOLS_DIR"])
 ANALYSE = TOOLS / "analyse"
+BENCH = TOOLS / "bench"
 COVERAGE = TOOLS / "coverage"
 DEMO = TOOLS / "demo"
 MUTATE = TOOLS / "mutate"
@@ -26,6 +27,21 @@ class Analyse(ProgramTest):
             with self.subTest(word):
                 self.assert_refused(
                     self.run_program(ANALYSE, word), f"analyse: unknown argument {word} (see --help)")
+
+
+class Bench(ProgramTest):
+    def test_help(self):
+        for option in ["--help", "-h"]:
+            ended = self.run_program(BENCH, option)
+            self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+            self.assertTrue(ended.stdout.startswith("Usage: tools/bench [--quick]\n"))
+
+    def test_unknown_argument(self):
+        for words in [["--nosuch"], ["quick"], ["--quick", "more"]]:
+            with self.subTest(words):
+                self.assert_refused(
+                    self.run_program(BENCH, *words),
+                    f"bench: unknown argument {words[-1]} (see --help)")
 
 
 class Coverage(ProgramTest):
