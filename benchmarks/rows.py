@@ -29,11 +29,11 @@ class Table:
 
 RENDERERS = ("Converter", "one copy", "concatenation", "{fmt}", "string streams")
 
-ANCHORS = ("toHtml(Arg) of a reference", "toHtml(Arg) of a link", "toHtml(Link)", "toHtml(Reference)")
+ANCHORS = ("toHtml(Arg) of a reference", "toHtml(Arg) of a link", "toHtml(Link)", "toHtml(Reference)",
+           "toHtml(Arg) of four references", "toHtml(Resource)")
 
-CALLS = (*ANCHORS, "toHtml(Arg) of four references", "toHtml(Resource)", "href of a file",
-         "href of a page", "toString(Scalar) of an integer", "toString(Scalar) of a double",
-         "toString(Reference)", "toString(Severity)")
+CALLS = (*ANCHORS, "href of a file", "href of a page", "toString(Scalar) of an integer",
+         "toString(Scalar) of a double", "toString(Reference)", "toString(Severity)")
 
 DOUBLES = ("double 0.5", "double 1.234567", "double 350.25", "double 1e20", "double 1e300",
            "double 5e-324")
