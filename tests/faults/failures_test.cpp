@@ -5,6 +5,7 @@
 
 #include <cfenv>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <optional>
@@ -35,7 +36,9 @@ TEST(Allocations, CanBeCountedAndMadeToFail) {
 #ifndef SANITIZED
 TEST(Allocations, OfTheCLibraryCanBeMadeToFail) {
   const FailingAllocation scope(0);
-  EXPECT_EQ(strdup("text"), nullptr);
+  char* const copy = strdup("text");
+  EXPECT_EQ(copy, nullptr);
+  std::free(copy);
   EXPECT_TRUE(scope.failed());
 }
 #endif

@@ -16,7 +16,7 @@ import mutants
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
 SOURCE = ROOT / "rendering/Converter.cpp"
-EQUIVALENTS = HERE / "equivalent_mutants.txt"
+EQUIVALENTS = HERE / "equivalent.txt"
 
 # The programs, in the order in which they run, and the memory that each gets: a
 # mutant may want all that there is. The second one has texts that are larger.

@@ -1,10 +1,7 @@
 """The changes that tools/mutate makes of a source."""
 
-import os
-import sys
 import unittest
 
-sys.path.append(os.environ["TOOLS_DIR"] + "/lib")
 import mutants
 
 # A statement, and what becomes of the lines that are changed.
