@@ -1,12 +1,15 @@
 #include "rule_server/errors.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace rule_server {
 
 std::string quoted(const std::string& text) {
   constexpr std::size_t kLongest = 100;
-  return '"' + text.substr(0, kLongest) + (text.size() > kLongest ? "...\"" : "\"");
+  std::string shown = text.substr(0, kLongest);
+  std::replace(shown.begin(), shown.end(), '\0', ' ');
+  return '"' + shown + (text.size() > kLongest ? "...\"" : "\"");
 }
 
 }  // namespace rule_server

@@ -42,7 +42,8 @@ class Failure : public std::runtime_error {
   ErrorCode code_;
 };
 
-// A text of the request's, for error messages: in quotes, and cut if it is long.
+// A text of the request's, for error messages: in quotes, cut if it is long, and with
+// spaces in the place of zero bytes, which would end the message.
 std::string quoted(const std::string& text);
 
 }  // namespace rule_server

@@ -45,7 +45,8 @@ void updateCounts(SessionResult* result) {
 const std::string& pathOf(const Resource& address) {
   const bool isHere = address.scheme() == Resource::FILE &&
                       (address.host().empty() || address.host() == "localhost");
-  if (!isHere || address.path().empty()) {
+  const bool isPath = !address.path().empty() && address.path().find('\0') == std::string::npos;
+  if (!isHere || !isPath) {
     throw Failure(ErrorCode::FileAddress, "not the address of a file on this host");
   }
   return address.path();

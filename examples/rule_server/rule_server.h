@@ -50,7 +50,7 @@
 //     validate it refuses the file instead. To DUMP_RULES validate makes no
 //     difference, as all rules in the catalogue are valid.
 //   * A file's address has the scheme FILE, a path, and "localhost" or nothing as its
-//     host; the path is taken byte by byte.
+//     host; the path is taken byte by byte, and has no zero byte.
 
 #ifndef VOK_EXAMPLES_RULE_SERVER_RULE_SERVER_H_
 #define VOK_EXAMPLES_RULE_SERVER_RULE_SERVER_H_

@@ -293,6 +293,11 @@ std::vector<ErrorCase> fileErrors() {
        dump("data_file { scheme: FILE path: '' }"),
        ErrorCode::FileAddress,
        "file on this host"},
+      {"a file with a zero byte in its path",
+       {},
+       dump("data_file { scheme: FILE path: '\\0r.txt' }"),
+       ErrorCode::FileAddress,
+       "file on this host"},
       {"a report without addresses", {kStart}, kWrite, ErrorCode::FileAddress, "neither"},
       {"a report to the web",
        {startWith("report_file { scheme: HTTPS path: 'p' }")},
@@ -473,6 +478,12 @@ TEST(Errors, HaveOneLine) {
   TestServer server;
   EXPECT_EQ("there is no session \"a  b\"",
             server.ask("type: GET_SESSION get_session { session_uuid: 'a\\r\\nb' }").error().msg());
+}
+
+TEST(Errors, AreNotCutAtZeroBytes) {
+  TestServer server;
+  EXPECT_EQ("there is no session \"a b\"",
+            server.ask("type: GET_SESSION get_session { session_uuid: 'a\\0b' }").error().msg());
 }
 
 TEST(Errors, QuoteTexts) {
