@@ -5,7 +5,6 @@
 #include <set>
 #include <stdexcept>
 
-#include "common/message_file.h"
 #include "support/messages.h"
 
 namespace tests {
@@ -24,37 +23,7 @@ const char* const kReadOnlyRule =
     "type: UPSERT_RULESPEC upsert_rulespec {"
     "  rule_spec { key: 'R' full_name: 'Fixed' disposition: READONLY } }";
 
-std::string MemoryFiles::read(const std::string& path) {
-  const auto file = contents.find(path);
-  if (file == contents.end()) {
-    throw examples::FileError(path + ": cannot be read");
-  }
-  return file->second;
-}
-
-void MemoryFiles::write(const std::string& path, const std::string& content) {
-  if (path.rfind("/broken", 0) == 0) {
-    throw examples::FileError(path + ": cannot be written");
-  }
-  contents[path] = content;
-}
-
 TestServer::TestServer() : server(environment()) {}
-
-rule_server::Environment TestServer::environment() {
-  rule_server::Environment environment;
-  environment.token = "secret";
-  environment.files = &files;
-  environment.now = [this] { return time_++; };
-  environment.newUuid = [this] { return "uuid-" + std::to_string(++uuids_); };
-  environment.page = [](const SessionResult& result) {
-    if (result.session().name() == "unprintable") {
-      throw std::runtime_error("no page");
-    }
-    return "page of " + result.session().name();
-  };
-  return environment;
-}
 
 Response TestServer::ask(const std::string& request) {
   return ask(parse<Request>(request));

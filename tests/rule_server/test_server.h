@@ -3,28 +3,15 @@
 #ifndef VOK_TESTS_RULE_SERVER_TEST_SERVER_H_
 #define VOK_TESTS_RULE_SERVER_TEST_SERVER_H_
 
-#include <cstdint>
-#include <map>
 #include <string>
 #include <vector>
 
 #include "rule_server/rule_server.h"
+#include "surroundings.h"
 
 namespace tests {
 
-// Files in memory. A path that begins with "/broken" can't be written.
-class MemoryFiles : public rule_server::Files {
- public:
-  std::string read(const std::string& path) override;
-  void write(const std::string& path, const std::string& content) override;
-
-  std::map<std::string, std::string> contents;
-};
-
-// Its token is "secret", its first time 1000 and each further one 1 more, its uuids
-// are "uuid-1", "uuid-2" and so on, and its pages are "page of NAME", except that
-// there is no page for a session named "unprintable".
-class TestServer {
+class TestServer : public Surroundings {
  public:
   TestServer();
 
@@ -39,14 +26,7 @@ class TestServer {
   // The result of session "s", with its invariants checked.
   vok::rulecheck::SessionResult result();
 
-  MemoryFiles files;
   rule_server::Server server;
-
- private:
-  rule_server::Environment environment();
-
-  std::int64_t time_ = 1000;
-  int uuids_ = 0;
 };
 
 // Fails the test unless the response is initialized, has the body of its type and no
