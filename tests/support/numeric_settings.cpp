@@ -3,6 +3,7 @@
 #include <stdlib.h>
 
 #include <cfenv>
+#include <map>
 #include <stdexcept>
 #include <string>
 
@@ -19,28 +20,48 @@ namespace {
 // Where the C library looks for locales; set before any thread starts.
 const int localePathSet = setenv("LOCPATH", LOCALE_DIR, 1);
 
-[[noreturn]] void failOn(const char* name) {
-  throw std::runtime_error("no locale " + std::string(name) +
-                           (localePathSet == 0 ? "" : ", as LOCPATH cannot be set"));
+// The locales of the tests. They are made once, since it takes long.
+class Locales {
+ public:
+  Locales() {
+    for (const char* name : {"C", "comma", "two_bytes", "point"}) {
+      const locale_t locale = newlocale(LC_NUMERIC_MASK, name, nullptr);
+      if (localePathSet != 0 || locale == nullptr) {
+        throw std::runtime_error(std::string("no locale ") + name);
+      }
+      locales_[name] = locale;
+    }
+  }
+  ~Locales() {
+    for (const auto& entry : locales_) {
+      freelocale(entry.second);
+    }
+  }
+  Locales(const Locales&) = delete;
+  Locales& operator=(const Locales&) = delete;
+
+  locale_t at(const char* name) const { return locales_.at(name); }
+
+ private:
+  std::map<std::string, locale_t> locales_;
+};
+
+locale_t localeOf(const char* name) {
+  static const Locales locales;
+  return locales.at(name);
 }
 
 }  // namespace
 
-ThreadLocale::ThreadLocale(const char* name) : locale_(newlocale(LC_NUMERIC_MASK, name, nullptr)) {
-  if (locale_ == nullptr) {
-    failOn(name);
-  }
-  previous_ = uselocale(locale_);
-}
+ThreadLocale::ThreadLocale(const char* name) : previous_(uselocale(localeOf(name))) {}
 
 ThreadLocale::~ThreadLocale() {
   uselocale(previous_);
-  freelocale(locale_);
 }
 
 ProcessLocale::ProcessLocale(const char* name) {
   if (setlocale(LC_NUMERIC, name) == nullptr) {
-    failOn(name);
+    throw std::runtime_error(std::string("no locale ") + name);
   }
 }
 

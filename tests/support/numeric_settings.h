@@ -2,7 +2,7 @@
 // the thread or of the process, and the rounding mode.
 //
 // The locales of the tests are "comma", "two_bytes" and "point", after their
-// decimal point; all of them group digits.
+// decimal point, which group digits, and "C".
 
 #ifndef VOK_TESTS_SUPPORT_NUMERIC_SETTINGS_H_
 #define VOK_TESTS_SUPPORT_NUMERIC_SETTINGS_H_
@@ -11,8 +11,7 @@
 
 namespace tests {
 
-// Makes a locale the thread's own. Throws std::runtime_error if there is none of
-// that name, as the next one does.
+// Makes a locale the thread's own.
 class ThreadLocale {
  public:
   explicit ThreadLocale(const char* name);
@@ -21,7 +20,6 @@ class ThreadLocale {
   ThreadLocale& operator=(const ThreadLocale&) = delete;
 
  private:
-  locale_t locale_;
   locale_t previous_;
 };
 
