@@ -11,6 +11,7 @@ ANALYSE = TOOLS / "analyse"
 BENCH = TOOLS / "bench"
 COVERAGE = TOOLS / "coverage"
 DEMO = TOOLS / "demo"
+FUZZ = TOOLS / "fuzz"
 MUTATE = TOOLS / "mutate"
 TEST = TOOLS / "test"
 
@@ -82,6 +83,28 @@ class Demo(ProgramTest):
 
     def test_directory(self):
         self.assert_refused(self.run_program(DEMO, "."), "demo: .: no such file, or not readable")
+
+
+class Fuzz(ProgramTest):
+    def test_help(self):
+        for option in ["--help", "-h"]:
+            ended = self.run_program(FUZZ, option)
+            self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+            self.assertTrue(ended.stdout.startswith("Usage: tools/fuzz [SECONDS]\n"))
+
+    def test_no_number_of_seconds(self):
+        for word in ["--nosuch", "0", "-1", "1.5", "1s", "100000", ""]:
+            with self.subTest(word):
+                self.assert_refused(
+                    self.run_program(FUZZ, word),
+                    f"fuzz: unknown argument {word}, expected 1 to 99999 seconds (see --help)")
+
+    def test_too_many_arguments(self):
+        for words in [["1", "2"], ["--minimise", "30"]]:
+            with self.subTest(words):
+                self.assert_refused(
+                    self.run_program(FUZZ, *words),
+                    f"fuzz: unknown argument {words[-1]} (see --help)")
 
 
 class Mutate(ProgramTest):

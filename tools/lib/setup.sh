@@ -17,6 +17,7 @@
   compatibility_packages=(abigail-tools)
   analysis_packages=(clang cppcheck iwyu)
   coverage_packages=(gcovr)
+  fuzz_packages=(clang libclang-rt-dev llvm)
 }
 
 # Ends the script for a reason that its user can do something about.

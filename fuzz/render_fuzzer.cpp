@@ -1,0 +1,181 @@
+// Values with any content, under any locale and rounding mode: each function of
+// Converter returns what the model of its rules says, and changes nothing.
+
+#include <vok/rulecheck/Converter.h>
+
+#include <cfenv>
+#include <cstddef>
+#include <cstdint>
+#include <locale>
+#include <memory>
+#include <string>
+
+#include "check.h"
+#include "render_input.h"
+#include "support/messages.h"
+#include "support/numeric_settings.h"
+#include "support/rendering_model.h"
+#include "target.h"
+
+namespace {
+
+using fuzz::checkEqual;
+using fuzz::RenderInput;
+using tests::ProcessLocale;
+using tests::RoundingMode;
+using tests::ThreadLocale;
+using namespace vok::rulecheck;
+namespace model = tests::model;
+
+class Grouping : public std::numpunct<char> {
+  std::string do_grouping() const override { return "\1"; }
+  char do_thousands_sep() const override { return '.'; }
+  char do_decimal_point() const override { return ','; }
+};
+
+// Makes a locale that groups digits the global one of C++ for a scope.
+class GroupingLocale {
+ public:
+  GroupingLocale() : previous_(std::locale::global(std::locale(std::locale(), new Grouping))) {}
+  ~GroupingLocale() { std::locale::global(previous_); }
+  GroupingLocale(const GroupingLocale&) = delete;
+  GroupingLocale& operator=(const GroupingLocale&) = delete;
+
+ private:
+  std::locale previous_;
+};
+
+// The settings of an input, for a scope.
+class Settings {
+ public:
+  explicit Settings(unsigned bits) : rounding_(roundingMode(bits >> 3 & 3)) {
+    static const char* const names[] = {"C", "comma", "two_bytes", "point"};
+    if ((bits & 4) == 0) {
+      thread_ = std::make_unique<ThreadLocale>(names[bits & 3]);
+    } else {
+      process_ = std::make_unique<ProcessLocale>(names[bits & 3]);
+    }
+    if ((bits & 0x20) != 0) {
+      grouping_ = std::make_unique<GroupingLocale>();
+    }
+  }
+
+ private:
+  static int roundingMode(unsigned index) {
+    const int modes[] = {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO};
+    return modes[index];
+  }
+
+  RoundingMode rounding_;
+  std::unique_ptr<ThreadLocale> thread_;
+  std::unique_ptr<ProcessLocale> process_;
+  std::unique_ptr<GroupingLocale> grouping_;
+};
+
+// Puts a number that need not be listed in the place of schemes and kinds.
+struct Renumbering {
+  void apply(Resource* resource) const {
+    resource->set_scheme(static_cast<Resource_Scheme>(number));
+  }
+  void apply(Link* link) const {
+    if (link->has_url()) {
+      apply(link->mutable_url());
+    }
+  }
+  void apply(Reference* reference) const {
+    reference->set_type(static_cast<Reference_RefType>(number));
+    if (reference->has_url()) {
+      apply(reference->mutable_url());
+    }
+  }
+  void apply(Arg* arg) const {
+    if (arg->has_ref()) {
+      apply(arg->mutable_ref());
+    }
+    if (arg->has_uri()) {
+      apply(arg->mutable_uri());
+    }
+    for (int i = 0; i < arg->refs().ref_size(); ++i) {
+      apply(arg->mutable_refs()->mutable_ref(i));
+    }
+    for (int i = 0; i < arg->uris().uri_size(); ++i) {
+      apply(arg->mutable_uris()->mutable_uri(i));
+    }
+  }
+
+  int number;
+};
+
+void checkWords(int number) {
+  checkEqual(Converter::toString(static_cast<Resource_Scheme>(number)), model::wordOfScheme(number),
+             "toString(Resource_Scheme)", "the word differs from the model's");
+  checkEqual(Converter::toString(static_cast<Reference_RefType>(number)), model::wordOfKind(number),
+             "toString(Reference_RefType)", "the word differs from the model's");
+  checkEqual(Converter::toString(static_cast<Violation_Severity>(number)),
+             model::wordOfSeverity(number), "toString(Violation_Severity)",
+             "the word differs from the model's");
+}
+
+void checkValue(const Scalar& scalar) {
+  checkEqual(Converter::toString(scalar), model::text(scalar), "toString(Scalar)",
+             "the text differs from the model's");
+}
+
+void checkValue(const Resource& resource, const std::string& anchorText) {
+  checkEqual(Converter::href(resource), model::address(resource), "href(Resource)",
+             "the address differs from the model's");
+  checkEqual(Converter::toHtml(resource, anchorText), model::html(resource, anchorText),
+             "toHtml(Resource)", "the anchor differs from the model's");
+}
+
+void checkValue(const Link& link, const std::string& anchorText) {
+  checkEqual(Converter::toHtml(link), model::html(link), "toHtml(Link)",
+             "the anchor differs from the model's");
+  checkValue(link.url(), anchorText);
+}
+
+void checkValue(const Reference& reference, const std::string& anchorText) {
+  checkEqual(Converter::toString(reference), model::text(reference), "toString(Reference)",
+             "the text differs from the model's");
+  checkEqual(Converter::toHtml(reference), model::html(reference), "toHtml(Reference)",
+             "the anchor differs from the model's");
+  checkValue(reference.value());
+  checkValue(reference.url(), anchorText);
+}
+
+// An argument, and each value in it, whether the argument shows it or not.
+void checkValue(const Arg& arg) {
+  checkEqual(Converter::toHtml(arg), model::html(arg), "toHtml(Arg)",
+             "the argument differs from the model's");
+  checkValue(arg.scalar());
+  checkValue(arg.ref(), arg.string_val());
+  checkValue(arg.uri(), arg.string_val());
+  for (const Reference& reference : arg.refs().ref()) {
+    checkValue(reference, arg.string_val());
+  }
+  for (const Link& link : arg.uris().uri()) {
+    checkValue(link, arg.string_val());
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  RenderInput input;
+  if (!input.read(data, size)) {
+    return 0;
+  }
+  if ((input.settings & 0x40) != 0) {
+    Renumbering{input.number}.apply(&input.arg);
+  }
+  const std::string before = tests::bytesOf(input.arg);
+  {
+    const Settings settings(input.settings);
+    const int mode = std::fegetround();
+    checkWords(input.number);
+    checkValue(input.arg);
+    fuzz::check(std::fegetround() == mode, "Converter", "it changed the rounding mode");
+  }
+  checkEqual(tests::bytesOf(input.arg), before, "Converter", "it changed what it rendered");
+  return 0;
+}

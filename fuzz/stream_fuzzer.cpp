@@ -1,0 +1,110 @@
+// Any bytes, taken for framed requests to the rule server: each frame is read or
+// refused as it has to be, and each request has exactly one answer, which fits all
+// answers before.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "check.h"
+#include "common/framing.h"
+#include "ledger.h"
+#include "rule_server/rule_server.h"
+#include "stream_input.h"
+#include "support/messages.h"
+#include "surroundings.h"
+#include "target.h"
+
+namespace {
+
+using fuzz::check;
+using vok::rulecheck::Request;
+using vok::rulecheck::Response;
+
+void checkReading(const std::string& stream, std::size_t start, std::size_t end, bool isRequest) {
+  Request request;
+  std::size_t position = start;
+  check(examples::readFramed(stream, &position, &request) == isRequest, "framing",
+        "a request is refused, or something else is taken for one");
+  check(position == (isRequest ? end : start), "framing", "it leaves off at the wrong place");
+}
+
+// Sent before those of the input, so that findings are soon recorded.
+const std::vector<Request>& firstRequests() {
+  static const std::vector<Request> requests = {
+      tests::parse<Request>("type: START_SESSION start_session { name: 'n' uuid: 's' }"),
+      tests::parse<Request>(
+          "type: UPSERT_RULESPEC upsert_rulespec { rule_spec { key: 'W' full_name: 'Widths'"
+          "  dynamic_categories { key: 2 value: true } } }"),
+      tests::parse<Request>(
+          "type: UPSERT_RULESPEC upsert_rulespec { rule_spec { key: 'R' full_name: 'Resets'"
+          "  disposition: READONLY } }")};
+  return requests;
+}
+
+class Conversation {
+ public:
+  Conversation() : server_(surroundings_.environment()), ledger_(server_, surroundings_.files) {
+    for (const Request& request : firstRequests()) {
+      send(request);
+    }
+  }
+
+  // The content of files of rules that requests may name.
+  void setRules(const std::string& content) {
+    for (const char* name : {"rules.pb", "rules.txtpb", "rules.json"}) {
+      surroundings_.files.contents[name] = content;
+    }
+  }
+
+  // A request that is incomplete could not be framed, but is answered as well.
+  void send(const Request& request) {
+    ++requests_;
+    check(examples::appendFramed(ledger_.ask(request), &answers_), "framing",
+          "an answer cannot be framed");
+  }
+
+  void checkEverything() {
+    std::size_t position = 0;
+    for (std::size_t i = 0; i < requests_; ++i) {
+      Response response;
+      check(examples::readFramed(answers_, &position, &response), "framing",
+            "an answer is missing or malformed");
+    }
+    check(position == answers_.size(), "framing", "there are more answers than requests");
+    ledger_.checkEverything();
+  }
+
+ private:
+  tests::Surroundings surroundings_;
+  rule_server::Server server_;
+  fuzz::Ledger ledger_;
+  std::size_t requests_ = 0;
+  std::string answers_;
+};
+
+}  // namespace
+
+// Frames that hold no message are passed over.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string stream(reinterpret_cast<const char*>(data), size);
+  Conversation conversation;
+  std::size_t position = 0;
+  conversation.setRules(fuzz::readFrame(stream, &position).value_or(""));
+  while (position < stream.size()) {
+    const std::size_t start = position;
+    const auto frame = fuzz::readFrame(stream, &position);
+    Request request;
+    const bool isMessage = frame && request.ParsePartialFromString(*frame);
+    checkReading(stream, start, position, isMessage && request.IsInitialized());
+    if (!frame) {
+      break;
+    }
+    if (isMessage) {
+      conversation.send(request);
+    }
+  }
+  conversation.checkEverything();
+  return 0;
+}
