@@ -8,35 +8,11 @@
 #include <vok/rulecheck/Converter.h>
 
 #include <cstddef>
-#include <cstdlib>
 #include <memory>
-#include <new>
 #include <string>
 
+#include "support/counted_allocations.h"
 #include "support/messages.h"
-
-namespace {
-
-std::size_t allocatedBytes = 0;
-
-}  // namespace
-
-// The C++ library's other forms of new and delete end up in these.
-void* operator new(std::size_t size) {
-  allocatedBytes += size;
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) {
-    return memory;
-  }
-  throw std::bad_alloc();
-}
-
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 
 namespace {
 
@@ -94,12 +70,12 @@ std::string render() {
 // Bytes that are allocated when every type is asked for its descriptor and its
 // reflection.
 std::size_t bytesOfReflection() {
-  const std::size_t before = allocatedBytes;
+  const std::size_t before = tests::allocatedBytes();
   for (const Message* message : tests::allMessages()) {
     EXPECT_NE(message->GetDescriptor(), nullptr);
     EXPECT_NE(message->GetReflection(), nullptr);
   }
-  return allocatedBytes - before;
+  return tests::allocatedBytes() - before;
 }
 
 TEST(Descriptors, AreBuiltByTheFirstUseOfReflectionAndByNothingEarlier) {

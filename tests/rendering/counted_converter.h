@@ -10,10 +10,9 @@
 #include <cstddef>
 #include <string>
 
-namespace tests {
+#include "support/counted_allocations.h"
 
-// How often operator new was called in this thread.
-std::size_t allocations();
+namespace tests {
 
 class CountedConverter {
  public:
