@@ -2,8 +2,8 @@
 // answers later. Whatever does not fit ends the process with a sentence.
 //
 // What has to hold:
-//   * Each response is complete, has the body of its type and no other, and stays
-//     the same over the wire. An error has a listed code and one line of text.
+//   * Each response is complete and has the body of its type and no other. An error
+//     has a listed code and one line of text.
 //   * Requests that succeed are answered with the body that belongs to their type.
 //     Incomplete ones don't succeed, and nothing does once the server is stopped.
 //   * No two sessions have the same uuid. A stopped session takes no findings, no

@@ -1,5 +1,5 @@
-// Any bytes, taken for each of the messages: what can be parsed survives being
-// serialized, copied, merged, swapped and printed.
+// A byte that selects one of the messages, and its bytes: what can be parsed
+// survives being serialized, copied, merged, swapped, moved and printed.
 
 #include <google/protobuf/arena.h>
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
@@ -10,9 +10,12 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "check.h"
 #include "support/completeness.h"
+#include "support/message_types.h"
 #include "support/messages.h"
 #include "target.h"
 
@@ -92,21 +95,47 @@ void checkCopies(const Subject& s) {
   check(bytesOf(*copy).empty(), s.name, "it is not empty when cleared");
 }
 
-// Swaps the subject's bytes into a message, and others out of it.
+// Swaps the subject's bytes into a message that holds others, and out of it again
+// into an empty one.
 void checkSwap(const Subject& s, Message* holder) {
-  const auto other = parsed(s, s.bytes);
   const auto doubled = parsed(s, s.bytes + s.bytes);
-  const std::string doubledBytes = bytesOf(*doubled);
+  const auto other = parsed(s, s.bytes);
+  const auto empty = newLike(s.message);
+  const auto* reflection = holder->GetReflection();
   holder->CopyFrom(*doubled);
-  holder->GetReflection()->Swap(holder, other.get());
+  reflection->Swap(holder, other.get());
   checkEqual(bytesOf(*holder), s.bytes, s.name, "swapping gives it another content");
-  checkEqual(bytesOf(*other), doubledBytes, s.name, "swapping changes what it gives away");
+  checkEqual(bytesOf(*other), bytesOf(*doubled), s.name, "swapping changes what it gives away");
+  reflection->Swap(empty.get(), holder);
+  checkEqual(bytesOf(*empty), s.bytes, s.name, "swapping changes what an empty one gets");
+  check(bytesOf(*holder).empty(), s.name, "it is not empty after swapping with an empty one");
 }
 
 void checkSwaps(const Subject& s) {
   checkSwap(s, newLike(s.message).get());
   google::protobuf::Arena arena;
   checkSwap(s, s.message.New(&arena));
+}
+
+// Swapping and moving as each class does it, rather than by reflection.
+template <typename Type>
+void checkMoves(const Subject& s) {
+  Type first(static_cast<const Type&>(s.message));
+  Type second;
+  second.Swap(&first);
+  checkEqual(bytesOf(second), s.bytes, s.name, "Swap() gives it another content");
+  check(bytesOf(first).empty(), s.name, "it is not empty after Swap() with an empty one");
+  Type third(std::move(second));
+  checkEqual(bytesOf(third), s.bytes, s.name, "its content changes when it is moved");
+  first = std::move(third);
+  checkEqual(bytesOf(first), s.bytes, s.name, "its content changes when it is assigned");
+}
+
+using Check = void (*)(const Subject&);
+
+template <typename... Types>
+std::vector<Check> moveChecks(tests::TypeList<Types...> /*types*/) {
+  return {checkMoves<Types>...};
 }
 
 // The text has neither unknown fields nor the bits of a not-a-number.
@@ -134,8 +163,10 @@ void checkPieces(const Subject& s, const std::string& input) {
   }
 }
 
-void checkType(const Message& prototype, const std::string& input) {
-  const auto message = newLike(prototype);
+// The number is the message's place in the schema.
+void checkType(std::size_t number, const std::string& input) {
+  static const auto moves = moveChecks(tests::MessageTypes());
+  const auto message = newLike(*tests::allMessages()[number]);
   if (!message->ParsePartialFromString(input)) {
     return;
   }
@@ -144,6 +175,7 @@ void checkType(const Message& prototype, const std::string& input) {
   checkCompleteness(subject);
   checkCopies(subject);
   checkSwaps(subject);
+  moves[number](subject);
   checkText(subject);
   checkPieces(subject, input);
   checkEqual(bytesOf(*message), subject.bytes, subject.name, "looking at it changed it");
@@ -155,8 +187,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (size == 0) {
     return 0;
   }
-  const auto& messages = tests::allMessages();
-  const std::string input(reinterpret_cast<const char*>(data + 1), size - 1);
-  checkType(*messages[*data % messages.size()], input);
+  checkType(*data % tests::allMessages().size(),
+            std::string(reinterpret_cast<const char*>(data + 1), size - 1));
   return 0;
 }

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <map>
 
+#include "support/message_types.h"
+
 namespace tests {
 namespace {
 
@@ -114,24 +116,17 @@ struct Complete {
 
 using Predicate = bool (*)(const Message&);
 
-template <typename... Messages>
-std::map<const Descriptor*, Predicate> predicatesOf() {
-  return {{Messages::descriptor(), [](const Message& message) {
-             return Complete::of(static_cast<const Messages&>(message));
+template <typename... Types>
+std::map<const Descriptor*, Predicate> predicatesOf(TypeList<Types...> /*types*/) {
+  return {{Types::descriptor(), [](const Message& message) {
+             return Complete::of(static_cast<const Types&>(message));
            }}...};
 }
 
 }  // namespace
 
 bool isComplete(const Message& message) {
-  static const auto predicates =
-      predicatesOf<Resource, Link, Links, Scalar, Reference, RefList, StringList, Arg, ArgList,
-                   MsgInst, Affirmation, AffirmationMap, Violation, ViolationMap, RuleSpec,
-                   RuleSpecMap, Session, SessionResult, Version, ErrorResponse, StatusResponse,
-                   EmptyMessage, CreateAffirmation, CreateViolation, ExchangeToken, GetSession,
-                   GetRuleSpecs, GetSessionResult, GetVersion, LoadRuleDataFile, DumpRules,
-                   ResetSession, StartSession, StopSession, UpsertRuleSpec, WriteReport, Request,
-                   Response>();
+  static const auto predicates = predicatesOf(MessageTypes());
   return predicates.at(message.GetDescriptor())(message);
 }
 

@@ -3,52 +3,23 @@
 #include <cctype>
 #include <cstdint>
 
+#include "support/message_types.h"
+
 namespace tests {
 
 using google::protobuf::Message;
 
+namespace {
+
+template <typename... Types>
+std::vector<const Message*> defaultInstances(TypeList<Types...> /*types*/) {
+  return {&Types::default_instance()...};
+}
+
+}  // namespace
+
 const std::vector<const Message*>& allMessages() {
-  using namespace vok::rulecheck;
-  static const std::vector<const Message*> messages = {
-      &Resource::default_instance(),
-      &Link::default_instance(),
-      &Links::default_instance(),
-      &Scalar::default_instance(),
-      &Reference::default_instance(),
-      &RefList::default_instance(),
-      &StringList::default_instance(),
-      &Arg::default_instance(),
-      &ArgList::default_instance(),
-      &MsgInst::default_instance(),
-      &Affirmation::default_instance(),
-      &AffirmationMap::default_instance(),
-      &Violation::default_instance(),
-      &ViolationMap::default_instance(),
-      &RuleSpec::default_instance(),
-      &RuleSpecMap::default_instance(),
-      &Session::default_instance(),
-      &SessionResult::default_instance(),
-      &Version::default_instance(),
-      &ErrorResponse::default_instance(),
-      &StatusResponse::default_instance(),
-      &EmptyMessage::default_instance(),
-      &CreateAffirmation::default_instance(),
-      &CreateViolation::default_instance(),
-      &ExchangeToken::default_instance(),
-      &GetSession::default_instance(),
-      &GetRuleSpecs::default_instance(),
-      &GetSessionResult::default_instance(),
-      &GetVersion::default_instance(),
-      &LoadRuleDataFile::default_instance(),
-      &DumpRules::default_instance(),
-      &ResetSession::default_instance(),
-      &StartSession::default_instance(),
-      &StopSession::default_instance(),
-      &UpsertRuleSpec::default_instance(),
-      &WriteReport::default_instance(),
-      &Request::default_instance(),
-      &Response::default_instance(),
-  };
+  static const auto messages = defaultInstances(MessageTypes());
   return messages;
 }
 
