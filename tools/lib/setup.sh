@@ -17,6 +17,7 @@
   compatibility_packages=(abigail-tools)
   analysis_packages=(clang cppcheck iwyu)
   coverage_packages=(gcovr)
+  mutation_packages=(clang)
   fuzz_packages=(clang libclang-rt-dev llvm)
 }
 
