@@ -170,7 +170,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   const std::string before = tests::bytesOf(input.arg);
   {
-    const Settings settings(input.settings);
+    [[maybe_unused]] const Settings scope(input.settings);
     const int mode = std::fegetround();
     checkWords(input.number);
     checkValue(input.arg);
