@@ -19,6 +19,10 @@
   coverage_packages=(gcovr)
   mutation_packages=(clang)
   fuzz_packages=(clang libclang-rt-dev llvm)
+  interop_packages=(default-jdk-headless libprotobuf-java python3-protobuf)
+  grpc_packages=(libgrpc++-dev openssl pkg-config protobuf-compiler-grpc python3-grpcio)
+  debian_packages=(debhelper debootstrap dpkg-dev lintian)
+  docs_packages=(doxygen meson python3-markdown python3-protobuf)
 }
 
 # Ends the script for a reason that its user can do something about.
