@@ -1,6 +1,6 @@
-"""Installs the library for the package tests and moves the installation.
+"""Installs the library, or a component of it, for tests and moves the installation.
 
-usage: stage.py CMAKE BUILD_DIR WORK_DIR
+usage: stage.py CMAKE BUILD_DIR WORK_DIR [COMPONENT]
 
 The result is WORK_DIR/prefix. It was installed to another place first, so that
 nothing in it can depend on where it was installed.
@@ -15,6 +15,7 @@ cmake, build_dir, work_dir = sys.argv[1], sys.argv[2], pathlib.Path(sys.argv[3])
 first, final = work_dir / "installed here", work_dir / "prefix"
 for directory in (first, final):
     shutil.rmtree(directory, ignore_errors=True)
-subprocess.run([cmake, "--install", build_dir, "--prefix", first], check=True,
+component = [f"--component={name}" for name in sys.argv[4:]]
+subprocess.run([cmake, "--install", build_dir, "--prefix", first, *component], check=True,
                stdout=subprocess.DEVNULL)
 first.rename(final)

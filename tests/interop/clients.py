@@ -1,0 +1,150 @@
+#!/usr/bin/env python3
+"""The clients: what each one needs, how it is built from the schema, and how it is run."""
+
+import argparse
+import json
+import os
+import pathlib
+import shlex
+import shutil
+import subprocess
+import sys
+
+HERE = pathlib.Path(__file__).resolve().parent
+NODE_MODULES = HERE.parent / "node_modules"
+
+
+def run(*command, **options):
+    """Its standard output. What it says is the error's message if it fails."""
+    ended = subprocess.run([str(word) for word in command], capture_output=True, text=True,
+                           check=False, **options)
+    if ended.returncode != 0:
+        raise RuntimeError(f"{command} failed:\n{ended.stdout}{ended.stderr}")
+    return ended.stdout
+
+
+def generate(schema, *options):
+    """Runs the distribution's compiler, the one that its runtimes go with."""
+    run("protoc", f"--proto_path={schema.parent}", *options, schema.name)
+
+
+def programs_missing(*names):
+    return [f"there is no {name}" for name in names if not shutil.which(name)]
+
+
+class Python:
+    def __init__(self, column, implementation):
+        self.column, self.implementation = column, implementation
+        self.environment = {**os.environ, "PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION": implementation}
+        # The interpreter of the tests need not be the one that has the runtime.
+        self.interpreter = next(filter(self.has_runtime, [sys.executable, "/usr/bin/python3"]), None)
+
+    def ask_runtime(self, interpreter, what):
+        return subprocess.run(
+            [interpreter, "-c", "import google.protobuf; "
+             f"from google.protobuf.internal import api_implementation; print({what})"],
+            env=self.environment, capture_output=True, text=True, check=False).stdout.strip()
+
+    def has_runtime(self, interpreter):
+        return (os.access(interpreter, os.X_OK) and
+                self.ask_runtime(interpreter, "api_implementation.Type()") == self.implementation)
+
+    def missing(self):
+        runtime = [] if self.interpreter else [
+            f"no python3 has google.protobuf with the implementation {self.implementation}"]
+        return programs_missing("protoc") + runtime
+
+    def version(self):
+        return self.ask_runtime(self.interpreter, "google.protobuf.__version__")
+
+    def build(self, schema, folder):
+        generate(schema, f"--python_out={folder}")
+        shutil.copy(HERE / "client.py", folder)
+        return [self.interpreter, "-B", folder / "client.py"]
+
+
+class Java:
+    column = "Java"
+    environment = None
+    jar = pathlib.Path("/usr/share/java/protobuf.jar")
+
+    def missing(self):
+        runtime = [] if self.jar.exists() else [f"there is no {self.jar}"]
+        return programs_missing("protoc", "javac", "java") + runtime
+
+    def version(self):
+        return self.jar.resolve().stem.removeprefix("protobuf-")
+
+    def build(self, schema, folder):
+        sources, classes = folder / "sources", folder / "classes"
+        sources.mkdir()
+        generate(schema, f"--java_out={sources}")
+        run("javac", "-encoding", "UTF-8", "-cp", self.jar, "-d", classes,
+            HERE / "Client.java", *sources.rglob("*.java"))
+        return ["java", "-cp", f"{classes}:{self.jar}", "Client"]
+
+
+class JavaScript:
+    """Modules in a folder of their own, from where they find the packages of the tests."""
+    environment = None
+
+    def __init__(self, column, runtime, client, options=()):
+        self.column, self.runtime, self.client, self.options = column, runtime, client, options
+
+    def missing(self):
+        packages = [] if (NODE_MODULES / self.runtime).exists() else [
+            f"{NODE_MODULES} has no {self.runtime}: run npm ci in {NODE_MODULES.parent}"]
+        return programs_missing("protoc", "node") + packages
+
+    def version(self):
+        package = NODE_MODULES / self.runtime / "package.json"
+        return json.loads(package.read_text(encoding="utf-8"))["version"]
+
+    def build(self, schema, folder):
+        (folder / "package.json").write_text('{"type": "module"}', encoding="utf-8")
+        (folder / "node_modules").symlink_to(NODE_MODULES)
+        shutil.copy(HERE / self.client, folder)
+        self.generate(schema, folder)
+        return ["node", folder / self.client, *self.options]
+
+    def generate(self, schema, folder):
+        tools = NODE_MODULES / ".bin"
+        if self.runtime == "protobufjs":
+            run("node", tools / "pbjs", "--target", "static-module", "--wrap", "esm", "--es6",
+                "--out", folder / "RuleService.js", schema)
+        else:
+            generate(schema, f"--plugin={tools / 'protoc-gen-es'}", "--es_opt=target=js",
+                     f"--es_out={folder}")
+
+
+CLIENTS = {
+    "python_cpp": Python("Python", "cpp"),
+    "python_pure": Python("Python, pure", "python"),
+    "java": Java(),
+    "javascript_es": JavaScript("protobuf-es", "@bufbuild/protobuf", "client_es.mjs"),
+    "javascript_protobufjs": JavaScript("protobufjs", "protobufjs", "client_protobufjs.mjs"),
+    "javascript_protobufjs_keeping": JavaScript(
+        "protobufjs, keeping", "protobufjs", "client_protobufjs.mjs", ["--keep-unknown"]),
+}
+
+
+def main():
+    parser = argparse.ArgumentParser(
+        description="Builds a client in a new folder and prints the command that runs it.")
+    parser.add_argument("client", choices=CLIENTS)
+    parser.add_argument("schema", type=pathlib.Path, help="RuleService.proto, as it is installed")
+    parser.add_argument("folder", type=pathlib.Path)
+    arguments = parser.parse_args()
+    client = CLIENTS[arguments.client]
+    try:
+        if client.missing():
+            raise RuntimeError("; ".join(client.missing()))
+        arguments.folder.mkdir()
+        command = client.build(arguments.schema.resolve(strict=True), arguments.folder.resolve())
+    except (OSError, RuntimeError) as error:
+        parser.error(str(error))
+    print(shlex.join(str(word) for word in command))
+
+
+if __name__ == "__main__":
+    main()
