@@ -2,6 +2,7 @@
 """The clients: what each one needs, how it is built from the schema, and how it is run."""
 
 import argparse
+import functools
 import json
 import os
 import pathlib
@@ -33,17 +34,22 @@ def programs_missing(*names):
 
 
 class Python:
-    def __init__(self, column, implementation):
-        self.column, self.implementation = column, implementation
-        self.environment = {**os.environ, "PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION": implementation}
-        # The interpreter of the tests need not be the one that has the runtime.
-        self.interpreter = next(filter(self.has_runtime, [sys.executable, "/usr/bin/python3"]), None)
+    generated = "RuleService_pb2.py"
+
+    def __init__(self, column, implementation, *variables):
+        """The runtime uses that implementation if the environment has those variables."""
+        self.column, self.implementation, self.variables = column, implementation, variables
+
+    @functools.cached_property
+    def interpreter(self):
+        """That of the tests need not be the one that has the runtime."""
+        return next(filter(self.has_runtime, [sys.executable, "/usr/bin/python3"]), None)
 
     def ask_runtime(self, interpreter, what):
         return subprocess.run(
-            [interpreter, "-c", "import google.protobuf; "
+            ["env", *self.variables, interpreter, "-c", "import google.protobuf; "
              f"from google.protobuf.internal import api_implementation; print({what})"],
-            env=self.environment, capture_output=True, text=True, check=False).stdout.strip()
+            capture_output=True, text=True, check=False).stdout.strip()
 
     def has_runtime(self, interpreter):
         return (os.access(interpreter, os.X_OK) and
@@ -60,12 +66,12 @@ class Python:
     def build(self, schema, folder):
         generate(schema, f"--python_out={folder}")
         shutil.copy(HERE / "client.py", folder)
-        return [self.interpreter, "-B", folder / "client.py"]
+        return ["env", *self.variables, self.interpreter, "-B", folder / "client.py"]
 
 
 class Java:
     column = "Java"
-    environment = None
+    generated = "classes/ui/vok/rulecheck/pb/RuleService.class"
     jar = pathlib.Path("/usr/share/java/protobuf.jar")
 
     def missing(self):
@@ -86,10 +92,10 @@ class Java:
 
 class JavaScript:
     """Modules in a folder of their own, from where they find the packages of the tests."""
-    environment = None
 
-    def __init__(self, column, runtime, client, options=()):
-        self.column, self.runtime, self.client, self.options = column, runtime, client, options
+    def __init__(self, column, runtime, generated, client, *options):
+        self.column, self.runtime, self.generated = column, runtime, generated
+        self.client, self.options = client, options
 
     def missing(self):
         packages = [] if (NODE_MODULES / self.runtime).exists() else [
@@ -111,7 +117,7 @@ class JavaScript:
         tools = NODE_MODULES / ".bin"
         if self.runtime == "protobufjs":
             run("node", tools / "pbjs", "--target", "static-module", "--wrap", "esm", "--es6",
-                "--out", folder / "RuleService.js", schema)
+                "--out", folder / self.generated, schema)
         else:
             generate(schema, f"--plugin={tools / 'protoc-gen-es'}", "--es_opt=target=js",
                      f"--es_out={folder}")
@@ -119,17 +125,26 @@ class JavaScript:
 
 CLIENTS = {
     "python_cpp": Python("Python", "cpp"),
-    "python_pure": Python("Python, pure", "python"),
+    "python_pure": Python("Python, pure", "python",
+                          "PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python"),
     "java": Java(),
-    "javascript_es": JavaScript("protobuf-es", "@bufbuild/protobuf", "client_es.mjs"),
-    "javascript_protobufjs": JavaScript("protobufjs", "protobufjs", "client_protobufjs.mjs"),
+    "javascript_es": JavaScript("protobuf-es", "@bufbuild/protobuf", "RuleService_pb.js",
+                                "client_es.mjs"),
+    "javascript_protobufjs": JavaScript("protobufjs", "protobufjs", "RuleService.js",
+                                        "client_protobufjs.mjs"),
     "javascript_protobufjs_keeping": JavaScript(
-        "protobufjs, keeping", "protobufjs", "client_protobufjs.mjs", ["--keep-unknown"]),
+        "protobufjs, keeping", "protobufjs", "RuleService.js", "client_protobufjs.mjs",
+        "--keep-unknown"),
 }
 
 
+class Parser(argparse.ArgumentParser):
+    def error(self, message):
+        self.exit(2, f"{self.prog}: {message}\n")
+
+
 def main():
-    parser = argparse.ArgumentParser(
+    parser = Parser(
         description="Builds a client in a new folder and prints the command that runs it.")
     parser.add_argument("client", choices=CLIENTS)
     parser.add_argument("schema", type=pathlib.Path, help="RuleService.proto, as it is installed")
@@ -139,8 +154,9 @@ def main():
     try:
         if client.missing():
             raise RuntimeError("; ".join(client.missing()))
+        schema = arguments.schema.resolve(strict=True)
         arguments.folder.mkdir()
-        command = client.build(arguments.schema.resolve(strict=True), arguments.folder.resolve())
+        command = client.build(schema, arguments.folder.resolve())
     except (OSError, RuntimeError) as error:
         parser.error(str(error))
     print(shlex.join(str(word) for word in command))
