@@ -101,7 +101,7 @@ TEST(ScalarText, FollowsTheTable) {
   }
 }
 
-const TextCase referenceCases[] = {
+const TextCase referenceTexts[] = {
     {"an empty reference is an array", "", "array"},
     {"a kind alone is its word", "type: PCIE", "PCIE"},
     {"a name is shown alone", "type: PORT name: 'top' id: 9 uuid: 'u'", "top"},
@@ -120,7 +120,7 @@ const TextCase referenceCases[] = {
 };
 
 TEST(ReferenceText, FollowsTheTable) {
-  for (const TextCase& c : referenceCases) {
+  for (const TextCase& c : referenceTexts) {
     EXPECT_EQ(Converter::toString(parse<Reference>(c.message)), c.text) << c.name;
   }
 }

@@ -28,8 +28,6 @@ struct ErrorCase {
   const char* text;
 };
 
-const char* const kStop = "type: STOP_SESSION stop_session { session { name: '' uuid: 's' } }";
-
 std::string startWith(const std::string& address) {
   return "type: START_SESSION start_session { name: 'n' uuid: 's' " + address + " }";
 }

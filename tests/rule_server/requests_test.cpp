@@ -25,7 +25,6 @@ const char* const kViolation =
     "type: CREATE_VIOLATION create_violation { rule_key: 'W' session_uuid: 's' }";
 const char* const kAffirmation =
     "type: CREATE_AFFIRMATION create_affirmation { rule_key: 'W' session_uuid: 's' }";
-const char* const kStop = "type: STOP_SESSION stop_session { session { name: '' uuid: 's' } }";
 
 const RequestCase requestCases[] = {
     {"an affirmation is recorded and returned",

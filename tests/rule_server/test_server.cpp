@@ -14,6 +14,7 @@ using vok::rulecheck::Response;
 using vok::rulecheck::SessionResult;
 
 const char* const kStart = "type: START_SESSION start_session { name: 'n' uuid: 's' }";
+const char* const kStop = "type: STOP_SESSION stop_session { session { name: '' uuid: 's' } }";
 const char* const kRule =
     "type: UPSERT_RULESPEC upsert_rulespec { rule_spec { key: 'W' full_name: 'Widths' } }";
 const char* const kPlannedRule =

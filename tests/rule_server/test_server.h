@@ -39,6 +39,7 @@ void expectConsistent(const vok::rulecheck::SessionResult& result);
 
 // Requests that many tests need: session "s" and the rules "W" and "P".
 extern const char* const kStart;
+extern const char* const kStop;
 extern const char* const kRule;
 extern const char* const kPlannedRule;
 extern const char* const kReadOnlyRule;
