@@ -38,6 +38,23 @@ def field(name, key):
     return succeed("dpkg-deb", "--field", package(name), key).strip()
 
 
+def folder_of_systems():
+    """Where to make a system: in memory if there is enough, which takes half the time."""
+    memory = pathlib.Path("/dev/shm")
+    if memory.is_dir() and os.access(memory, os.W_OK):
+        files = os.statvfs(memory)
+        if not files.f_flag & (os.ST_NODEV | os.ST_NOEXEC) and files.f_bavail * files.f_frsize > 2**31:
+            return str(memory)
+    return tempfile.gettempdir()
+
+
+def apt_sources():
+    """The files that say where this system's packages come from."""
+    return [path for path in (pathlib.Path("/etc/apt/sources.list"),
+                              *sorted(pathlib.Path("/etc/apt/sources.list.d").iterdir()))
+            if path.suffix in (".list", ".sources") and path.is_file()]
+
+
 class FolderTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -98,6 +115,15 @@ class Packages(FolderTest):
         self.assertEqual(field(DEVELOPMENT, "Depends").split(", "),
                          ["libprotobuf-dev (>= 3.21)", f"{RUNTIME} (= {VERSION})"])
 
+    def test_a_new_symbol_enters_the_symbols_file_with_the_version_that_it_comes_with(self):
+        committed = (SOURCE / f"packaging/debian/{RUNTIME}.symbols").read_text()
+        new = re.search(r"^ (\S+)@Base .+\n", committed, re.MULTILINE)
+        symbols = self.folder / "symbols"
+        symbols.write_text(committed.replace(new[0], ""))
+        succeed("dpkg-gensymbols", f"-p{RUNTIME}", "-v9.9.9", f"-e{self.library}", f"-I{symbols}",
+                f"-O{symbols}", cwd=self.folder)
+        self.assertEqual(symbols.read_text(), committed.replace(new[0], f" {new[1]}@Base 9.9.9\n"))
+
     def test_lintian_has_nothing_to_say(self):
         said = run("lintian", "--no-cfg", "--allow-root", "--pedantic", "--display-info",
                    "--tag-display-limit", "0", *sorted(PACKAGES.glob("*.deb")))
@@ -132,13 +158,11 @@ class Users(FolderTest):
         for name in (RUNTIME, DEVELOPMENT):
             shutil.copy(package(name), self.project / f"{name}.deb")
         shutil.copy(HERE / "use_packages.sh", self.project)
-        sources = [path for path in [pathlib.Path("/etc/apt/sources.list"),
-                                     *sorted(pathlib.Path("/etc/apt/sources.list.d").iterdir())]
-                   if path.suffix in (".list", ".sources") and path.is_file()]
-        log = run("mmdebstrap", "--variant=apt", "--format=null", "--dpkgopt=force-unsafe-io",
+        log = run("mmdebstrap", "--variant=apt", "--format=null",
                   f"--customize-hook=copy-in {self.project} /",
                   f"--customize-hook=chroot \"$1\" sh /project/use_packages.sh {RUNTIME} {DEVELOPMENT}",
-                  f"--customize-hook=copy-out /project/said {self.folder}", "", "-", *sources)
+                  f"--customize-hook=copy-out /project/said {self.folder}", "", "-", *apt_sources(),
+                  env={**os.environ, "TMPDIR": folder_of_systems()})
         if "running --customize-hook" not in log.stdout:
             self.skipTest("no such system could be made: " + log.stdout.splitlines()[-1])
         self.assertEqual(log.returncode, 0, log.stdout)

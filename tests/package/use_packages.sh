@@ -1,3 +1,4 @@
+#!/bin/sh
 # Installs, uses and removes the packages in the system that this runs in, which has
 # nothing else. The folder of this script has the packages, README.md's program and
 # the one that was built outside; what programs print goes to its folder "said".
