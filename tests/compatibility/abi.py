@@ -1,6 +1,7 @@
 """What programs linked to the shared object rely on, and what of it has changed."""
 
 import pathlib
+import re
 import subprocess
 import tempfile
 
@@ -35,8 +36,17 @@ def dump(source, build, *options):
     return _run("abidw", *DUMP_OPTIONS, pathlib.Path(build, "libvok_rulecheck.so"))
 
 
+def soname(interface):
+    return re.search(r"<abi-corpus [^>]*soname='([^']+)'", interface)[1]
+
+
 def breaking_changes(released, present):
-    """What programs of the release rely on and is changed or gone, as a report, or ""."""
+    """What programs of the release rely on and is changed or gone, as a report, or "".
+
+    Programs never load a library with another soname, so that one breaks none.
+    """
+    if soname(released) != soname(present):
+        return ""
     with tempfile.TemporaryDirectory() as folder:
         files = {"released.abi": released, "present.abi": present, "suppressions": SUPPRESSIONS}
         for name, text in files.items():

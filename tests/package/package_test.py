@@ -8,6 +8,8 @@ import subprocess
 import tempfile
 import unittest
 
+from readme import readme
+
 HERE = pathlib.Path(__file__).resolve().parent
 SOURCE = HERE.parents[1]
 CONSUMERS = HERE / "consumers"
@@ -148,6 +150,62 @@ class PkgConfig(PackageTest):
         self.assertEqual(self.flags("--modversion"), ["1.4.0"])
 
 
+class Components(PackageTest):
+    """What "cmake --install" installs, whole and by component."""
+
+    def setUp(self):
+        super().setUp()
+        self.shared = os.environ["SHARED"] == "1"
+        self.folder = LIBRARY_DIR.relative_to(PREFIX)
+
+    def install(self, *options):
+        """Installs into a folder of its own; returns it and the files in it."""
+        prefix = pathlib.Path(tempfile.mkdtemp(dir=self.build))
+        self.succeed(CMAKE, "--install", os.environ["BUILD_DIR"], "--prefix", prefix, *options)
+        return prefix, {str(path.relative_to(prefix)) for path in prefix.rglob("*")
+                        if not path.is_dir()}
+
+    def runtime_files(self):
+        if not self.shared:
+            return set()
+        return {f"{self.folder}/libvok_rulecheck.so.{os.environ[number]}"
+                for number in ("ABI", "VERSION")}
+
+    def development_files(self):
+        return {
+            "include/vok/rulecheck/Converter.h",
+            "include/vok/rulecheck/RuleService.pb.h",
+            f"{self.folder}/cmake/vok_rulecheck/VokProtobuf.cmake",
+            f"{self.folder}/cmake/vok_rulecheck/vok_rulecheckConfig.cmake",
+            f"{self.folder}/cmake/vok_rulecheck/vok_rulecheckConfigVersion.cmake",
+            f"{self.folder}/cmake/vok_rulecheck/vok_rulecheckTargets.cmake",
+            f"{self.folder}/cmake/vok_rulecheck/vok_rulecheckTargets-"
+            f"{os.environ['BUILD_TYPE'].lower()}.cmake",
+            f"{self.folder}/libvok_rulecheck.{'so' if self.shared else 'a'}",
+            f"{self.folder}/pkgconfig/vok_rulecheck.pc",
+            "share/vok/rulecheck/RuleService.proto",
+        }
+
+    def test_each_installs_its_files_and_both_are_the_whole(self):
+        for options, files in (
+                (("--component", "runtime"), self.runtime_files()),
+                (("--component", "development"), self.development_files()),
+                ((), self.runtime_files() | self.development_files())):
+            with self.subTest(options=options):
+                self.assertEqual(self.install(*options)[1], files)
+
+    def test_the_runtime_component_is_enough_to_run_a_program(self):
+        if not self.shared:
+            self.skipTest("a program that was linked statically needs no runtime component")
+        prefix, _ = self.install("--component", "runtime")
+        (self.build / "main.cpp").write_text(readme("cpp"))
+        environment = {"PKG_CONFIG_PATH": search_path_of_pkg_config()}
+        self.succeed("sh", "-e", "-c", f"cd '{self.build}'\n" + readme("sh", "g++"),
+                     env=environment)
+        environment["LD_LIBRARY_PATH"] = f"{prefix / self.folder}:{os.environ.get('LD_LIBRARY_PATH', '')}"
+        self.assertEqual(self.succeed(self.build / "a.out", env=environment), readme("text"))
+
+
 class Plugins(PackageTest):
     def setUp(self):
         super().setUp()
@@ -209,13 +267,6 @@ class Headers(PackageTest):
         headers = sorted(path.name for path in (PREFIX / "include").glob("**/*") if path.is_file())
         self.assertEqual(headers, ["Converter.h", "RuleService.pb.h"])
         self.assertNotIn("VOK_", (PREFIX / "include/vok/rulecheck/RuleService.pb.h").read_text())
-
-
-def readme(language, containing=""):
-    """The first block of code in README.md that is in that language and has that text."""
-    blocks = re.findall(r"^```(\w+)\n(.*?)^```$", (SOURCE / "README.md").read_text(),
-                        re.DOTALL | re.MULTILINE)
-    return next(text for kind, text in blocks if kind == language and containing in text)
 
 
 class Readme(PackageTest):

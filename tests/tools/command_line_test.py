@@ -13,6 +13,7 @@ COVERAGE = TOOLS / "coverage"
 DEMO = TOOLS / "demo"
 FUZZ = TOOLS / "fuzz"
 MUTATE = TOOLS / "mutate"
+PACKAGE = TOOLS / "package"
 TEST = TOOLS / "test"
 
 
@@ -124,6 +125,20 @@ class Mutate(ProgramTest):
     def test_missing_text(self):
         self.assert_refused(
             self.run_program(MUTATE, "--only"), "mutate: --only needs a text (see --help)")
+
+
+class Package(ProgramTest):
+    def test_help(self):
+        for option in ["--help", "-h"]:
+            ended = self.run_program(PACKAGE, option)
+            self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+            self.assertTrue(ended.stdout.startswith("Usage: tools/package\n"))
+
+    def test_unknown_argument(self):
+        for word in ["--nosuch", "deb"]:
+            with self.subTest(word):
+                self.assert_refused(
+                    self.run_program(PACKAGE, word), f"package: unknown argument {word} (see --help)")
 
 
 class Test(ProgramTest):

@@ -21,7 +21,8 @@
   fuzz_packages=(clang libclang-rt-dev llvm)
   interop_packages=(default-jdk-headless libprotobuf-java python3-protobuf)
   grpc_packages=(libgrpc++-dev openssl pkg-config protobuf-compiler-grpc python3-grpcio)
-  debian_packages=(debhelper debootstrap dpkg-dev lintian)
+  debian_packages=(build-essential debhelper dpkg-dev python3)
+  debian_test_packages=(lintian mmdebstrap pkg-config)
   docs_packages=(doxygen meson python3-markdown python3-protobuf)
 }
 

@@ -1,0 +1,44 @@
+#!/bin/sh
+# Installs, uses and removes the packages in the system that this runs in, which has
+# nothing else. The folder of this script has the packages, README.md's program and
+# the one that was built outside; what programs print goes to its folder "said".
+#
+# usage: sh use_packages.sh RUNTIME_PACKAGE DEVELOPMENT_PACKAGE
+
+set -eux
+runtime=$1
+development=$2
+cd "$(dirname "$0")"
+mkdir said
+export DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8
+
+install() {
+  apt-get install --yes --quiet --no-install-recommends "$@"
+}
+
+# All files but those that a system writes while it runs, and these here.
+list_files() {
+  find / -xdev \( -path "$PWD" -o -path /dev -o -path /proc -o -path /run -o -path /sys \
+    -o -path /tmp -o -path /var/cache -o -path /var/lib/apt -o -path /var/log \) -prune -o -print |
+    grep -v '^/var/lib/dpkg/[a-z]*-old$' | sort
+}
+
+list_files > before.txt
+install "./$runtime.deb"
+./built_outside > said/runtime
+apt-get purge --yes --quiet --auto-remove "$runtime"
+list_files > after.txt
+diff before.txt after.txt
+
+install "./$runtime.deb" "./$development.deb" g++ cmake ninja-build pkg-config
+cmake -S . -B build -G Ninja
+cmake --build build
+build/program > said/find_package
+sh -e command.sh
+./a.out > said/pkg_config
+apt-get purge --yes --quiet "$runtime" "$development"
+list_files > after.txt
+if grep -i -e vok_rulecheck -e vok-rulecheck -e /vok after.txt; then
+  echo "these files are left" >&2
+  exit 1
+fi
