@@ -22,7 +22,8 @@
   interop_packages=(default-jdk-headless libprotobuf-java python3-protobuf)
   grpc_packages=(libgrpc++-dev openssl pkg-config protobuf-compiler-grpc python3-grpcio)
   debian_packages=(debhelper debootstrap dpkg-dev lintian)
-  docs_packages=(doxygen meson python3-markdown python3-protobuf)
+  docs_packages=(cmark-gfm doxygen protobuf-compiler python3-jinja2 python3-protobuf)
+  recipe_packages=(make meson pkg-config)
 }
 
 # Ends the script for a reason that its user can do something about.
