@@ -53,6 +53,19 @@ def rendered(text):
         input=text, capture_output=True, text=True, encoding="utf-8", check=True).stdout
 
 
+def with_diagrams_as_text(body):
+    """The body whose sequence diagrams name who sends what to whom."""
+    def line_by_line(match):
+        text = match[1]
+        for short, name in re.findall(r"participant (\w+) as (.+)", text):
+            text = re.sub(rf"\b{short}\b(?=.*:|-)", name, text)
+        text = re.sub(r"^ *participant .*\n", "", text, flags=re.MULTILINE)
+        text = re.sub(r"^ +", "", text, flags=re.MULTILINE)
+        return f"<pre><code>{re.sub('--?&gt;&gt;', ' → ', text)}</code></pre>"
+    return re.sub(r'<pre><code class="language-mermaid">sequenceDiagram\n(.*?)</code></pre>',
+                  line_by_line, body, flags=re.DOTALL)
+
+
 class Site:
     def __init__(self, root, folder):
         self._root = root
@@ -90,7 +103,7 @@ class Site:
     def write_guides(self):
         for page, text in self._pages.items():
             body, sections = self._with_anchors(rendered(text))
-            body = self._with_links(page, body)
+            body = with_diagrams_as_text(self._with_links(page, body))
             body = re.sub(r"<table>.*?</table>", r'<div class="wide">\g<0></div>', body, flags=re.DOTALL)
             self.write(place_of(page), "guide.html", self._title(text), body=Markup(body),
                        sections=sections)

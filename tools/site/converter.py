@@ -1,5 +1,6 @@
 """The reference of Converter, from the XML that Doxygen makes of its header."""
 
+import textwrap
 import xml.etree.ElementTree as ElementTree
 
 from markupsafe import Markup, escape
@@ -31,7 +32,7 @@ def inline(node):
 
 def block(node):
     if node.tag == "verbatim":
-        return element("pre", escape(node.text.strip("\n")))
+        return element("pre", escape(textwrap.dedent(node.text.strip("\n"))))
     return element(BLOCKS[node.tag], Markup().join(
         block(child) if child.tag in BLOCKS else paragraphs(child) for child in node))
 
