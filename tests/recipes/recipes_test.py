@@ -107,6 +107,8 @@ class MergeResults(RecipeTest):
         session { name: "first" build_target: "hw" } violation_count: 7
         violations { hashmap { key: 1 value { id: 1 severity: SEV_ERROR rule_key: "W" } }
                      hashmap { key: 4 value { id: 2 severity: SEV_FATAL } } }
+        waived_violations { hashmap { key: 3 value { id: 3 severity: SEV_ERROR } } }
+        affirmations { hashmap { key: 5 value { id: 5 } } }
         specs_violated { hashmap { key: "W" value { key: "W" full_name: "as the first has it" } } }"""
     SECOND = """
         session { name: "second" }
@@ -118,14 +120,16 @@ class MergeResults(RecipeTest):
         specs_affirmed { hashmap { key: "A" value { key: "A" full_name: "a" } } }"""
     MERGED = """
         session { name: "first" build_target: "hw" }
-        violation_count: 4 waived_count: 1 affirmation_count: 1
+        violation_count: 4 waived_count: 2 affirmation_count: 2
         violations { hashmap { key: 1 value { id: 1 severity: SEV_ERROR rule_key: "W" } }
                      hashmap { key: 4 value { id: 2 severity: SEV_FATAL } }
-                     hashmap { key: 3 value { id: 3 severity: SEV_ERROR rule_key: "W"
+                     hashmap { key: 6 value { id: 6 severity: SEV_ERROR rule_key: "W"
                                               build_target: "" } }
-                     hashmap { key: 5 value { id: 5 severity: SEV_WARNING build_target: "sw" } } }
-        waived_violations { hashmap { key: 6 value { id: 6 severity: SEV_ERROR build_target: "" } } }
-        affirmations { hashmap { key: 7 value { id: 7 rule_key: "A" build_target: "" } } }
+                     hashmap { key: 7 value { id: 7 severity: SEV_WARNING build_target: "sw" } } }
+        waived_violations { hashmap { key: 3 value { id: 3 severity: SEV_ERROR } }
+                            hashmap { key: 8 value { id: 8 severity: SEV_ERROR build_target: "" } } }
+        affirmations { hashmap { key: 5 value { id: 5 } }
+                       hashmap { key: 9 value { id: 9 rule_key: "A" build_target: "" } } }
         specs_violated { hashmap { key: "W" value { key: "W" full_name: "as the first has it" } } }
         specs_affirmed { hashmap { key: "A" value { key: "A" full_name: "a" } } }"""
 
@@ -180,15 +184,28 @@ class PrintMessage(RecipeTest):
 
 
 class ParseOnArena(RecipeTest):
+    TEXT = 'session { name: "%s" } violations { %s }'
+    FINDING = "hashmap { key: %d value { id: 1 severity: %s } }"
+
+    def file_of_many(self):
+        errors = " ".join(self.FINDING % (key, "SEV_ERROR") for key in range(20000))
+        return self.result_file("many.pb", self.TEXT % ("many", errors))
+
     def test_one_result_after_the_other(self):
-        text = 'session { name: "%s" } violations { %s }'
-        finding = "hashmap { key: %d value { id: 1 severity: %s } }"
-        errors = " ".join(finding % (key, "SEV_ERROR") for key in range(20000))
-        few = self.result_file("few.pb", text % ("few", finding % (1, "SEV_ERROR")
-                                                 + finding % (2, "SEV_FATAL")))
-        many = self.result_file("many.pb", text % ("many", errors))
-        self.assertEqual(self.run_recipe("parse_on_arena", few, many, few),
+        few = self.result_file("few.pb", self.TEXT % ("few", self.FINDING % (1, "SEV_ERROR")
+                                                      + self.FINDING % (2, "SEV_FATAL")))
+        self.assertEqual(self.run_recipe("parse_on_arena", few, self.file_of_many(), few),
                          (0, b"few: 1 errors\nmany: 20000 errors\nfew: 1 errors\n", b""))
+
+    @unittest.skipIf(os.environ["SANITIZED"] == "1", "a sanitizer keeps what is freed for a while")
+    def test_memory_is_used_again(self):
+        many = self.file_of_many()
+        with subprocess.Popen([PROGRAMS / "parse_on_arena", *[many] * 100],
+                              stdout=subprocess.DEVNULL) as program:
+            _, status, usage = os.wait4(program.pid, 0)
+            program.returncode = os.waitstatus_to_exitcode(status)
+        self.assertEqual(program.returncode, 0)
+        self.assertLess(usage.ru_maxrss, 100 * 1024)  # in KiB
 
     def test_bad_input(self):
         good = self.result_file("good.pb", 'session { name: "good" }')
