@@ -66,6 +66,13 @@ def with_diagrams_as_text(body):
                   line_by_line, body, flags=re.DOTALL)
 
 
+def scrollable(body):
+    """The body whose wide parts scroll by themselves, also by keyboard."""
+    body = body.replace("<th></th>", "<td></td>").replace("<pre>", '<pre tabindex="0">')
+    return re.sub(r"<table>.*?</table>", r'<div class="wide" tabindex="0">\g<0></div>', body,
+                  flags=re.DOTALL)
+
+
 class Site:
     def __init__(self, root, folder):
         self._root = root
@@ -104,8 +111,7 @@ class Site:
         for page, text in self._pages.items():
             body, sections = self._with_anchors(rendered(text))
             body = with_diagrams_as_text(self._with_links(page, body))
-            body = re.sub(r"<table>.*?</table>", r'<div class="wide">\g<0></div>', body, flags=re.DOTALL)
-            self.write(place_of(page), "guide.html", self._title(text), body=Markup(body),
+            self.write(place_of(page), "guide.html", self._title(text), body=Markup(scrollable(body)),
                        sections=sections)
 
     @staticmethod

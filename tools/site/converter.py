@@ -32,7 +32,7 @@ def inline(node):
 
 def block(node):
     if node.tag == "verbatim":
-        return element("pre", escape(textwrap.dedent(node.text.strip("\n"))))
+        return Markup('<pre tabindex="0">{}</pre>').format(textwrap.dedent(node.text.strip("\n")))
     return element(BLOCKS[node.tag], Markup().join(
         block(child) if child.tag in BLOCKS else paragraphs(child) for child in node))
 
