@@ -33,9 +33,9 @@ const violations = (page) => page.evaluate(async () => {
 });
 const background = (page) => page.evaluate(() => getComputedStyle(document.body).backgroundColor);
 
-// What is wrong with a page in one scheme.
-const faultsOf = async (name, colorScheme) => {
-  const context = await browser.newContext({ colorScheme, viewport: { width: 1280, height: 900 } });
+// What is wrong with a page.
+const faultsOf = async (name) => {
+  const context = await browser.newContext({ viewport: { width: 1280, height: 900 } });
   const page = await context.newPage();
   const faults = [];
   page.on('console', (message) => faults.push(`console: ${message.text()}`));
@@ -43,12 +43,15 @@ const faultsOf = async (name, colorScheme) => {
     if (!request.url().startsWith(pathToFileURL(site).href)) faults.push(`request: ${request.url()}`);
   });
   await page.goto(pathToFileURL(join(site, name)).href);
-  const brightness = (await background(page)).match(/\d+/g).map(Number);
-  if (brightness.some((part) => (colorScheme === 'dark' ? part > 50 : part < 200))) {
-    faults.push(`the background is ${brightness}`);
-  }
   await page.evaluate(axe);
-  faults.push(...await violations(page));
+  for (const colorScheme of ['light', 'dark']) {
+    await page.emulateMedia({ colorScheme });
+    const brightness = (await background(page)).match(/\d+/g).map(Number);
+    if (brightness.some((part) => (colorScheme === 'dark' ? part > 50 : part < 200))) {
+      faults.push(`${colorScheme}: the background is ${brightness}`);
+    }
+    faults.push(...(await violations(page)).map((violation) => `${colorScheme}: ${violation}`));
+  }
   for (const width of [1280, 768, 360]) {
     await page.setViewportSize({ width, height: 900 });
     if (await overflow(page) > 0) faults.push(`it scrolls sideways at ${width} pixels`);
@@ -59,11 +62,9 @@ const faultsOf = async (name, colorScheme) => {
 
 let wrong = pages.length === 0 ? 1 : 0;
 for (const name of pages) {
-  for (const colorScheme of ['light', 'dark']) {
-    for (const fault of await faultsOf(name, colorScheme)) {
-      wrong += 1;
-      console.log(`${name}, ${colorScheme}: ${fault}`);
-    }
+  for (const fault of await faultsOf(name)) {
+    wrong += 1;
+    console.log(`${name}: ${fault}`);
   }
 }
 await browser.close();

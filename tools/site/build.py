@@ -88,15 +88,16 @@ class Site:
         """The pages of the site: (title, place) by group."""
         menu = {group: [] for group in GROUPS}
         for page, text in self._pages.items():
-            title = "Overview" if page == pathlib.Path("README.md") else self._title(text)
+            title = "Overview" if page == pathlib.Path("README.md") else self._title(page, text)
             menu[group_of(page)].append((title, place_of(page)))
         menu["Guides"].sort(key=lambda entry: entry[1] != pathlib.Path("index.html"))
         menu["Reference"] = [("Messages and service", PROTOCOL), ("Converter", CONVERTER)]
         return menu
 
     @staticmethod
-    def _title(text):
-        return plain(rendered(re.search(r"^# (.+)$", text, re.MULTILINE)[1])).strip()
+    def _title(page, text):
+        heading = re.search(r"^# (.+)$", text, re.MULTILINE)
+        return plain(rendered(heading[1])).strip() if heading else str(page)
 
     def write(self, place, template, title, **values):
         """Writes a page, in whose template to(place) is the way to another one."""
@@ -111,7 +112,7 @@ class Site:
         for page, text in self._pages.items():
             body, sections = self._with_anchors(rendered(text))
             body = with_diagrams_as_text(self._with_links(page, body))
-            self.write(place_of(page), "guide.html", self._title(text), body=Markup(scrollable(body)),
+            self.write(place_of(page), "guide.html", self._title(page, text), body=Markup(scrollable(body)),
                        sections=sections)
 
     @staticmethod
@@ -148,7 +149,8 @@ class Site:
             return place_of(page)
         if (self._root / target).is_dir():
             return FOLDERS.get(target)
-        self._copies.add(target)
+        if (self._root / target).is_file():
+            self._copies.add(target)
         return pathlib.Path("source") / f"{target}.html"
 
     def write_copies(self):
