@@ -51,6 +51,8 @@
 namespace vok {
 namespace rulecheck {
 
+// All functions are static. What holds for each of them stands at the head of
+// this file.
 class Converter {
  public:
   // Returns the display word of a scheme: "data", "file", "ftp", "http",

@@ -11,6 +11,7 @@ ANALYSE = TOOLS / "analyse"
 BENCH = TOOLS / "bench"
 COVERAGE = TOOLS / "coverage"
 DEMO = TOOLS / "demo"
+DOCS = TOOLS / "docs"
 FUZZ = TOOLS / "fuzz"
 MUTATE = TOOLS / "mutate"
 PACKAGE = TOOLS / "package"
@@ -84,6 +85,20 @@ class Demo(ProgramTest):
 
     def test_directory(self):
         self.assert_refused(self.run_program(DEMO, "."), "demo: .: no such file, or not readable")
+
+
+class Docs(ProgramTest):
+    def test_help(self):
+        for option in ["--help", "-h"]:
+            ended = self.run_program(DOCS, option)
+            self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+            self.assertTrue(ended.stdout.startswith("Usage: tools/docs\n"))
+
+    def test_unknown_argument(self):
+        for word in ["--nosuch", "site"]:
+            with self.subTest(word):
+                self.assert_refused(
+                    self.run_program(DOCS, word), f"docs: unknown argument {word} (see --help)")
 
 
 class Fuzz(ProgramTest):

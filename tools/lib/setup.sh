@@ -23,7 +23,8 @@
   grpc_packages=(libgrpc++-dev openssl pkg-config protobuf-compiler-grpc python3-grpcio)
   debian_packages=(build-essential debhelper dpkg-dev python3)
   debian_test_packages=(lintian mmdebstrap pkg-config)
-  docs_packages=(doxygen meson python3-markdown python3-protobuf)
+  docs_packages=(cmark-gfm doxygen protobuf-compiler python3-jinja2 python3-protobuf)
+  recipe_packages=(make meson pkg-config)
 }
 
 # Ends the script for a reason that its user can do something about.

@@ -1,0 +1,78 @@
+// Writes a request to record a finding to the standard output, its length before it.
+
+// Shown in docs/recipes.md: begin
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+#include <google/protobuf/message_lite.h>
+#include <vok/rulecheck/RuleService.pb.h>
+
+#include <cstdint>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+
+using namespace vok::rulecheck;
+
+Request makeRequest(const std::string& sessionUuid) {
+  Request request;
+  request.set_type(Request::CREATE_VIOLATION);
+  CreateViolation* violation = request.mutable_create_violation();
+  violation->set_rule_key("WIDTH");
+  violation->set_session_uuid(sessionUuid);
+  violation->set_severity(Violation::SEV_ERROR);
+  violation->mutable_args()->add_arg()->set_string_val("fifo.v:12");
+  return request;
+}
+
+// Returns false, with nothing written, if a required field is missing, and false if the stream
+// fails.
+bool send(const google::protobuf::MessageLite& message, std::ostream* out) {
+  std::string body;
+  if (!message.IsInitialized() || !message.SerializeToString(&body)) {
+    return false;
+  }
+  std::string length;
+  {
+    google::protobuf::io::StringOutputStream sink(&length);
+    google::protobuf::io::CodedOutputStream(&sink).WriteVarint32(
+        static_cast<std::uint32_t>(body.size()));
+  }
+  *out << length << body << std::flush;
+  return out->good();
+}
+
+// Returns the number that the server has given to the finding, or throws what went wrong.
+std::int32_t recordedAs(const Response& response) {
+  if (response.type() == Response::VIOLATION && response.has_violation()) {
+    return response.violation().id();
+  }
+  throw std::runtime_error(response.has_error() ? response.error().msg() : "an unexpected answer");
+}
+// Shown in docs/recipes.md: end
+
+namespace {
+
+std::string outcome(const Response& response) {
+  try {
+    return "recorded as " + std::to_string(recordedAs(response));
+  } catch (const std::runtime_error& failure) {
+    return failure.what();
+  }
+}
+
+}  // namespace
+
+// The answers go to the standard error output, since the other one has the request.
+int main() {
+  Response recorded;
+  recorded.set_type(Response::VIOLATION);
+  recorded.mutable_violation()->set_id(7);
+  Response refused;
+  refused.set_type(Response::ERROR_RESPONSE);
+  refused.mutable_error()->set_msg("no such session");
+  for (const Response& response : {recorded, refused, Response()}) {
+    std::cerr << outcome(response) << "\n";
+  }
+  const bool incompleteIsSent = send(Request(), &std::cout);
+  return !incompleteIsSent && send(makeRequest("5f0c"), &std::cout) ? 0 : 1;
+}

@@ -1,0 +1,1 @@
+PKG_CONFIG_PATH="$HOME/rulecheck/lib/pkgconfig" make

@@ -1,0 +1,2 @@
+meson setup build --pkg-config-path "$HOME/rulecheck/lib/pkgconfig"
+meson compile -C build
