@@ -6,7 +6,6 @@
 
 #include <grpcpp/grpcpp.h>
 #include <vok/rulecheck/RuleService.grpc.pb.h>
-#include <vok/rulecheck/RuleService.pb.h>
 
 #include <functional>
 
@@ -14,48 +13,48 @@
 
 namespace rule_grpc {
 
-class RuleCheckService : public vok::rulecheck::RuleCheckService::Service {
+using Methods = vok::rulecheck::RuleCheckService;
+
+// The methods get and return bytes. Otherwise gRPC would parse arguments, from a
+// stream, where six bytes can reserve 50 MB; it would log what required fields are
+// missing, and answer INTERNAL.
+using MethodsOnBytes = Methods::WithRawCallbackMethod_getVersion<
+    Methods::WithRawCallbackMethod_exchangeToken<Methods::WithRawCallbackMethod_loadRuleDataFile<
+        Methods::WithRawCallbackMethod_dumpRules<Methods::WithRawCallbackMethod_upsertRuleSpec<
+            Methods::WithRawCallbackMethod_startSession<Methods::WithRawCallbackMethod_getSession<
+                Methods::WithRawCallbackMethod_stopSession<
+                    Methods::WithRawCallbackMethod_createAffirmation<
+                        Methods::WithRawCallbackMethod_createViolation<
+                            Methods::WithRawCallbackMethod_getSessionResult<
+                                Methods::WithRawCallbackMethod_resetSession<
+                                    Methods::WithRawCallbackMethod_writeReport<
+                                        Methods::WithRawCallbackMethod_stopServer<
+                                            Methods::Service>>>>>>>>>>>>>>;
+
+class RuleCheckService : public MethodsOnBytes {
  public:
+  using Bytes = grpc::ByteBuffer;
+  using Context = grpc::CallbackServerContext;
+  using Reactor = grpc::ServerUnaryReactor;
+
   // The server outlives the service. stop is called, in any thread, when stopServer
   // was accepted, and before that is answered.
   RuleCheckService(rule_server::Server& server, std::function<void()> stop);
 
-  grpc::Status getVersion(grpc::ServerContext* context,
-                          const vok::rulecheck::EmptyMessage* argument,
-                          vok::rulecheck::Version* answer) override;
-  grpc::Status exchangeToken(grpc::ServerContext* context,
-                             const vok::rulecheck::ExchangeToken* argument,
-                             vok::rulecheck::StatusResponse* answer) override;
-  grpc::Status loadRuleDataFile(grpc::ServerContext* context,
-                                const vok::rulecheck::LoadRuleDataFile* argument,
-                                vok::rulecheck::StatusResponse* answer) override;
-  grpc::Status dumpRules(grpc::ServerContext* context, const vok::rulecheck::DumpRules* argument,
-                         vok::rulecheck::StatusResponse* answer) override;
-  grpc::Status upsertRuleSpec(grpc::ServerContext* context,
-                              const vok::rulecheck::RuleSpec* argument,
-                              vok::rulecheck::StatusResponse* answer) override;
-  grpc::Status startSession(grpc::ServerContext* context, const vok::rulecheck::Session* argument,
-                            vok::rulecheck::Session* answer) override;
-  grpc::Status getSession(grpc::ServerContext* context, const vok::rulecheck::GetSession* argument,
-                          vok::rulecheck::Session* answer) override;
-  grpc::Status stopSession(grpc::ServerContext* context, const vok::rulecheck::Session* argument,
-                           vok::rulecheck::StatusResponse* answer) override;
-  grpc::Status createAffirmation(grpc::ServerContext* context,
-                                 const vok::rulecheck::CreateAffirmation* argument,
-                                 vok::rulecheck::Affirmation* answer) override;
-  grpc::Status createViolation(grpc::ServerContext* context,
-                               const vok::rulecheck::CreateViolation* argument,
-                               vok::rulecheck::Violation* answer) override;
-  grpc::Status getSessionResult(grpc::ServerContext* context,
-                                const vok::rulecheck::Session* argument,
-                                vok::rulecheck::SessionResult* answer) override;
-  grpc::Status resetSession(grpc::ServerContext* context, const vok::rulecheck::Session* argument,
-                            vok::rulecheck::StatusResponse* answer) override;
-  grpc::Status writeReport(grpc::ServerContext* context, const vok::rulecheck::Session* argument,
-                           vok::rulecheck::StatusResponse* answer) override;
-  grpc::Status stopServer(grpc::ServerContext* context,
-                          const vok::rulecheck::ExchangeToken* argument,
-                          vok::rulecheck::StatusResponse* answer) override;
+  Reactor* getVersion(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* exchangeToken(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* loadRuleDataFile(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* dumpRules(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* upsertRuleSpec(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* startSession(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* getSession(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* stopSession(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* createAffirmation(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* createViolation(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* getSessionResult(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* resetSession(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* writeReport(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* stopServer(Context* context, const Bytes* argument, Bytes* answer) override;
 
  private:
   rule_server::Server& server_;

@@ -92,10 +92,7 @@ class StopSignals {
 };
 
 void limit(grpc::ServerBuilder& builder) {
-  constexpr int kMostThreads = 64;
   constexpr int kMostRequestsOfAConnection = 16;
-  grpc::ResourceQuota quota;
-  builder.SetResourceQuota(quota.SetMaxThreads(kMostThreads));
   builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS, kMostRequestsOfAConnection);
   builder.SetMaxReceiveMessageSize(static_cast<int>(rule_server::kMaxRequestBytes));
   // The limit is on what travels, and bytes can be compressed to a thousandth.
