@@ -9,10 +9,13 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <regex>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "common/message_file.h"
 #include "grpc/rule_check_service.h"
 #include "grpc/statuses.h"
 #include "rule_server/errors.h"
@@ -309,26 +312,47 @@ TEST(Methods, AnswerErrorsWithStatuses) {
   }
 }
 
-// The others can't be had through a method.
-TEST(Statuses, OfAllErrors) {
-  std::map<ErrorCode, StatusCode> expected = {
-      {ErrorCode::TypeMissing, StatusCode::INTERNAL},
-      {ErrorCode::BodyMismatch, StatusCode::INTERNAL},
-      {ErrorCode::BodyMissing, StatusCode::INTERNAL},
-      {ErrorCode::BodyIncomplete, StatusCode::INVALID_ARGUMENT},
-      {static_cast<ErrorCode>(999), StatusCode::INTERNAL},
+const std::map<std::string, StatusCode>& statuses() {
+  static const std::map<std::string, StatusCode> all = {
+      {"ALREADY_EXISTS", StatusCode::ALREADY_EXISTS},
+      {"FAILED_PRECONDITION", StatusCode::FAILED_PRECONDITION},
+      {"INTERNAL", StatusCode::INTERNAL},
+      {"INVALID_ARGUMENT", StatusCode::INVALID_ARGUMENT},
+      {"NOT_FOUND", StatusCode::NOT_FOUND},
+      {"UNAUTHENTICATED", StatusCode::UNAUTHENTICATED},
+      {"UNAVAILABLE", StatusCode::UNAVAILABLE},
   };
-  for (const Refusal& row : refusals()) {
-    expected[row.error] = row.code;
+  return all;
+}
+
+Status statusOf(int code) {
+  vok::rulecheck::ErrorResponse error;
+  error.set_code(code);
+  error.set_msg("text");
+  return rule_grpc::statusOf(error);
+}
+
+TEST(Statuses, AreThoseOfTheManual) {
+  const std::string manual = examples::readFile(MANUAL);
+  const std::regex row("\\| (\\d+) \\w+ \\| ([A-Z_]+) \\|\n");
+  std::map<int, StatusCode> rows;
+  for (std::sregex_iterator at(manual.begin(), manual.end(), row); at != std::sregex_iterator();
+       ++at) {
+    rows[std::stoi(at->str(1))] = statuses().at(at->str(2));
   }
-  EXPECT_EQ(20u, expected.size());
-  for (const auto& row : expected) {
-    vok::rulecheck::ErrorResponse error;
-    error.set_code(static_cast<int>(row.first));
-    error.set_msg("text");
-    EXPECT_EQ(row.second, rule_grpc::statusOf(error).error_code()) << error.code();
-    EXPECT_EQ("text", rule_grpc::statusOf(error).error_message());
+  EXPECT_EQ(19u, rows.size());
+  for (const auto& each : rows) {
+    EXPECT_EQ(each.second, statusOf(each.first).error_code()) << each.first;
+    EXPECT_EQ("text", statusOf(each.first).error_message());
   }
+  std::set<int> called;
+  for (const Refusal& each : refusals()) {
+    called.insert(static_cast<int>(each.error));
+    EXPECT_EQ(each.code, rows.at(static_cast<int>(each.error)));
+  }
+  // No method gives the first four.
+  EXPECT_EQ(rows.size() - 4, called.size());
+  EXPECT_EQ(StatusCode::INTERNAL, statusOf(999).error_code());
 }
 
 TEST(Statuses, HaveTextsThatFitIntoATrailer) {
