@@ -2,9 +2,9 @@
 // through gRPC.
 
 #include <stdlib.h>
+#include <vok/rulecheck/RuleService.pb.h>
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <iostream>
 #include <string>
 

@@ -2,13 +2,15 @@
 
 #include <grpcpp/ext/proto_server_reflection_plugin.h>
 #include <grpcpp/grpcpp.h>
+#include <grpcpp/health_check_service_interface.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <unistd.h>
 #include <vok/rulecheck/RuleService.grpc.pb.h>
 
 #include <CLI/CLI.hpp>
-#include <chrono>
+#include <filesystem>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <stdexcept>

@@ -2,8 +2,10 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <sys/socket.h>
 
 #include <stdexcept>
+#include <vector>
 
 #include "common/message_file.h"
 
@@ -44,7 +46,7 @@ std::shared_ptr<grpc::ServerCredentials> serverCredentials(const Security& secur
       security.authority.empty() ? GRPC_SSL_DONT_REQUEST_CLIENT_CERTIFICATE
                                  : GRPC_SSL_REQUEST_AND_REQUIRE_CLIENT_CERTIFICATE_AND_VERIFY);
   options.pem_root_certs = contentOf(security.authority);
-  options.pem_key_cert_pairs = {{contentOf(security.key), contentOf(security.certificate)}};
+  options.pem_key_cert_pairs.push_back({contentOf(security.key), contentOf(security.certificate)});
   return grpc::SslServerCredentials(options);
 }
 

@@ -1,6 +1,7 @@
 #include "lint_client/connection.h"
 
 #include <stdexcept>
+#include <type_traits>
 #include <utility>
 
 #include "common/framing.h"

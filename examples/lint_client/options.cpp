@@ -2,6 +2,9 @@
 
 #include <unistd.h>
 
+#include <stdexcept>
+
+#include "lint_client/messages.h"
 #include "lint_client/waivers.h"
 
 namespace lint_client {
