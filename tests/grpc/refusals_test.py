@@ -4,7 +4,7 @@ import socket
 import unittest
 
 import grpc
-from servers import ENDED_WELL, METHODS, Server, ServerTest, protocol
+from servers import ENDED_WELL, METHODS, SERVICE, Server, ServerTest, protocol
 
 MEBIBYTE = 1 << 20
 HEALTH = "/grpc.health.v1.Health/Check"
@@ -60,7 +60,7 @@ class Arguments(RefusalsTest):
                     self.assertNotEqual(status[0], "INTERNAL")
 
     def test_that_lack_so_many_that_the_text_is_cut(self):
-        # 300,000 references without type.
+        # 150,000 references without type.
         content = b"\x0a\x01W\x1a\xc0\xcf\x24" + b"\x0a\x02\x0a\x00" * 150000
         status, text = self.client.refusal("createViolation", content)
         self.assertEqual(status, "INVALID_ARGUMENT")
@@ -70,12 +70,24 @@ class Arguments(RefusalsTest):
     def test_that_are_longer_than_a_mebibyte(self):
         for method, (argument, _) in METHODS.items():
             for size, refused in [(MEBIBYTE, False), (MEBIBYTE + 1, True), (50 * MEBIBYTE, True)]:
-                # An unknown field: the length takes four bytes of varint.
                 content = argument_of_size(argument, size)
                 self.assertEqual(len(content), size)
                 with self.subTest(method, size=size):
                     self.assertEqual(
                         self.client.refusal(method, content)[0] == "RESOURCE_EXHAUSTED", refused)
+
+    def test_of_the_worst_kind_from_many_at_once(self):
+        # Each takes some 60 MiB, but not all are in memory at once.
+        references = b"\x0a\x02\x0a\x00" * ((MEBIBYTE - 20) // 4)
+        content = b"\x0a\x01W\x1a" + varint(len(references), 3) + references
+        clients = [self.channel(self.server.address) for _ in range(4)]
+        calls = [client.channel.unary_unary(f"/{SERVICE}/createViolation").future(
+            content, timeout=120) for client in clients for _ in range(16)]
+        self.assertEqual(
+            {call.code() for call in calls}, {grpc.StatusCode.INVALID_ARGUMENT})
+        self.assertLess(self.server.most_memory(), 1024 * MEBIBYTE)
+        for client in clients:
+            client.channel.close()
 
     def test_that_are_compressed(self):
         for compression in [grpc.Compression.Gzip, grpc.Compression.Deflate]:
@@ -99,11 +111,14 @@ def argument_of_size(argument, size):
     head = known + b"\xa2\x7d"
     for width in (3, 4):
         length = size - len(head) - width
-        varint = bytes((length >> 7 * i & 0x7F) | (0x80 if i < width - 1 else 0)
-                       for i in range(width))
         if length >> 7 * width == 0:
-            return head + varint + b"u" * length
+            return head + varint(length, width) + b"u" * length
     raise ValueError(size)
+
+
+def varint(number, width):
+    """Of that many bytes."""
+    return bytes((number >> 7 * i & 0x7F) | (0x80 if i < width - 1 else 0) for i in range(width))
 
 
 class Bytes(RefusalsTest):

@@ -92,7 +92,7 @@ class Servers(ServerTest):
     def test_share_no_address(self):
         server = Server(self)
         self.assert_refused(
-            self.run_program(RULE_SERVER, "--listen", server.address),
+            self.run_program("timeout", "60", RULE_SERVER, "--listen", server.address),
             f"rule_server: {server.address}: cannot listen there, or not with that certificate")
         self.assertEqual(server.stop(), ENDED_WELL)
 
