@@ -35,15 +35,15 @@ struct Outcome {
   std::string answer;
 };
 
-using Method = std::function<Outcome(Stub&, const std::string&)>;
+using Method = std::function<Outcome(Stub*, const std::string&)>;
 
 // Calls a method with an argument in text format, whose required fields may be missing.
 template <typename Argument, typename Answer>
 Method method(Status (Stub::*call)(grpc::ClientContext*, const Argument&, Answer*)) {
-  return [call](Stub& stub, const std::string& argument) {
+  return [call](Stub* stub, const std::string& argument) {
     grpc::ClientContext context;
     Answer answer;
-    const Status status = (stub.*call)(&context, tests::parse<Argument>(argument), &answer);
+    const Status status = (stub->*call)(&context, tests::parse<Argument>(argument), &answer);
     return Outcome{status, tests::textOf(answer)};
   };
 }
@@ -89,7 +89,7 @@ class Service {
         server_->InProcessChannel(grpc::ChannelArguments()));
   }
 
-  Outcome call(const Call& call) { return methods().at(call.method)(*stub_, call.argument); }
+  Outcome call(const Call& call) { return methods().at(call.method)(stub_.get(), call.argument); }
 
   void prepare(const std::vector<Call>& calls) {
     for (const Call& each : calls) {
