@@ -11,6 +11,10 @@
 
 namespace examples {
 
+// The longest message that is read if nothing else is said: a session's result can
+// be long.
+constexpr std::size_t kMaxMessageBytes = 64U << 20;
+
 // Appends length and message to the stream. Returns false, with nothing
 // appended, if the message is not initialized.
 bool appendFramed(const google::protobuf::Message& message, std::string* stream);
@@ -20,7 +24,7 @@ bool appendFramed(const google::protobuf::Message& message, std::string* stream)
 // *message in any state, if the stream ends early or the message is malformed,
 // incomplete or longer than maxBytes, which is less than 2 GiB.
 bool readFramed(const std::string& stream, std::size_t* position,
-                google::protobuf::Message* message, std::size_t maxBytes = 64U << 20);
+                google::protobuf::Message* message, std::size_t maxBytes = kMaxMessageBytes);
 
 }  // namespace examples
 

@@ -1,6 +1,7 @@
 #include "lint_client/connection.h"
 
 #include <stdexcept>
+#include <type_traits>
 #include <utility>
 
 #include "common/framing.h"
@@ -13,23 +14,32 @@ using vok::rulecheck::Response;
 Connection::Connection(Transport transport) : transport_(std::move(transport)) {}
 
 Response Connection::call(const Request& request) {
-  std::string sent;
-  if (!examples::appendFramed(request, &sent)) {
+  if (!request.IsInitialized()) {
     throw std::runtime_error("a request lacks " + request.InitializationErrorString());
   }
-  const std::string received = transport_(sent);
+  const Exchange exchange = transport_(request);
   ++requests_;
-  bytesSent_ += sent.size();
-  bytesReceived_ += received.size();
-  Response response;
-  std::size_t position = 0;
-  if (!examples::readFramed(received, &position, &response) || position != received.size()) {
-    throw std::runtime_error("the server's answer is malformed");
+  bytesSent_ += exchange.bytesSent;
+  bytesReceived_ += exchange.bytesReceived;
+  if (exchange.answer.type() == Response::ERROR_RESPONSE) {
+    throw std::runtime_error("the server answered: " + exchange.answer.error().msg());
   }
-  if (response.type() == Response::ERROR_RESPONSE) {
-    throw std::runtime_error("the server answered: " + response.error().msg());
-  }
-  return response;
+  return exchange.answer;
+}
+
+Transport framed(std::function<std::string(const std::string&)> carry) {
+  return [carry = std::move(carry)](const Request& request) {
+    std::string sent;
+    examples::appendFramed(request, &sent);
+    const std::string received = carry(sent);
+    Exchange exchange{Response(), sent.size(), received.size()};
+    std::size_t position = 0;
+    if (!examples::readFramed(received, &position, &exchange.answer) ||
+        position != received.size()) {
+      throw std::runtime_error("the server's answer is malformed");
+    }
+    return exchange;
+  };
 }
 
 std::string serve(rule_server::Server& server, const std::string& requests) {
@@ -37,7 +47,7 @@ std::string serve(rule_server::Server& server, const std::string& requests) {
   std::size_t position = 0;
   while (position < requests.size()) {
     Request request;
-    if (!examples::readFramed(requests, &position, &request) ||
+    if (!examples::readFramed(requests, &position, &request, rule_server::kMaxRequestBytes) ||
         !examples::appendFramed(server.handle(request), &responses)) {
       throw std::runtime_error("the server got malformed bytes");
     }

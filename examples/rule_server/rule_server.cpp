@@ -95,6 +95,7 @@ std::string counted(std::size_t count) {
 Server::Server(Environment environment) : environment_(std::move(environment)) {}
 
 Response Server::handle(const Request& request) {
+  const std::lock_guard<std::mutex> lock(mutex_);
   try {
     if (stopped_) {
       throw Failure(ErrorCode::ServerStopped, "the server is stopped");
@@ -106,6 +107,11 @@ Response Server::handle(const Request& request) {
   } catch (const std::exception& error) {
     return respond(ErrorCode::Internal, error.what());
   }
+}
+
+bool Server::stopped() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return stopped_;
 }
 
 Response Server::perform(const Request& request) {

@@ -57,8 +57,10 @@
 
 #include <vok/rulecheck/RuleService.pb.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
+#include <mutex>
 #include <string>
 
 #include "rule_server/catalogue.h"
@@ -66,7 +68,12 @@
 
 namespace rule_server {
 
-// For one thread at a time.
+// The longest request that a transport takes, in bytes. Hostile bytes take up to 58 times
+// their length in memory once they are parsed, so that this one takes 58 MiB.
+constexpr std::size_t kMaxRequestBytes = 1U << 20;
+
+// For any number of threads: requests are performed one after the other. What the
+// environment holds is called by one thread at a time.
 class Server {
  public:
   explicit Server(Environment environment);
@@ -77,7 +84,7 @@ class Server {
   vok::rulecheck::Response handle(const vok::rulecheck::Request& request);
 
   // Whether a STOP_SERVER was accepted. From then on each request is refused.
-  bool stopped() const { return stopped_; }
+  bool stopped() const;
 
  private:
   struct SessionState {
@@ -87,6 +94,7 @@ class Server {
     bool stopped = false;
   };
 
+  // All of these are called with the mutex held.
   vok::rulecheck::Response perform(const vok::rulecheck::Request& request);
   vok::rulecheck::Response perform(const vok::rulecheck::CreateAffirmation& body);
   vok::rulecheck::Response perform(const vok::rulecheck::CreateViolation& body);
@@ -109,6 +117,7 @@ class Server {
   SessionState& openSession(const std::string& uuid);
   vok::rulecheck::SessionResult resultOf(const SessionState& state) const;
 
+  mutable std::mutex mutex_;
   Environment environment_;
   Catalogue catalogue_;
   std::map<std::string, SessionState> sessions_;

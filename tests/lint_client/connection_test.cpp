@@ -27,11 +27,11 @@ TEST(Connections, CarryBytes) {
   auto server = serverWithoutSurroundings();
   std::string sent;
   std::string received;
-  Connection connection([&](const std::string& bytes) {
+  Connection connection(lint_client::framed([&](const std::string& bytes) {
     sent = bytes;
     received = lint_client::serve(server, bytes);
     return received;
-  });
+  }));
   const Response response = connection.call(tests::parse<Request>(kGetVersion));
   EXPECT_EQ(4u, response.version().minor());
   EXPECT_EQ("04 08 07 42 00", tests::toHex(sent));
@@ -44,8 +44,8 @@ TEST(Connections, CarryBytes) {
 
 TEST(Connections, FailWithTheServersError) {
   auto server = serverWithoutSurroundings();
-  Connection connection(
-      [&server](const std::string& bytes) { return lint_client::serve(server, bytes); });
+  Connection connection(lint_client::framed(
+      [&server](const std::string& bytes) { return lint_client::serve(server, bytes); }));
   try {
     connection.call(tests::parse<Request>("type: GET_SESSION get_session { session_uuid: 'x' }"));
     FAIL();
@@ -55,9 +55,9 @@ TEST(Connections, FailWithTheServersError) {
 }
 
 TEST(Connections, FailOnIncompleteRequests) {
-  Connection connection([](const std::string&) -> std::string {
+  Connection connection([](const Request&) -> lint_client::Exchange {
     ADD_FAILURE() << "the request was sent";
-    return "";
+    return {};
   });
   EXPECT_THROW(connection.call(Request()), std::runtime_error);
 }
@@ -69,7 +69,7 @@ TEST(Connections, FailOnAnswersThatAreNotOneResponse) {
   for (const std::string& answer :
        {std::string(), version.substr(0, version.size() - 1), version + version, version + "x",
         std::string("\x02\x08\x63", 3), std::string("\x01\xff", 2)}) {
-    Connection connection([&answer](const std::string&) { return answer; });
+    Connection connection(lint_client::framed([&answer](const std::string&) { return answer; }));
     EXPECT_THROW(connection.call(tests::parse<Request>(kGetVersion)), std::runtime_error)
         << tests::toHex(answer);
   }
@@ -97,6 +97,25 @@ TEST(Servers, RefuseOtherBytes) {
   for (const std::string& bytes : {std::string("\x05", 1), std::string("\x01\x08", 2),
                                    std::string("\x00", 1), std::string(20, '\xff')}) {
     EXPECT_THROW(lint_client::serve(server, bytes), std::runtime_error) << tests::toHex(bytes);
+  }
+}
+
+TEST(Servers, TakeRequestsOfOneMebibyteAndNoLongerOnes) {
+  auto server = serverWithoutSurroundings();
+  auto request = tests::parse<Request>("type: GET_SESSION get_session { session_uuid: '' }");
+  // Two bytes are the type, and four each the tag and the length of the body and the uuid.
+  for (const bool tooLong : {false, true}) {
+    SCOPED_TRACE(tooLong);
+    const std::size_t size = rule_server::kMaxRequestBytes + (tooLong ? 1 : 0);
+    request.mutable_get_session()->set_session_uuid(std::string(size - 10, 'u'));
+    ASSERT_EQ(size, request.ByteSizeLong());
+    std::string bytes;
+    ASSERT_TRUE(examples::appendFramed(request, &bytes));
+    if (tooLong) {
+      EXPECT_THROW(lint_client::serve(server, bytes), std::runtime_error);
+    } else {
+      EXPECT_NE("", lint_client::serve(server, bytes));
+    }
   }
 }
 

@@ -35,9 +35,10 @@ class MemoryFiles : public rule_server::Files {
 class Road {
  public:
   Road()
-      : server_(environment()), connection_([this](const std::string& requests) {
+      : server_(environment()),
+        connection_(lint_client::framed([this](const std::string& requests) {
           return lint_client::serve(server_, requests);
-        }) {}
+        })) {}
 
   SessionResult report(const Findings& findings) {
     return lint_client::report(

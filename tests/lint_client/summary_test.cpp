@@ -19,7 +19,7 @@ const char* const kResult =
     "  hashmap { key: 3 value { id: 3 severity: SEV_ADVISORY } } }";
 
 std::string summaryOf(const Findings& findings) {
-  const lint_client::Connection connection([](const std::string&) { return std::string(); });
+  const lint_client::Connection connection(lint_client::Transport{});
   return lint_client::summary(tests::parse<SessionResult>(kResult), connection, findings);
 }
 

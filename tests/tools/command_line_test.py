@@ -67,11 +67,12 @@ class Demo(ProgramTest):
         for option in ["--help", "-h"]:
             ended = self.run_program(DEMO, option)
             self.assertEqual((ended.returncode, ended.stderr), (0, ""))
-            self.assertTrue(ended.stdout.startswith("Usage: tools/demo [FILES...]\n"))
+            self.assertTrue(ended.stdout.startswith("Usage: tools/demo [--grpc] [FILES...]\n"))
 
     def test_unknown_option(self):
-        self.assert_refused(
-            self.run_program(DEMO, "--nosuch"), "demo: unknown option --nosuch (see --help)")
+        for words in [["--nosuch"], ["--grpc", "--nosuch"]]:
+            self.assert_refused(
+                self.run_program(DEMO, *words), "demo: unknown option --nosuch (see --help)")
 
     def test_missing_file(self):
         self.write("a b.v", "module m; endmodule\n")

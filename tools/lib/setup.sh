@@ -20,7 +20,7 @@
   mutation_packages=(clang)
   fuzz_packages=(clang libclang-rt-dev llvm)
   interop_packages=(default-jdk-headless libprotobuf-java python3-protobuf)
-  grpc_packages=(libgrpc++-dev openssl pkg-config protobuf-compiler-grpc python3-grpcio)
+  grpc_packages=(libgrpc++-dev openssl protobuf-compiler-grpc python3-grpcio)
   debian_packages=(build-essential debhelper dpkg-dev python3)
   debian_test_packages=(lintian mmdebstrap pkg-config)
   docs_packages=(cmark-gfm doxygen protobuf-compiler python3-jinja2 python3-protobuf)

@@ -1,0 +1,229 @@
+#include "grpc/rule_check_service.h"
+
+#include <google/protobuf/message.h>
+#include <vok/rulecheck/RuleService.pb.h>
+
+#include <string>
+#include <utility>
+
+#include "grpc/statuses.h"
+
+namespace rule_grpc {
+namespace {
+
+using google::protobuf::Message;
+using grpc::Status;
+using grpc::StatusCode;
+using vok::rulecheck::Request;
+using vok::rulecheck::Response;
+using vok::rulecheck::Session;
+using Bytes = RuleCheckService::Bytes;
+using Context = RuleCheckService::Context;
+using Reactor = RuleCheckService::Reactor;
+
+// How a method is asked for in an envelope: where its argument stands in the request,
+// and its answer in the response.
+struct Method {
+  Request::RequestType type;
+  std::function<Message*(Request*)> argument;
+  std::function<Message*(Response*)> answer;
+};
+
+Status parse(const Bytes& bytes, Message* message) {
+  grpc::Slice block;
+  Status copied = bytes.DumpToSingleSlice(&block);
+  if (!copied.ok()) {
+    return copied;
+  }
+  if (!message->ParsePartialFromArray(block.begin(), static_cast<int>(block.size()))) {
+    return refusal(StatusCode::INVALID_ARGUMENT, "malformed bytes");
+  }
+  if (!message->IsInitialized()) {
+    return refusal(StatusCode::INVALID_ARGUMENT, "missing " + message->InitializationErrorString());
+  }
+  return Status::OK;
+}
+
+Status handle(rule_server::Server& server, const Request& request,
+              const std::function<Message*(Response*)>& body, Bytes* answer) {
+  Response response = server.handle(request);
+  if (response.type() == Response::ERROR_RESPONSE) {
+    return statusOf(response.error());
+  }
+  const grpc::Slice block(body(&response)->SerializeAsString());
+  *answer = Bytes(&block, 1);
+  return Status::OK;
+}
+
+Status perform(rule_server::Server& server, const Method& method, const Bytes& argument,
+               Bytes* answer) {
+  Request request;
+  request.set_type(method.type);
+  Status parsed = parse(argument, method.argument(&request));
+  return parsed.ok() ? handle(server, request, method.answer, answer) : parsed;
+}
+
+// The two messages number their fields differently, and a StartSession has neither
+// timestamp nor build_target.
+Request startOf(const Session& session) {
+  Request request;
+  request.set_type(Request::START_SESSION);
+  vok::rulecheck::StartSession* start = request.mutable_start_session();
+  start->set_name(session.name());
+  if (session.has_uuid()) {
+    start->set_uuid(session.uuid());
+  }
+  if (session.has_description()) {
+    start->set_description(session.description());
+  }
+  if (session.has_report_file()) {
+    *start->mutable_report_file() = session.report_file();
+  }
+  if (session.has_proto_file()) {
+    *start->mutable_proto_file() = session.proto_file();
+  }
+  return request;
+}
+
+Request resultOf(const Session& session) {
+  Request request;
+  request.set_type(Request::GET_SESSION_RESULT);
+  request.mutable_get_session_result()->set_session_uuid(session.uuid());
+  return request;
+}
+
+Reactor* finish(Context* context, const Status& status) {
+  Reactor* reactor = context->DefaultReactor();
+  reactor->Finish(status);
+  return reactor;
+}
+
+}  // namespace
+
+RuleCheckService::RuleCheckService(rule_server::Server& server, std::function<void()> stop)
+    : server_(server), stop_(std::move(stop)) {}
+
+Reactor* RuleCheckService::getVersion(Context* context, const Bytes* argument, Bytes* answer) {
+  return finish(
+      context,
+      perform(server_,
+              {Request::GET_VERSION,
+               [](Request* request) { return request->mutable_get_version()->mutable_msg(); },
+               &Response::mutable_version},
+              *argument, answer));
+}
+
+Reactor* RuleCheckService::exchangeToken(Context* context, const Bytes* argument, Bytes* answer) {
+  return finish(context, perform(server_,
+                                 {Request::EXCHANGE_TOKEN, &Request::mutable_exchange_token,
+                                  &Response::mutable_status},
+                                 *argument, answer));
+}
+
+Reactor* RuleCheckService::loadRuleDataFile(Context* context, const Bytes* argument,
+                                            Bytes* answer) {
+  return finish(context, perform(server_,
+                                 {Request::LOAD_RULESPEC_FILE, &Request::mutable_load_rulespec_file,
+                                  &Response::mutable_status},
+                                 *argument, answer));
+}
+
+Reactor* RuleCheckService::dumpRules(Context* context, const Bytes* argument, Bytes* answer) {
+  return finish(context, perform(server_,
+                                 {Request::DUMP_RULES, &Request::mutable_dump_rules,
+                                  &Response::mutable_status},
+                                 *argument, answer));
+}
+
+Reactor* RuleCheckService::upsertRuleSpec(Context* context, const Bytes* argument, Bytes* answer) {
+  return finish(context, perform(server_,
+                                 {Request::UPSERT_RULESPEC,
+                                  [](Request* request) {
+                                    return request->mutable_upsert_rulespec()->mutable_rule_spec();
+                                  },
+                                  &Response::mutable_status},
+                                 *argument, answer));
+}
+
+Reactor* RuleCheckService::startSession(Context* context, const Bytes* argument, Bytes* answer) {
+  Session session;
+  Status status = parse(*argument, &session);
+  if (status.ok()) {
+    status = handle(server_, startOf(session), &Response::mutable_session, answer);
+  }
+  return finish(context, status);
+}
+
+Reactor* RuleCheckService::getSession(Context* context, const Bytes* argument, Bytes* answer) {
+  return finish(context, perform(server_,
+                                 {Request::GET_SESSION, &Request::mutable_get_session,
+                                  &Response::mutable_session},
+                                 *argument, answer));
+}
+
+Reactor* RuleCheckService::stopSession(Context* context, const Bytes* argument, Bytes* answer) {
+  return finish(
+      context,
+      perform(server_,
+              {Request::STOP_SESSION,
+               [](Request* request) { return request->mutable_stop_session()->mutable_session(); },
+               &Response::mutable_status},
+              *argument, answer));
+}
+
+Reactor* RuleCheckService::createAffirmation(Context* context, const Bytes* argument,
+                                             Bytes* answer) {
+  return finish(context, perform(server_,
+                                 {Request::CREATE_AFFIRMATION, &Request::mutable_create_affirmation,
+                                  &Response::mutable_affirmation},
+                                 *argument, answer));
+}
+
+Reactor* RuleCheckService::createViolation(Context* context, const Bytes* argument, Bytes* answer) {
+  return finish(context, perform(server_,
+                                 {Request::CREATE_VIOLATION, &Request::mutable_create_violation,
+                                  &Response::mutable_violation},
+                                 *argument, answer));
+}
+
+Reactor* RuleCheckService::getSessionResult(Context* context, const Bytes* argument,
+                                            Bytes* answer) {
+  Session session;
+  Status status = parse(*argument, &session);
+  if (status.ok()) {
+    status = handle(server_, resultOf(session), &Response::mutable_session_result, answer);
+  }
+  return finish(context, status);
+}
+
+Reactor* RuleCheckService::resetSession(Context* context, const Bytes* argument, Bytes* answer) {
+  return finish(
+      context,
+      perform(server_,
+              {Request::RESET_SESSION,
+               [](Request* request) { return request->mutable_reset_session()->mutable_session(); },
+               &Response::mutable_status},
+              *argument, answer));
+}
+
+Reactor* RuleCheckService::writeReport(Context* context, const Bytes* argument, Bytes* answer) {
+  return finish(
+      context,
+      perform(server_,
+              {Request::WRITE_REPORT,
+               [](Request* request) { return request->mutable_write_report()->mutable_session(); },
+               &Response::mutable_status},
+              *argument, answer));
+}
+
+Reactor* RuleCheckService::stopServer(Context* context, const Bytes* argument, Bytes* answer) {
+  const Status status = perform(
+      server_, {Request::STOP_SERVER, &Request::mutable_exchange_token, &Response::mutable_status},
+      *argument, answer);
+  if (status.ok()) {
+    stop_();
+  }
+  return finish(context, status);
+}
+
+}  // namespace rule_grpc

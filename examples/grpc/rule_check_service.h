@@ -1,0 +1,66 @@
+// The fourteen methods of the protocol's service: each turns its argument into the
+// request that asks for the same, and the answer into a message or a status.
+
+#ifndef VOK_EXAMPLES_GRPC_RULE_CHECK_SERVICE_H_
+#define VOK_EXAMPLES_GRPC_RULE_CHECK_SERVICE_H_
+
+#include <grpcpp/grpcpp.h>
+#include <vok/rulecheck/RuleService.grpc.pb.h>
+
+#include <functional>
+
+#include "rule_server/rule_server.h"
+
+namespace rule_grpc {
+
+using Methods = vok::rulecheck::RuleCheckService;
+
+// The methods get and return bytes. Otherwise gRPC would parse arguments, from a
+// stream, where six bytes can reserve 50 MB; it would log what required fields are
+// missing, and answer INTERNAL.
+using MethodsOnBytes = Methods::WithRawCallbackMethod_getVersion<
+    Methods::WithRawCallbackMethod_exchangeToken<Methods::WithRawCallbackMethod_loadRuleDataFile<
+        Methods::WithRawCallbackMethod_dumpRules<Methods::WithRawCallbackMethod_upsertRuleSpec<
+            Methods::WithRawCallbackMethod_startSession<Methods::WithRawCallbackMethod_getSession<
+                Methods::WithRawCallbackMethod_stopSession<
+                    Methods::WithRawCallbackMethod_createAffirmation<
+                        Methods::WithRawCallbackMethod_createViolation<
+                            Methods::WithRawCallbackMethod_getSessionResult<
+                                Methods::WithRawCallbackMethod_resetSession<
+                                    Methods::WithRawCallbackMethod_writeReport<
+                                        Methods::WithRawCallbackMethod_stopServer<
+                                            Methods::Service>>>>>>>>>>>>>>;
+
+class RuleCheckService : public MethodsOnBytes {
+ public:
+  using Bytes = grpc::ByteBuffer;
+  using Context = grpc::CallbackServerContext;
+  using Reactor = grpc::ServerUnaryReactor;
+
+  // The server outlives the service. stop is called, in any thread, when stopServer
+  // was accepted, and before that is answered.
+  RuleCheckService(rule_server::Server& server, std::function<void()> stop);
+
+  Reactor* getVersion(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* exchangeToken(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* loadRuleDataFile(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* dumpRules(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* upsertRuleSpec(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* startSession(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* getSession(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* stopSession(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* createAffirmation(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* createViolation(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* getSessionResult(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* resetSession(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* writeReport(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* stopServer(Context* context, const Bytes* argument, Bytes* answer) override;
+
+ private:
+  rule_server::Server& server_;
+  std::function<void()> stop_;
+};
+
+}  // namespace rule_grpc
+
+#endif  // VOK_EXAMPLES_GRPC_RULE_CHECK_SERVICE_H_

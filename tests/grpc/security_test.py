@@ -1,0 +1,129 @@
+"""Who is let in, and by whom."""
+
+import unittest
+
+from certificates import Certificates
+from servers import ENDED_WELL, GRPC_LINT_CLIENT, RULE_SERVER, Server, ServerTest
+
+
+class SecurityTest(ServerTest):
+    @classmethod
+    def setUpClass(cls):
+        cls.certificates = Certificates(cls)
+
+
+class MutualTls(SecurityTest):
+    def setUp(self):
+        super().setUp()
+        self.server = Server(self, *self.certificates.server_options())
+
+    def test_lets_in_whom_the_authority_knows(self):
+        self.assert_answered(self.certificates.credentials())
+
+    def test_lets_nobody_else_in(self):
+        refused = {
+            "no TLS": None,
+            "no certificate": self.certificates.credentials(certificate=None),
+            "a certificate of another authority": self.certificates.credentials("client-other"),
+            "an expired certificate": self.certificates.credentials("client-expired"),
+            "a client that trusts another authority": self.certificates.credentials(
+                authority="other-ca"),
+        }
+        for name, credentials in refused.items():
+            with self.subTest(name):
+                client = self.channel(self.server.address, credentials)
+                self.assertEqual(client.refusal("getVersion")[0], "UNAVAILABLE")
+        self.assert_answered(self.certificates.credentials())
+        self.assertEqual(self.server.stop(), ENDED_WELL)
+
+    def assert_answered(self, credentials):
+        self.assertEqual(
+            self.channel(self.server.address, credentials).refusal("getVersion"), ("OK", None))
+
+
+class Tls(SecurityTest):
+    def test_without_client_ca_needs_no_certificate_of_clients(self):
+        server = Server(self, *self.certificates.server_options(mutual=False))
+        for certificate in [None, "client", "client-other"]:
+            client = self.channel(server.address, self.certificates.credentials(certificate))
+            self.assertEqual(client.refusal("getVersion"), ("OK", None), certificate)
+
+    def test_refuses_servers_with_a_certificate_that_is_not_theirs(self):
+        for certificate, expected in [("server", "OK"), ("server-expired", "UNAVAILABLE"),
+                                      ("server-elsewhere", "UNAVAILABLE")]:
+            server = Server(self, *self.certificates.server_options(certificate))
+            client = self.channel(server.address, self.certificates.credentials())
+            self.assertEqual(client.refusal("getVersion")[0], expected, certificate)
+
+
+class LintClient(SecurityTest):
+    def report(self, address, *options):
+        self.write("m.v", "module m; endmodule\n")
+        self.write("verilator", "#!/bin/sh\n").chmod(0o755)
+        return self.run_program(
+            GRPC_LINT_CLIENT, "m.v", "--verilator", "./verilator", "--server", address, *options)
+
+    def test_knows_the_server_and_is_known(self):
+        server = Server(self, *self.certificates.server_options())
+        ended = self.report(server.address, *self.certificates.client_options())
+        self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+
+    def test_is_not_let_in(self):
+        server = Server(self, *self.certificates.server_options())
+        for options in [self.certificates.client_options(authority="other-ca"),
+                        self.certificates.client_options(certificate="client-other"),
+                        self.certificates.client_options()[:2], []]:
+            self.assert_lost(self.report(server.address, *options))
+
+    def test_refuses_an_expired_server(self):
+        server = Server(self, *self.certificates.server_options("server-expired"))
+        self.assert_lost(self.report(server.address, *self.certificates.client_options()))
+
+    def assert_lost(self, ended):
+        self.assertEqual((ended.returncode, ended.stdout), (3, ""))
+        self.assertRegex(
+            ended.stderr, r"\Agrpc_lint_client: no connection to the server: [^\n]+\n\Z")
+
+    def test_talks_to_no_other_host_without_tls(self):
+        self.assert_refused(
+            self.report("rules.example:80"),
+            "grpc_lint_client: rules.example:80: not an address of this host, "
+            "which needs TLS or --insecure")
+        self.assert_lost(self.report("0.0.0.0:1", "--insecure"))
+
+
+class PlainServers(ServerTest):
+    def test_listen_on_this_host_only(self):
+        for address in ["0.0.0.0:0", "[::]:0", "rules.example:0"]:
+            self.assert_refused(
+                self.run_program(RULE_SERVER, "--listen", address),
+                f"rule_server: {address}: not an address of this host, "
+                "which needs TLS or --insecure")
+
+    def test_listen_elsewhere_if_told_to(self):
+        server = Server(self, "--listen", "0.0.0.0:0", "--insecure")
+        port = server.address.removeprefix("0.0.0.0:")
+        client = self.channel(f"127.0.0.1:{port}")
+        self.assertEqual(client.call("getVersion").major, 1)
+
+
+class SecureServers(SecurityTest):
+    def test_listen_anywhere(self):
+        server = Server(self, "--listen", "0.0.0.0:0", *self.certificates.server_options())
+        port = server.address.removeprefix("0.0.0.0:")
+        client = self.channel(f"localhost:{port}", self.certificates.credentials())
+        self.assertEqual(client.call("getVersion").major, 1)
+
+    def test_need_a_certificate_that_goes_with_the_key(self):
+        self.write("empty", "")
+        server, key = self.certificates.path("server.pem"), self.certificates.path("server.key")
+        for certificate, own in [("empty", key), (server, "empty"), (key, server)]:
+            self.assert_refused(
+                self.run_program(
+                    RULE_SERVER, "--listen", "127.0.0.1:0", "--certificate", certificate,
+                    "--key", own),
+                "rule_server: 127.0.0.1:0: cannot listen there, or not with that certificate")
+
+
+if __name__ == "__main__":
+    unittest.main()
