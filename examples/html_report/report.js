@@ -3,8 +3,7 @@
   // Does something to each item of a list, in slices that leave the browser time
   // to answer. The first slice is done at once. A list that is started replaces
   // what is left of the one before.
-  const gradually = (each, atEnd = () => {}) => {
-    const sliceMs = 6;
+  const gradually = (sliceMs, each, atEnd = () => {}) => {
     let left = [];
     let timer;
     const advance = (end) => {
@@ -72,6 +71,8 @@
     button.disabled = false;
     if (!isOpen(element)) setOpen(element, false);
   };
+  const readPart = (part) => (part.isGroup ? readGroup(part) : readFinding(part));
+
   const countMatches = (part, kinds, words) => {
     const isUnmet = (word) => !part.text.includes(word);
     if (part.parts) {
@@ -91,20 +92,19 @@
     for (const inner of part.parts) if (inner.parts && inner.count > 0) stalePartsOf(inner, found);
     return found;
   };
-  const addNote = (bar) => {
+  const noteCount = (bar, { count, size }) => {
+    bar.querySelector('.shown')?.remove();
+    if (count === 0 || count === size) return;
     const note = document.createElement('span');
     note.className = 'shown';
+    note.textContent = `${count} of ${size} shown`;
     bar.append(note);
-    return note;
   };
   const showCount = (part) => {
     const element = elementOf(part);
     element.hidden = part.count === 0;
     part.shown = part.count;
-    if (!part.isGroup) return;
-    const note = element.querySelector('.shown') ?? addNote(element.firstElementChild);
-    note.hidden = part.count === part.size;
-    note.textContent = `${part.count} of ${part.size} shown`;
+    if (part.isGroup) noteCount(element.firstElementChild, part);
   };
 
   const byId = (id) => document.getElementById(id);
@@ -115,7 +115,7 @@
     const sections = Array.from(document.querySelectorAll('section.findings'), sectionOf);
     const groups = sections.flatMap((section) => section.parts).flatMap((block) => block.parts);
     const total = sections.reduce((sum, section) => sum + section.size, 0);
-    const update = gradually(showCount);
+    const update = gradually(6, showCount);
 
     // What people wait for is done first: the numbers, and what they tell.
     const apply = () => {
@@ -141,14 +141,14 @@
     };
 
     // A filter that was set while the findings were read is applied, too.
-    const read = gradually((part) => (part.isGroup ? readGroup(part) : readFinding(part)), () => {
+    const read = gradually(40, readPart, () => {
       document.addEventListener('input', schedule);
       apply();
     });
     read.start(groups.flatMap((group) => [group, ...group.parts.flatMap((list) => list.parts)]));
 
     let open;
-    const turn = gradually((group) => {
+    const turn = gradually(6, (group) => {
       setOpen(elementOf(group), open);
     });
     const turnAll = (value) => {
