@@ -109,6 +109,19 @@
 
   const byId = (id) => document.getElementById(id);
 
+  // On paper there is nothing to click. The style sheet unfolds the groups.
+  const unfoldOnPaper = (beforehand) => {
+    let opened = [];
+    window.addEventListener('beforeprint', () => {
+      beforehand();
+      opened = Array.from(document.querySelectorAll('details:not([open])'));
+      for (const details of opened) details.open = true;
+    });
+    window.addEventListener('afterprint', () => {
+      for (const details of opened) details.open = false;
+    });
+  };
+
   const start = () => {
     const query = byId('query');
     const boxes = Array.from(byId('toolbar').querySelectorAll('input[type=checkbox]'));
@@ -168,17 +181,7 @@
       actions[event.target.closest('button')?.id]?.();
     });
     document.addEventListener('beforematch', (event) => setOpen(event.target.closest('.group'), true));
-
-    // On paper there is nothing to click. The style sheet unfolds the groups.
-    let opened = [];
-    window.addEventListener('beforeprint', () => {
-      update.finish();
-      opened = Array.from(document.querySelectorAll('details:not([open])'));
-      for (const details of opened) details.open = true;
-    });
-    window.addEventListener('afterprint', () => {
-      for (const details of opened) details.open = false;
-    });
+    unfoldOnPaper(update.finish);
   };
 
   document.documentElement.classList.add('scripted');
