@@ -3,6 +3,8 @@
 #   cmake -D DIRECTORY=... -D OUTPUT=.../assets.cpp -P embed.cmake
 #
 # A part becomes a list of byte values: no content of a part can end it early.
+# Of the parts that a page has thousands of times, line breaks are left out: each
+# would be a text of its own to the browser.
 
 # What a browser computes of an inline style or script: its SHA-256 in base64.
 function(content_hash file result)
@@ -31,7 +33,11 @@ foreach(part IN ITEMS page=page.html.mustache group=group.html.mustache finding=
   string(REGEX MATCH "^([a-z]+)=(.+)$" ignored "${part}")
   set(name "${CMAKE_MATCH_1}")
   set(file "${DIRECTORY}/${CMAKE_MATCH_2}")
-  file(READ "${file}" bytes HEX)
+  file(READ "${file}" text)
+  if(name MATCHES "^(group|finding)$")
+    string(REPLACE "\n" "" text "${text}")
+  endif()
+  string(HEX "${text}" bytes)
   string(REGEX REPLACE "(..)" "'\\\\x\\1'," bytes "${bytes}")
   string(APPEND source "const char ${name}Bytes[] = {${bytes}};\n")
   string(APPEND definitions "const std::string_view ${name}{${name}Bytes, sizeof(${name}Bytes)};\n")

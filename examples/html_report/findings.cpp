@@ -29,8 +29,10 @@ using vok::rulecheck::RuleSpec;
 using vok::rulecheck::RuleSpecMap;
 using vok::rulecheck::ViolationMap;
 
-// A browser skips the lists that are out of sight, so it needs lists to skip.
-constexpr std::size_t maxListLength = 100;
+// A browser skips the blocks of groups and the lists of findings that are out of
+// sight, so it needs blocks and lists to skip.
+constexpr std::size_t maxBlockLength = 25;
+constexpr std::size_t maxListLength = 25;
 
 template <typename Finding>
 struct Entry {
@@ -154,9 +156,11 @@ class GroupRenderer {
     data view;
     view["key"] = escapeText(group.key);
     view["keyless"] = isBlank(group.key);
-    view["name"] = spec == nullptr ? "" : escapeText(spec->full_name());
+    view["name"] = spec == nullptr || isBlank(spec->full_name())
+                       ? data(false)
+                       : data(escapeText(spec->full_name()));
     view["slug"] = group.entries.front().level.slug;
-    view["open"] = presentation_.open;
+    view["expanded"] = presentation_.open ? "true" : "false";
     view["levels"] = levelCounts(group);
     view["about"] = aboutRule(spec, isBlank(group.key));
     view["lists"] = lists(group);
@@ -176,6 +180,7 @@ class GroupRenderer {
     for (std::size_t i = 0; i < group.entries.size(); ++i) {
       findingTemplate_.render(findingView(group.entries[i], presentation_),
                               [&html](const std::string& piece) { html += piece; });
+      html += '\n';
       if ((i + 1) % maxListLength == 0 || i + 1 == group.entries.size()) {
         lists << data(std::exchange(html, ""));
       }
@@ -191,23 +196,29 @@ class GroupRenderer {
 };
 
 template <typename Findings>
-std::string render(const Findings& findings, GroupRenderer renderer) {
-  std::string html;
+std::vector<std::string> render(const Findings& findings, GroupRenderer renderer) {
+  std::vector<std::string> blocks;
+  std::size_t number = 0;
   for (const auto& group : groupedByRule(findings)) {
-    html += renderer.render(group);
+    if (number++ % maxBlockLength == 0) {
+      blocks.emplace_back();
+    }
+    blocks.back() += renderer.render(group);
   }
-  return html;
+  return blocks;
 }
 
 }  // namespace
 
-std::string groupsHtml(const ViolationMap& violations, const RuleSpecMap& specs,
-                       const RuleSpecMap& otherSpecs, const Presentation& presentation) {
+std::vector<std::string> blocksHtml(const ViolationMap& violations, const RuleSpecMap& specs,
+                                    const RuleSpecMap& otherSpecs,
+                                    const Presentation& presentation) {
   return render(violations.hashmap(), GroupRenderer(specs, otherSpecs, presentation));
 }
 
-std::string groupsHtml(const AffirmationMap& affirmations, const RuleSpecMap& specs,
-                       const RuleSpecMap& otherSpecs, const Presentation& presentation) {
+std::vector<std::string> blocksHtml(const AffirmationMap& affirmations, const RuleSpecMap& specs,
+                                    const RuleSpecMap& otherSpecs,
+                                    const Presentation& presentation) {
   return render(affirmations.hashmap(), GroupRenderer(specs, otherSpecs, presentation));
 }
 

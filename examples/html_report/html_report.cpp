@@ -2,7 +2,10 @@
 
 #include <cstddef>
 #include <kainjow/mustache.hpp>
+#include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "html_report/assets.h"
 #include "html_report/findings.h"
@@ -16,14 +19,18 @@ using kainjow::mustache::mustache;
 using vok::rulecheck::SessionResult;
 
 data sectionView(const char* id, const char* title, const char* ifEmpty, std::size_t count,
-                 const std::string& groups) {
+                 const std::vector<std::string>& blocks) {
   data view;
   view["id"] = id;
   view["title"] = title;
   view["ifEmpty"] = ifEmpty;
   view["count"] = std::to_string(count);
   view["empty"] = count == 0;
-  view["groups"] = groups;
+  data list(data::type::list);
+  for (const std::string& block : blocks) {
+    list << data(block);
+  }
+  view["blocks"] = std::move(list);
   return view;
 }
 
@@ -33,14 +40,14 @@ data sections(const SessionResult& result) {
   data list(data::type::list);
   list << sectionView(
       "violations", "Violations", "No rule is violated.", result.violations().hashmap().size(),
-      groupsHtml(result.violations(), violated, affirmed, {"violation-", true, ""}));
+      blocksHtml(result.violations(), violated, affirmed, {"violation-", true, ""}));
   list << sectionView(
       "waived", "Waived violations", "No violation was waived.",
       result.waived_violations().hashmap().size(),
-      groupsHtml(result.waived_violations(), violated, affirmed, {"waived-", false, "waived"}));
+      blocksHtml(result.waived_violations(), violated, affirmed, {"waived-", false, "waived"}));
   list << sectionView(
       "affirmed", "Affirmations", "No rule was affirmed.", result.affirmations().hashmap().size(),
-      groupsHtml(result.affirmations(), affirmed, violated, {"affirmation-", true, ""}));
+      blocksHtml(result.affirmations(), affirmed, violated, {"affirmation-", true, ""}));
   return list;
 }
 

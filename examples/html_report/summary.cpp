@@ -151,6 +151,7 @@ void addSummary(const SessionResult& result, data* page) {
   (*page)["described"] = !isBlank(session.description());
   (*page)["sessionFacts"] = sessionFacts(session);
   (*page)["kinds"] = kinds(result, counts);
+  (*page)["vacant"] = counts.violations + counts.waived + counts.affirmed == 0;
   (*page)["problems"] = problemsOf(result, counts);
   (*page)["flawed"] = (*page)["problems"].is_non_empty_list();
   addVerdict(result, counts, page);

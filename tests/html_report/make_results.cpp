@@ -1,6 +1,6 @@
-// make_results hostile FOLDER     a result per hostile text and kind of resource
-// make_results convert FROM TO    the same result in another format
-// make_results many COUNT FILE    a result with that many violations
+// make_results hostile FOLDER         a result per hostile text and kind of resource
+// make_results convert FROM TO        the same result in another format
+// make_results many COUNT RULES FILE  a result with that many violations, of that many rules
 
 #include <iostream>
 #include <string>
@@ -33,8 +33,7 @@ void convert(const std::string& from, const std::string& to) {
   write(to, result);
 }
 
-void writeMany(int count, const std::string& path) {
-  constexpr int rules = 100;
+void writeMany(int count, int rules, const std::string& path) {
   SessionResult result;
   result.mutable_session()->set_name("Many findings");
   for (int number = 1; number <= count; ++number) {
@@ -54,7 +53,7 @@ void writeMany(int count, const std::string& path) {
 }
 
 int usage() {
-  std::cerr << "make_results hostile FOLDER | convert FROM TO | many COUNT FILE\n";
+  std::cerr << "make_results hostile FOLDER | convert FROM TO | many COUNT RULES FILE\n";
   return 2;
 }
 
@@ -66,8 +65,8 @@ int main(int argc, char** argv) try {
     writeHostile(arguments[1]);
   } else if (arguments.size() == 3 && arguments[0] == "convert") {
     convert(arguments[1], arguments[2]);
-  } else if (arguments.size() == 3 && arguments[0] == "many") {
-    writeMany(std::stoi(arguments[1]), arguments[2]);
+  } else if (arguments.size() == 4 && arguments[0] == "many") {
+    writeMany(std::stoi(arguments[1]), std::stoi(arguments[2]), arguments[3]);
   } else {
     return usage();
   }

@@ -13,10 +13,10 @@ ELEMENTS = {
     "a": {"class", "href"},
     "b": set(),
     "body": set(),
-    "button": {"type", "id"},
+    "button": {"type", "id", "class", "aria-expanded", "disabled"},
     "code": {"class"},
     "dd": {"tabindex"},
-    "details": {"class", "open"},
+    "details": {"class"},
     "div": {"class", "id", "role", "aria-label", "hidden"},
     "dl": {"class"},
     "dt": set(),
@@ -37,7 +37,7 @@ ELEMENTS = {
     "p": {"class", "id", "role", "tabindex", "hidden"},
     "script": set(),
     "section": {"class", "id", "aria-labelledby", "tabindex"},
-    "span": {"class", "hidden"},
+    "span": {"class"},
     "style": set(),
     "summary": set(),
     "time": {"datetime"},
@@ -193,8 +193,12 @@ class Structure(programs.FolderTestCase):
 
     def test_it_is_whole_without_its_script(self):
         hidden = [attributes for _, attributes in self.page.elements if "hidden" in attributes]
-        allowed = {"toolbar", "nothing", "shown", "empty filtered"}
-        self.assertLessEqual({element.get("id", element.get("class")) for element in hidden}, allowed)
+        self.assertEqual({element.get("id", element.get("class")) for element in hidden},
+                         {"nothing", "empty filtered"})
+        folds = [button for button in self.page.all("button") if button.get("class") == "fold"]
+        self.assertEqual(len(folds), 11 + 2 + 3)
+        for button in folds:
+            self.assertIn("disabled", button)
         findings = [element["id"] for element in self.page.all("li") if "id" in element]
         self.assertEqual(len(findings), 14 + 2 + 4)
 
@@ -202,6 +206,43 @@ class Structure(programs.FolderTestCase):
         tiles = re.findall(r"(\d+) ([a-z ]+)\n", self.page.text.split("affirmed\n", 1)[1].split("Search")[0])
         self.assertEqual(tiles, [("1", "fatal"), ("2", "error"), ("2", "critical warning"), ("5", "warning"),
                                  ("3", "advisory"), ("1", "unknown"), ("2", "waived"), ("4", "affirmed")])
+
+
+class Large(programs.FolderTestCase):
+    """A browser is quick with parts that are small, and few."""
+
+    def large_page(self, rules):
+        result = self.folder / "large.pb"
+        self.make("MAKE_RESULTS", "many", "2000", str(rules), result)
+        content = self.page_of(result)
+        return content, Page(content)
+
+    def lengths(self, page, holders, inner):
+        """How many of the inner elements each of the holders has."""
+        lengths = []
+        for tag, attributes in page.elements:
+            kind = (tag, attributes.get("class", "").split(" ")[0])
+            if kind == holders:
+                lengths.append(0)
+            elif kind == inner:
+                lengths[-1] += 1
+        return lengths
+
+    def test_a_rule_with_many_findings_has_short_lists(self):
+        _, page = self.large_page(1)
+        self.assertEqual(self.lengths(page, ("ul", "list"), ("li", "finding")), [25] * 80)
+
+    def test_many_rules_are_in_short_blocks(self):
+        _, page = self.large_page(2000)
+        self.assertEqual(self.lengths(page, ("div", "block"), ("div", "group")), [25] * 80)
+
+    def test_a_finding_takes_less_than_a_kibibyte(self):
+        for rules in 1, 40, 2000:
+            with self.subTest(rules=rules):
+                content, page = self.large_page(rules)
+                findings = [attributes for attributes in page.all("li") if "data-kind" in attributes]
+                self.assertEqual(len(findings), 2000)
+                self.assertLess(len(content), 2000 * 1024)
 
 
 if __name__ == "__main__":

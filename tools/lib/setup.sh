@@ -13,7 +13,7 @@
   lint_packages=(verilator)
   test_packages=(binutils libgmock-dev libgtest-dev locales python3 valgrind)
   style_packages=(clang clang-format clang-tidy shellcheck)
-  browser_packages=(chromium)
+  browser_packages=(chromium poppler-utils)
   compatibility_packages=(abigail-tools)
   analysis_packages=(clang cppcheck iwyu)
   coverage_packages=(gcovr)

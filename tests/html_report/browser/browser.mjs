@@ -1,0 +1,62 @@
+// A browser, pages in it, and what can be asked of a page.
+
+import { pathToFileURL } from 'node:url';
+import { chromium } from 'playwright-core';
+
+export const launch = () => chromium.launch({
+  executablePath: process.env.CHROMIUM || '/usr/bin/chromium',
+  args: ['--no-sandbox', '--disable-gpu', '--disable-quic', '--disable-background-networking'],
+});
+
+export const addressOf = (place) => place.startsWith('http:') ? place : pathToFileURL(place).href;
+
+// Nothing but the page itself gets through, and what it leads to on purpose.
+const guard = (context, address, leadsTo, faults) => context.route('**/*', (route) => {
+  const url = route.request().url();
+  if (url.split('#')[0] === address.split('#')[0] || leadsTo.test(url)) return route.continue();
+  faults.push(`request: ${url}`);
+  return route.abort();
+});
+
+const watch = (page, faults) => {
+  page.on('console', (message) => faults.push(`console: ${message.text()}`));
+  page.on('pageerror', (error) => faults.push(`error: ${error.message}`));
+  page.on('dialog', (dialog) => {
+    faults.push(`dialog: ${dialog.message()}`);
+    dialog.dismiss();
+  });
+  return page.addInitScript(() => {
+    document.addEventListener('securitypolicyviolation', (event) => {
+      console.error(`policy: ${event.effectiveDirective} ${event.blockedURI}`);
+    });
+  });
+};
+
+// Opens a file or an address, with a list of everything that it should not do.
+export const open = async (browser, place, { leadsTo = /^$/, ...options } = {}) => {
+  const context = await browser.newContext({ viewport: { width: 1280, height: 900 }, ...options });
+  const page = await context.newPage();
+  const faults = [];
+  const address = addressOf(place);
+  await guard(context, address, leadsTo, faults);
+  await watch(page, faults);
+  await page.goto(address);
+  if (options.javaScriptEnabled !== false) await ready(page);
+  return { page, faults, close: () => context.close() };
+};
+
+const ready = (page) => page.waitForFunction(() => document.getElementById('status').textContent);
+
+export const statusOf = (page) => page.locator('#status').textContent();
+
+// Two frames, and what the page left for later.
+export const settle = (page) => page.evaluate(() => new Promise((done) => {
+  requestAnimationFrame(() => requestAnimationFrame(() => setTimeout(done, 50)));
+}));
+
+// Elements that are shown, also where they are out of sight.
+export const visible = (page, selector) => page.evaluate((list) =>
+  Array.from(document.querySelectorAll(list)).filter((element) => element.checkVisibility()).length, selector);
+
+export const overflow = (page) =>
+  page.evaluate(() => document.documentElement.scrollWidth - document.documentElement.clientWidth);

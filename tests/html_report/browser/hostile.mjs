@@ -1,0 +1,34 @@
+// Pages whose every text would do harm if it were taken for markup.
+
+import assert from 'node:assert/strict';
+import { basename } from 'node:path';
+import { overflow, settle } from './browser.mjs';
+
+const own = 'head > script:only-of-type';
+const alien = `img, svg, iframe, object, embed, base, form, script:not(${own})`;
+
+// For a page to evaluate. ":" is what a browser says of an address that leads
+// nowhere, such as one with a bad host.
+const look = (selector) => ({
+  aliens: document.querySelectorAll(selector).length,
+  handlers: Array.from(document.querySelectorAll('*')).filter((element) =>
+    element.getAttributeNames().some((name) => /^on|^style$/.test(name))).length,
+  addresses: Array.from(document.links, (link) => link.protocol)
+    .filter((protocol) => !['http:', 'https:', 'file:', 'mailto:', ':'].includes(protocol)),
+  findings: document.querySelectorAll('.finding').length,
+});
+
+export const checkHostile = async (checks, { hostile }) => {
+  for (const file of hostile) {
+    await checks.checkPage(`hostile texts stay texts: ${basename(file, '.pb.html')}`, file,
+      { viewport: { width: 360, height: 800 } }, async (page) => {
+        const { findings, ...harm } = await page.evaluate(look, alien);
+        assert.ok(findings > 100);
+        assert.deepEqual(harm, { aliens: 0, handlers: 0, addresses: [] });
+        await page.fill('#query', 'no such text');
+        await settle(page);
+        await page.click('#clear');
+        assert.equal(await overflow(page), 0, 'it scrolls sideways');
+      });
+  }
+};

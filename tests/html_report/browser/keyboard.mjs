@@ -1,0 +1,113 @@
+// The page without a mouse.
+
+import assert from 'node:assert/strict';
+import { settle, statusOf, visible } from './browser.mjs';
+
+// For a page to evaluate: what can have the focus, in the order of the page.
+const controls = () => {
+  const all = document.querySelectorAll('a[href], button:enabled, input, summary, [tabindex="0"]');
+  return Array.from(all).filter((element) => element.checkVisibility()).map((element) => element.outerHTML);
+};
+
+// For a page to evaluate: what has the focus, and how that shows.
+const focused = () => {
+  const element = document.activeElement;
+  const { outlineStyle, outlineWidth } = getComputedStyle(element);
+  const [box] = element.getClientRects();
+  const x = box.left + Math.min(box.width, 8) / 2;
+  const onTop = document.elementFromPoint(x, box.top + box.height / 2);
+  return {
+    html: element.outerHTML,
+    outline: `${outlineStyle} ${outlineWidth}`,
+    isInSight: element.contains(onTop) || onTop?.contains(element),
+  };
+};
+
+const walk = async (page, key, count) => {
+  const seen = [];
+  for (let i = 0; i < count; i += 1) {
+    await page.keyboard.press(key);
+    const { html, outline, isInSight } = await page.evaluate(focused);
+    assert.equal(outline, 'solid 2px', html);
+    assert.ok(isInSight, `out of sight: ${html}`);
+    seen.push(html);
+  }
+  return seen;
+};
+
+const checkWalk = async (checks, { sample }) => {
+  for (const viewport of [{ width: 1280, height: 900 }, { width: 320, height: 600 }]) {
+    await checks.checkPage(`each control has its turn and shows it, ${viewport.width} pixels`, sample,
+      { viewport }, async (page) => {
+        const expected = await page.evaluate(controls);
+        assert.ok(expected.length > 60, `only ${expected.length} controls`);
+        assert.deepEqual(await walk(page, 'Tab', expected.length), expected);
+        assert.deepEqual(await walk(page, 'Shift+Tab', expected.length - 1), expected.slice(0, -1).reverse());
+      });
+  }
+};
+
+const checkSearch = (checks, { sample }) => checks.checkPage('the keyboard alone filters', sample, {}, async (page) => {
+  const tabUntil = async (isThere) => {
+    for (let i = 0; i < 40 && !(await page.evaluate(isThere)); i += 1) await page.keyboard.press('Tab');
+    assert.ok(await page.evaluate(isThere));
+  };
+  await tabUntil(() => document.activeElement.id === 'query');
+  await page.keyboard.type('LATCH');
+  await settle(page);
+  assert.equal(await statusOf(page), '2 of 20 findings shown');
+  await tabUntil(() => document.activeElement.value === 'warning');
+  for (const count of [0, 2]) {
+    await page.keyboard.press('Space');
+    await settle(page);
+    assert.equal(await statusOf(page), `${count} of 20 findings shown`);
+  }
+});
+
+const checkClear = (checks, { sample }) => checks.checkPage('the keyboard clears the filter', sample, {}, async (page) => {
+  await page.fill('#query', 'no such text');
+  await settle(page);
+  await page.focus('#clear');
+  await page.keyboard.press('Enter');
+  assert.equal(await statusOf(page), '20 of 20 findings shown');
+  await page.keyboard.type('latch');
+  await page.keyboard.press('Escape');
+  await settle(page);
+  assert.equal(await statusOf(page), '20 of 20 findings shown');
+});
+
+const checkFolding = async (checks, { sample }) => {
+  await checks.checkPage('a group folds by keyboard', sample, {}, async (page) => {
+    await page.locator('#violations .fold').first().focus();
+    await page.keyboard.press('Enter');
+    assert.ok(await page.locator('#violation-1').isHidden());
+    await page.keyboard.press('Space');
+    assert.ok(await page.locator('#violation-1').isVisible());
+    await page.focus('#collapse');
+    await page.keyboard.press('Space');
+    assert.equal(await visible(page, '.finding'), 0);
+    await page.focus('#expand');
+    await page.keyboard.press('Enter');
+    assert.equal(await visible(page, '.finding'), 20);
+  });
+  await checks.checkPage('more about a rule opens by keyboard', sample, {}, async (page) => {
+    const details = page.locator('#violations .further').first();
+    await details.locator('summary').focus();
+    await page.keyboard.press('Enter');
+    assert.ok(await details.locator('dl').isVisible());
+  });
+};
+
+const checkSkip = (checks, { sample }) => checks.checkPage('the skip link leads to the findings', sample, {}, async (page) => {
+  await page.keyboard.press('Tab');
+  await page.keyboard.press('Enter');
+  assert.equal(await page.evaluate(() => document.activeElement.id), 'violations');
+});
+
+export const checkKeyboard = async (checks, pages) => {
+  await checkWalk(checks, pages);
+  await checkSearch(checks, pages);
+  await checkClear(checks, pages);
+  await checkFolding(checks, pages);
+  await checkSkip(checks, pages);
+};

@@ -1,0 +1,35 @@
+// Looks at report pages in a browser.
+//
+//   node report_check.mjs FOLDER_FOR_PICTURES
+//
+// Environment: HTML_REPORT and MAKE_RESULTS, the programs that make the pages;
+// VERILATOR and LINT_CLIENT for the demo's page, which is left out without them;
+// CHROMIUM, the browser, /usr/bin/chromium if not set. Needs `npm ci` in tests, and
+// pdftotext. Prints a line per check, and exits with 1 if one fails.
+
+import { checkAppearance } from './appearance.mjs';
+import { picturesFolder } from './arguments.mjs';
+import { launch } from './browser.mjs';
+import { Checks } from './checks.mjs';
+import { checkFiltering } from './filtering.mjs';
+import { checkHostile } from './hostile.mjs';
+import { checkKeyboard } from './keyboard.mjs';
+import { checkOrigins } from './origins.mjs';
+import * as make from './pages.mjs';
+import { checkPaper } from './paper.mjs';
+import { checkPolicy } from './policy.mjs';
+import { checkSummary } from './summary.mjs';
+
+const folder = picturesFolder('report_check.mjs');
+const pages = {
+  sample: make.sample(), clean: make.clean(), empty: make.empty(), flawed: make.flawed(),
+  hostile: make.hostile(), demo: make.demo(),
+};
+const browser = await launch();
+const checks = new Checks(browser, folder);
+for (const check of [checkFiltering, checkKeyboard, checkPaper, checkOrigins, checkPolicy, checkSummary,
+  checkAppearance, checkHostile]) {
+  await check(checks, pages);
+}
+await browser.close();
+process.exitCode = checks.end();
