@@ -197,13 +197,10 @@ class GroupRenderer {
 
 template <typename Findings>
 std::vector<std::string> render(const Findings& findings, GroupRenderer renderer) {
-  std::vector<std::string> blocks;
-  std::size_t number = 0;
-  for (const auto& group : groupedByRule(findings)) {
-    if (number++ % maxBlockLength == 0) {
-      blocks.emplace_back();
-    }
-    blocks.back() += renderer.render(group);
+  const auto groups = groupedByRule(findings);
+  std::vector<std::string> blocks((groups.size() + maxBlockLength - 1) / maxBlockLength);
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    blocks[i / maxBlockLength] += renderer.render(groups[i]);
   }
   return blocks;
 }

@@ -28,6 +28,8 @@ class Links(ProgramTest):
         bad = ["nowhere", "nowhere.md#x", "guide/nowhere.md", "#here", "guide/README.md#twice-2",
                "guide/code.cpp#twice", "#not-this"]
         links = "".join(f"- [text `with code` of\n  two lines]({link})\n" for link in good + bad)
+        links += '<picture><source srcset="guide/code.cpp"><img src="nowhere.png"></picture>\n'
+        bad.append("nowhere.png")
         self.write("a.md", f"# Here it is\n\n```sh\n# Not this\n[a](b)\n```\n`[a](b)`\n\n{links}")
         self.assertEqual(guides.broken_links(self.folder), [("a.md", link) for link in bad])
 

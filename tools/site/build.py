@@ -49,7 +49,8 @@ def plain(fragment):
 
 def rendered(text):
     return subprocess.run(
-        ["cmark-gfm", "--extension", "table", "--extension", "strikethrough", "--extension", "autolink"],
+        ["cmark-gfm", "--unsafe", "--extension", "table", "--extension", "strikethrough",
+         "--extension", "autolink"],
         input=text, capture_output=True, text=True, encoding="utf-8", check=True).stdout
 
 
@@ -111,7 +112,7 @@ class Site:
     def write_guides(self):
         for page, text in self._pages.items():
             body, sections = self._with_anchors(rendered(text))
-            body = with_diagrams_as_text(self._with_links(page, body))
+            body = with_diagrams_as_text(self._with_images(page, self._with_links(page, body)))
             self.write(place_of(page), "guide.html", self._title(page, text), body=Markup(scrollable(body)),
                        sections=sections)
 
@@ -141,6 +142,15 @@ class Site:
             way = os.path.relpath(place, place_of(page).parent) + (f"#{anchor}" if anchor else "")
             return f'<a href="{html.escape(way)}">{content}</a>'
         return re.sub(r'<a href="([^"]*)">(.*?)</a>', link, body, flags=re.DOTALL)
+
+    def _with_images(self, page, body):
+        """The body whose images are those of the site, which gets them."""
+        def image(match):
+            path = pathlib.Path(os.path.normpath(page.parent / html.unescape(match[2])))
+            (self._folder / path).parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(self._root / path, self._folder / path)
+            return f'{match[1]}="{html.escape(os.path.relpath(path, place_of(page).parent))}"'
+        return re.sub(r'\b(src|srcset)="([^"]*)"', image, body)
 
     def _place_of_link(self, target):
         """Where a link to a file or folder leads: a page, a copy of the file, or nowhere."""

@@ -46,9 +46,9 @@ def anchors(text):
 
 
 def links(text):
-    """The targets of a page's links."""
+    """The targets of a page's links, and its images."""
     text = re.sub(r"(`+)(?!`).*?\1", "", without_blocks_of_code(text), flags=re.DOTALL)
-    return re.findall(r"\]\(([^()\s]+)\)", text)
+    return re.findall(r'(?:\]\(|\bsrc(?:set)?=")([^()\s"]+)[)"]', text)
 
 
 def page_at(path):
