@@ -18,20 +18,9 @@ GRPC_LINT_CLIENT = os.environ["GRPC_LINT_CLIENT"]
 SCHEMA = pathlib.Path(os.environ["SCHEMA"])
 SERVICE = "vok.rulecheck.RuleCheckService"
 
-
-def compile_schema():
-    """Makes RuleService_pb2 importable, also in programs that are started."""
-    folder = BUILD_DIR / "messages"
-    folder.mkdir(exist_ok=True)
-    subprocess.run(
-        [os.environ["PROTOC"], f"--proto_path={SCHEMA.parent}", f"--python_out={folder}", SCHEMA],
-        check=True, stderr=subprocess.DEVNULL)
-    os.environ["PYTHONPATH"] += f"{os.pathsep}{folder}"
-    sys.path.append(str(folder))
-
-
-# Several tests may do so at once, always with the same result.
-compile_schema()
+# Also for programs that are started.
+os.environ["PYTHONPATH"] += os.pathsep + os.environ["MESSAGES_DIR"]
+sys.path.append(os.environ["MESSAGES_DIR"])
 
 import grpc  # noqa: E402
 import RuleService_pb2 as protocol  # noqa: E402
