@@ -98,51 +98,47 @@ Reactor* finish(Context* context, const Status& status) {
   return reactor;
 }
 
+Reactor* answerWith(rule_server::Server& server, Context* context, const Bytes& argument,
+                    Bytes* answer, const Method& method) {
+  return finish(context, perform(server, method, argument, answer));
+}
+
 }  // namespace
 
 RuleCheckService::RuleCheckService(rule_server::Server& server, std::function<void()> stop)
     : server_(server), stop_(std::move(stop)) {}
 
 Reactor* RuleCheckService::getVersion(Context* context, const Bytes* argument, Bytes* answer) {
-  return finish(
-      context,
-      perform(server_,
-              {Request::GET_VERSION,
-               [](Request* request) { return request->mutable_get_version()->mutable_msg(); },
-               &Response::mutable_version},
-              *argument, answer));
+  return answerWith(server_, context, *argument, answer,
+                    {Request::GET_VERSION,
+                     [](Request* request) { return request->mutable_get_version()->mutable_msg(); },
+                     &Response::mutable_version});
 }
 
 Reactor* RuleCheckService::exchangeToken(Context* context, const Bytes* argument, Bytes* answer) {
-  return finish(context, perform(server_,
-                                 {Request::EXCHANGE_TOKEN, &Request::mutable_exchange_token,
-                                  &Response::mutable_status},
-                                 *argument, answer));
+  return answerWith(
+      server_, context, *argument, answer,
+      {Request::EXCHANGE_TOKEN, &Request::mutable_exchange_token, &Response::mutable_status});
 }
 
 Reactor* RuleCheckService::loadRuleDataFile(Context* context, const Bytes* argument,
                                             Bytes* answer) {
-  return finish(context, perform(server_,
-                                 {Request::LOAD_RULESPEC_FILE, &Request::mutable_load_rulespec_file,
-                                  &Response::mutable_status},
-                                 *argument, answer));
+  return answerWith(server_, context, *argument, answer,
+                    {Request::LOAD_RULESPEC_FILE, &Request::mutable_load_rulespec_file,
+                     &Response::mutable_status});
 }
 
 Reactor* RuleCheckService::dumpRules(Context* context, const Bytes* argument, Bytes* answer) {
-  return finish(context, perform(server_,
-                                 {Request::DUMP_RULES, &Request::mutable_dump_rules,
-                                  &Response::mutable_status},
-                                 *argument, answer));
+  return answerWith(server_, context, *argument, answer,
+                    {Request::DUMP_RULES, &Request::mutable_dump_rules, &Response::mutable_status});
 }
 
 Reactor* RuleCheckService::upsertRuleSpec(Context* context, const Bytes* argument, Bytes* answer) {
-  return finish(context, perform(server_,
-                                 {Request::UPSERT_RULESPEC,
-                                  [](Request* request) {
-                                    return request->mutable_upsert_rulespec()->mutable_rule_spec();
-                                  },
-                                  &Response::mutable_status},
-                                 *argument, answer));
+  return answerWith(
+      server_, context, *argument, answer,
+      {Request::UPSERT_RULESPEC,
+       [](Request* request) { return request->mutable_upsert_rulespec()->mutable_rule_spec(); },
+       &Response::mutable_status});
 }
 
 Reactor* RuleCheckService::startSession(Context* context, const Bytes* argument, Bytes* answer) {
@@ -155,35 +151,30 @@ Reactor* RuleCheckService::startSession(Context* context, const Bytes* argument,
 }
 
 Reactor* RuleCheckService::getSession(Context* context, const Bytes* argument, Bytes* answer) {
-  return finish(context, perform(server_,
-                                 {Request::GET_SESSION, &Request::mutable_get_session,
-                                  &Response::mutable_session},
-                                 *argument, answer));
+  return answerWith(
+      server_, context, *argument, answer,
+      {Request::GET_SESSION, &Request::mutable_get_session, &Response::mutable_session});
 }
 
 Reactor* RuleCheckService::stopSession(Context* context, const Bytes* argument, Bytes* answer) {
-  return finish(
-      context,
-      perform(server_,
-              {Request::STOP_SESSION,
-               [](Request* request) { return request->mutable_stop_session()->mutable_session(); },
-               &Response::mutable_status},
-              *argument, answer));
+  return answerWith(
+      server_, context, *argument, answer,
+      {Request::STOP_SESSION,
+       [](Request* request) { return request->mutable_stop_session()->mutable_session(); },
+       &Response::mutable_status});
 }
 
 Reactor* RuleCheckService::createAffirmation(Context* context, const Bytes* argument,
                                              Bytes* answer) {
-  return finish(context, perform(server_,
-                                 {Request::CREATE_AFFIRMATION, &Request::mutable_create_affirmation,
-                                  &Response::mutable_affirmation},
-                                 *argument, answer));
+  return answerWith(server_, context, *argument, answer,
+                    {Request::CREATE_AFFIRMATION, &Request::mutable_create_affirmation,
+                     &Response::mutable_affirmation});
 }
 
 Reactor* RuleCheckService::createViolation(Context* context, const Bytes* argument, Bytes* answer) {
-  return finish(context, perform(server_,
-                                 {Request::CREATE_VIOLATION, &Request::mutable_create_violation,
-                                  &Response::mutable_violation},
-                                 *argument, answer));
+  return answerWith(server_, context, *argument, answer,
+                    {Request::CREATE_VIOLATION, &Request::mutable_create_violation,
+                     &Response::mutable_violation});
 }
 
 Reactor* RuleCheckService::getSessionResult(Context* context, const Bytes* argument,
@@ -197,23 +188,19 @@ Reactor* RuleCheckService::getSessionResult(Context* context, const Bytes* argum
 }
 
 Reactor* RuleCheckService::resetSession(Context* context, const Bytes* argument, Bytes* answer) {
-  return finish(
-      context,
-      perform(server_,
-              {Request::RESET_SESSION,
-               [](Request* request) { return request->mutable_reset_session()->mutable_session(); },
-               &Response::mutable_status},
-              *argument, answer));
+  return answerWith(
+      server_, context, *argument, answer,
+      {Request::RESET_SESSION,
+       [](Request* request) { return request->mutable_reset_session()->mutable_session(); },
+       &Response::mutable_status});
 }
 
 Reactor* RuleCheckService::writeReport(Context* context, const Bytes* argument, Bytes* answer) {
-  return finish(
-      context,
-      perform(server_,
-              {Request::WRITE_REPORT,
-               [](Request* request) { return request->mutable_write_report()->mutable_session(); },
-               &Response::mutable_status},
-              *argument, answer));
+  return answerWith(
+      server_, context, *argument, answer,
+      {Request::WRITE_REPORT,
+       [](Request* request) { return request->mutable_write_report()->mutable_session(); },
+       &Response::mutable_status});
 }
 
 Reactor* RuleCheckService::stopServer(Context* context, const Bytes* argument, Bytes* answer) {

@@ -44,7 +44,7 @@ void countScalars() {
 
 void countHtml() {
   const std::string file =
-      "url { scheme: FILE path: '/work/uart/rtl/registers.v' fragment: 'L42' }";
+      "url { scheme: FILE path: '/home/uart/rtl/registers.v' fragment: 'L42' }";
   const std::string member = "ref { type: LOOP id: 12 " + file + " } ";
   const auto link = parse<Arg>("uri { link_text: 'rtl/registers.v:42' " + file + " }");
   const auto reference = parse<Arg>(member);

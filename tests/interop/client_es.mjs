@@ -1,10 +1,10 @@
 // The client of @bufbuild/protobuf. See README.md for what it is asked and what it answers.
 
-import { readFileSync, readSync, writeSync } from 'node:fs';
-import { isDeepStrictEqual } from 'node:util';
+import { writeSync } from 'node:fs';
 import { create, fromBinary, isFieldSet, toBinary } from '@bufbuild/protobuf';
 import { sizeDelimitedEncode, sizeDelimitedPeek } from '@bufbuild/protobuf/wire';
 import * as pb from './RuleService_pb.js';
+import { answerLines, check, readInto } from './streams.mjs';
 
 // Reading and writing
 
@@ -36,11 +36,6 @@ const answer = (line) => {
   const reply =
     operation === 'text' ? text(data) : copy(pb[`${type}Schema`], data, operation === 'copy');
   return reply.trim().replaceAll(/\s+/g, ' ');
-};
-
-const answerLines = () => {
-  const lines = readFileSync(0, 'utf8').split('\n').slice(0, -1);
-  writeSync(1, lines.map((line) => `${answer(line)}\n`).join(''));
 };
 
 // A conversation with a server
@@ -148,15 +143,6 @@ const violationFacts = (response) => {
   ];
 };
 
-const readInto = (buffer) => {
-  for (let at = 0; at < buffer.length; ) {
-    const count = readSync(0, buffer, at, buffer.length - at);
-    if (count === 0) throw new Error('the server closed the connection');
-    at += count;
-  }
-  return buffer;
-};
-
 const received = () => {
   let prefix = Buffer.alloc(0);
   do {
@@ -170,19 +156,12 @@ const ask = (request) => {
   return received();
 };
 
-const converse = () =>
-  [
+if (process.argv[2] === 'converse') {
+  check([
     ...statusFacts(ask(rule())),
     ...sessionFacts(ask(session())),
     ...violationFacts(ask(violation())),
-  ].filter(([, got, expected]) => !isDeepStrictEqual(got, expected));
-
-if (process.argv[2] === 'converse') {
-  const failed = converse();
-  for (const [name, got, expected] of failed) {
-    console.error(`${name}: ${String(got)}, not ${String(expected)}`);
-  }
-  process.exitCode = failed.length > 0 ? 1 : 0;
+  ]);
 } else {
-  answerLines();
+  answerLines(answer);
 }

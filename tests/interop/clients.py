@@ -109,7 +109,8 @@ class JavaScript:
     def build(self, schema, folder):
         (folder / "package.json").write_text('{"type": "module"}', encoding="utf-8")
         (folder / "node_modules").symlink_to(NODE_MODULES)
-        shutil.copy(HERE / self.client, folder)
+        for module in (self.client, "streams.mjs"):
+            shutil.copy(HERE / module, folder)
         self.generate(schema, folder)
         return ["node", folder / self.client, *self.options]
 
