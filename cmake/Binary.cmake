@@ -1,0 +1,76 @@
+# What the compiler and the linker make of vok_rulecheck: what it exports, what
+# loading it costs, how it is hardened. Each option says what happens without it.
+# tests/binary checks the result. Sets, for other targets of the same sources:
+#
+#   vok_generated_options  what the generated source is compiled with
+#   vok_exports            the version script of the shared object
+
+include(cmake/Hardening.cmake)
+include(cmake/PackedRelocations.cmake)
+include(cmake/Warnings.cmake)
+
+# --- Compiling
+
+# Each source that includes <iostream>, as the runtime's headers do, gets an
+# initializer that sets up std::cout. The sources need the stream types only:
+# they get these, and take <iostream> as included already.
+set(vok_no_iostream -include istream -D_GLIBCXX_IOSTREAM)
+
+# -O3 makes the generated code a tenth larger and no faster.
+set(vok_generated_options
+  "-std=gnu++${VOK_PROTOBUF_CXX_STANDARD}" ${vok_no_iostream} $<$<CONFIG:Release>:-O2>)
+
+# Default instances live forever, and their destructors are empty. Clang learns
+# the former from an attribute. GCC would register each destructor with
+# __cxa_atexit, in an initializer. With -fno-use-cxa-atexit it emits one
+# finalizer, which the optimizer removes together with the initializer. Aligned
+# loops and jumps only make the code larger.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  list(APPEND vok_generated_options -fno-use-cxa-atexit -falign-loops=1 -falign-jumps=1)
+endif()
+
+# Without NDEBUG the generated code logs strings that are not UTF-8.
+set_source_files_properties(${vok_generated} PROPERTIES
+  COMPILE_OPTIONS "${vok_generated_options}"
+  COMPILE_DEFINITIONS NDEBUG)
+
+# GCC assumes that snprintf never fails, and drops the code that handles it.
+set_source_files_properties(rendering/Converter.cpp PROPERTIES
+  COMPILE_OPTIONS
+    "${VOK_WARNINGS};${vok_no_iostream};$<$<CXX_COMPILER_ID:GNU>:-fno-printf-return-value>")
+
+# Without -fno-semantic-interposition exported functions are not inlined; without
+# -fno-plt each call of another library's function takes an additional jump.
+target_compile_options(vok_rulecheck PRIVATE -fno-semantic-interposition -fno-plt)
+set_target_properties(vok_rulecheck PROPERTIES
+  POSITION_INDEPENDENT_CODE ON
+  VISIBILITY_INLINES_HIDDEN ON)
+vok_harden(vok_rulecheck)
+
+# --- Linking
+
+# A C++17 program has definitions of its own of the classes' constants, such as
+# Resource::Scheme_MAX. GCC emits them as unique symbols, which clash with those
+# of a static library unless these are weak.
+if(NOT BUILD_SHARED_LIBS)
+  add_custom_command(TARGET vok_rulecheck POST_BUILD
+    COMMAND "${CMAKE_OBJCOPY}" --wildcard "--weaken-symbol=_ZN3vok9rulecheck*E"
+      "$<TARGET_FILE:vok_rulecheck>"
+    VERBATIM)
+  return()
+endif()
+
+set(vok_exports "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+set(vok_interposable "${PROJECT_BINARY_DIR}/interposable.map")
+configure_file(cmake/interposable.map.in "${vok_interposable}" @ONLY)
+set_target_properties(vok_rulecheck PROPERTIES LINK_DEPENDS "${vok_exports};${vok_interposable}")
+
+# nodelete: the runtime keeps pointers into the library. Unmapped, it would leave
+# them dangling; loaded again, it would register the schema twice, which aborts.
+target_link_options(vok_rulecheck PRIVATE
+  "LINKER:--version-script=${vok_exports}" "LINKER:--dynamic-list=${vok_interposable}"
+  $<$<BOOL:${VOK_PACKED_RELOCATIONS}>:LINKER:-z,pack-relative-relocs> LINKER:--gc-sections
+  LINKER:-z,nodelete LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack LINKER:-z,text)
+if(NOT VOK_SANITIZED)  # a sanitizer's runtime is the executable's
+  target_link_options(vok_rulecheck PRIVATE LINKER:-z,defs)
+endif()
