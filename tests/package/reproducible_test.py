@@ -36,7 +36,7 @@ class Reproducible(unittest.TestCase):
     def copy_sources(self, name):
         copy = self.folder / name
         shutil.copytree(SOURCE, copy, ignore=shutil.ignore_patterns(
-            ".git", "build", "out", "node_modules", "corpus"))
+            ".git", "build", "out", "node_modules"))
         return copy
 
     @unittest.skipIf(os.environ["REASON_TO_SKIP"], os.environ["REASON_TO_SKIP"])

@@ -117,7 +117,7 @@ class Fuzz(ProgramTest):
                     f"fuzz: unknown argument {word}, expected 1 to 99999 seconds (see --help)")
 
     def test_too_many_arguments(self):
-        for words in [["1", "2"], ["--minimise", "30"]]:
+        for words in [["1", "2"], ["30", "--nosuch"]]:
             with self.subTest(words):
                 self.assert_refused(
                     self.run_program(FUZZ, *words),
