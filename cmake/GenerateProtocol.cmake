@@ -9,7 +9,7 @@ cmake_path(GET SCHEMA PARENT_PATH schema_dir)
 cmake_path(GET SCHEMA FILENAME schema_name)
 
 execute_process(
-  COMMAND "${PROTOC}" "--proto_path=${schema_dir}" "--cpp_out=${OUTPUT_DIR}" "${schema_name}"
+  COMMAND "${PROTOC}" "--proto_path=${schema_dir}" "--cpp_out=${OUTPUT_DIR}" "${SCHEMA}"
   RESULT_VARIABLE result
   ERROR_VARIABLE remarks)
 

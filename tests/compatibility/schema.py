@@ -29,7 +29,7 @@ def compile_schema(protoc, schema):
     with tempfile.NamedTemporaryFile() as descriptor:
         result = subprocess.run(
             [protoc, f"--proto_path={schema.parent}", f"--descriptor_set_out={descriptor.name}",
-             schema.name], capture_output=True, text=True, check=False)
+             schema], capture_output=True, text=True, check=False)
         if result.returncode != 0:
             raise SchemaError(result.stderr)
         return descriptor.read()
@@ -39,7 +39,7 @@ def read_schema(protoc, descriptor_dir, descriptor_set):
     """The file in a FileDescriptorSet: a dictionary of lists of texts and dictionaries."""
     result = subprocess.run(
         [protoc, f"--proto_path={descriptor_dir}", "--decode=google.protobuf.FileDescriptorSet",
-         "google/protobuf/descriptor.proto"], input=descriptor_set, capture_output=True, check=True)
+         f"{descriptor_dir}/google/protobuf/descriptor.proto"], input=descriptor_set, capture_output=True, check=True)
     return _read_lines(iter(result.stdout.decode().splitlines()))["file"][0]
 
 

@@ -226,7 +226,7 @@ class Schema(PackageTest):
 
     def test_the_installed_schema_gives_the_code_that_the_library_holds(self):
         self.succeed(os.environ["PROTOC"], f"--proto_path={self.SCHEMA_DIR}",
-                     f"--cpp_out={self.build}", "RuleService.proto")
+                     f"--cpp_out={self.build}", self.SCHEMA_DIR / "RuleService.proto")
         for name in ("RuleService.pb.h", "RuleService.pb.cc"):
             self.assertEqual((self.build / name).read_bytes(),
                              (pathlib.Path(os.environ["GENERATED_DIR"]) / name).read_bytes(), name)

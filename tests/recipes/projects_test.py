@@ -83,7 +83,7 @@ class Decode(ProjectTest):
     def test_prints_what_the_page_says(self):
         body = subprocess.run(
             [os.environ["PROTOC"], "-I", PREFIX / "share/vok/rulecheck",
-             "--encode=vok.rulecheck.Request", "RuleService.proto"],
+             "--encode=vok.rulecheck.Request", PREFIX / "share/vok/rulecheck/RuleService.proto"],
             input=(RECIPES / "request.txtpb").read_bytes(), capture_output=True, check=True).stdout
         (self.work / "stream").write_bytes(bytes([len(body)]) + body)
         self.assertEqual(self.run_script("decode.sh"), (RECIPES / "decode.txt").read_text())
@@ -91,7 +91,7 @@ class Decode(ProjectTest):
     def test_malformed_bytes_are_refused(self):
         ended = subprocess.run(
             [os.environ["PROTOC"], "-I", PREFIX / "share/vok/rulecheck",
-             "--decode=vok.rulecheck.Request", "RuleService.proto"],
+             "--decode=vok.rulecheck.Request", PREFIX / "share/vok/rulecheck/RuleService.proto"],
             input=b"\x08", capture_output=True, check=False)
         self.assertEqual(ended.returncode, 1)
         self.assertIn(b"Failed to parse input.", ended.stderr)
