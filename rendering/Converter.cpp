@@ -139,8 +139,10 @@ std::string_view fixedByMillionths(double number, NumberBuffer& buffer) {
 
 std::string_view fixedByPrintf(double number, NumberBuffer& buffer) {
   const int length = std::snprintf(buffer, sizeof buffer, "%f", number);
-  if (length < 0) {
-    throw std::bad_alloc();  // the only way in which "%f" can fail
+  // Negative for lack of memory, too great where a malformed locale's decimal point is
+  // longer than MB_LEN_MAX and the text was cut.
+  if (static_cast<std::size_t>(length) >= sizeof buffer) {
+    throw std::bad_alloc();
   }
   return textUntil(buffer + length, buffer);
 }

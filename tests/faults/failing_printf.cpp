@@ -11,8 +11,20 @@ constexpr int never = -1;
 
 int beforeFailure = never;
 bool failed = false;
+int longWidth = 0;
+
+int printWide(char* text, std::size_t size, const char* format, ...) {
+  std::va_list values;
+  va_start(values, format);
+  const int length = std::vsnprintf(text, size, format, values);
+  va_end(values);
+  return length;
+}
 
 int print(char* text, std::size_t size, const char* format, std::va_list values) {
+  if (longWidth > 0) {
+    return printWide(text, size, "%0*d", longWidth, 0);
+  }
   if (beforeFailure == 0) {
     beforeFailure = never;
     failed = true;
@@ -63,6 +75,14 @@ FailingPrintf::~FailingPrintf() {
 
 bool FailingPrintf::failed() const {
   return ::failed;
+}
+
+LongPrintf::LongPrintf(int width) {
+  longWidth = width;
+}
+
+LongPrintf::~LongPrintf() {
+  longWidth = 0;
 }
 
 }  // namespace tests

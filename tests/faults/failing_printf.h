@@ -1,4 +1,5 @@
-// Replaces the C library's snprintf by one that can be made to fail.
+// Replaces the C library's snprintf by one that can be made to fail, or to give a text
+// of any length.
 
 #ifndef VOK_TESTS_FAULTS_FAILING_PRINTF_H_
 #define VOK_TESTS_FAULTS_FAILING_PRINTF_H_
@@ -16,6 +17,16 @@ class FailingPrintf {
 
   // Whether there was a call of that number.
   bool failed() const;
+};
+
+// In a scope, each call of snprintf gives a text of that many zeros, cut off where its
+// buffer ends, as with a locale whose decimal point is very long.
+class LongPrintf {
+ public:
+  explicit LongPrintf(int width);
+  ~LongPrintf();
+  LongPrintf(const LongPrintf&) = delete;
+  LongPrintf& operator=(const LongPrintf&) = delete;
 };
 
 }  // namespace tests

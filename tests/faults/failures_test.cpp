@@ -2,13 +2,16 @@
 // out, never a text that is cut, and nothing is leaked or changed.
 
 #include <gtest/gtest.h>
+#include <vok/rulecheck/Converter.h>
 
 #include <cfenv>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 #include <optional>
+#include <string>
 
 #include "allocations.h"
 #include "calls.h"
@@ -128,6 +131,22 @@ TEST(Failures, OfEachCallOfPrintfComeOut) {
     for (const Call& call : tests::callsWithDoubles()) {
       EXPECT_EQ(failEach<FailingPrintf>(call) > 0, needsPrintf) << call.name;
     }
+  }
+}
+
+// The longest text that has room is that of -DBL_MAX with a decimal point of
+// MB_LEN_MAX bytes.
+TEST(Failures, OfALocaleWhoseDecimalPointIsTooLong) {
+  constexpr int longest = 316 + MB_LEN_MAX;
+  const tests::RoundingMode mode(FE_UPWARD);
+  const auto scalar = tests::parse<vok::rulecheck::Scalar>("double_val: 1.5");
+  const Call call = {"", nullptr, [&] { return vok::rulecheck::Converter::toString(scalar); }};
+  for (const int width : {1, 317, longest, longest + 1, longest + 2, longest + 44, 1000000}) {
+    const tests::LongPrintf scope(width);
+    const auto text = width > longest
+                          ? std::nullopt
+                          : std::optional(std::string(static_cast<std::size_t>(width), '0'));
+    EXPECT_EQ(render(call), text) << width;
   }
 }
 
