@@ -11,6 +11,7 @@ development=$2
 cd "$(dirname "$0")"
 mkdir said
 export DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8
+unset CMAKE_CXX_COMPILER_LAUNCHER  # it may be ccache, which this system does not have
 
 install() {
   apt-get install --yes --quiet --no-install-recommends "$@"
