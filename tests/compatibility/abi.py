@@ -40,19 +40,19 @@ def soname(interface):
     return re.search(r"<abi-corpus [^>]*soname='([^']+)'", interface)[1]
 
 
-def breaking_changes(released, present):
-    """What programs of the release rely on and is changed or gone, as a report, or "".
+def breaking_changes(baseline, present):
+    """What programs of the baseline rely on and is changed or gone, as a report, or "".
 
     Programs never load a library with another soname, so that one breaks none.
     """
-    if soname(released) != soname(present):
+    if soname(baseline) != soname(present):
         return ""
     with tempfile.TemporaryDirectory() as folder:
-        files = {"released.abi": released, "present.abi": present, "suppressions": SUPPRESSIONS}
+        files = {"baseline.abi": baseline, "present.abi": present, "suppressions": SUPPRESSIONS}
         for name, text in files.items():
             pathlib.Path(folder, name).write_text(text, encoding="utf-8")
         return _run("abidiff", "--leaf-changes-only", "--no-added-syms", "--suppressions",
-                    "suppressions", "released.abi", "present.abi", folder=folder, changed=4)
+                    "suppressions", "baseline.abi", "present.abi", folder=folder, changed=4)
 
 
 def _run(*command, folder=None, changed=0):

@@ -1,4 +1,4 @@
-"""The shared object against the released one: what breaks linked programs is found."""
+"""The shared object against the baseline: what breaks linked programs is found."""
 
 import lzma
 import os
@@ -10,13 +10,13 @@ import unittest
 
 import abi
 
-RELEASED = next(pathlib.Path(__file__).resolve().parent.glob("released-*.abi.xz"))
+BASELINE = next(pathlib.Path(__file__).resolve().parent.glob("baseline-*.abi.xz"))
 SOURCE = pathlib.Path(os.environ["SOURCE"])
 SCHEMA = pathlib.Path(os.environ["SCHEMA"]).relative_to(SOURCE)
 OPTIONS = os.environ["OPTIONS"].split("|")
 REASON_TO_SKIP = os.environ["REASON_TO_SKIP"]
 
-# What is changed, the texts of the released interface that are replaced for it,
+# What is changed, the texts of the baseline that are replaced for it,
 # and what must be said of it.
 BREAKING = [
     ("a function is gone",
@@ -50,7 +50,7 @@ def edited(text, edits):
 class Abi(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.released = lzma.decompress(RELEASED.read_bytes()).decode()
+        cls.baseline = lzma.decompress(BASELINE.read_bytes()).decode()
         folder = tempfile.TemporaryDirectory(prefix="abi test ")
         cls.addClassCleanup(folder.cleanup)
         cls.copy, cls.build = pathlib.Path(folder.name, "source"), pathlib.Path(folder.name, "build")
@@ -68,10 +68,10 @@ class Abi(unittest.TestCase):
         self.addCleanup((self.copy / path).write_text, before, encoding="utf-8")
         (self.copy / path).write_text(edited(before, edits), encoding="utf-8")
 
-    def test_nothing_that_was_released_is_broken(self):
-        changes = abi.breaking_changes(self.released, self.present)
+    def test_nothing_breaks_the_baseline(self):
+        changes = abi.breaking_changes(self.baseline, self.present)
         if changes:
-            self.fail("programs that were linked to the released library would break; undo the change,"
+            self.fail("programs that were linked to the baseline's library would break; undo the change,"
                       " or raise VOK_RULECHECK_ABI in CMakeLists.txt:\n" + changes)
 
     def test_a_function_may_be_added(self):
@@ -85,22 +85,22 @@ class Abi(unittest.TestCase):
             "std::string Converter::toHtml(const Arg& arg) {"})
         present = self.dump()
         self.assertIn("Converter6toHtmlB5cxx11ERKNS0_5LinksE", present)
-        self.assertEqual(abi.breaking_changes(self.released, present), "")
+        self.assertEqual(abi.breaking_changes(self.baseline, present), "")
 
     def test_breaking_changes_are_said(self):
         for what, edits, sentence in BREAKING:
             with self.subTest(what):
                 self.assertIn(sentence,
-                              abi.breaking_changes(self.released, edited(self.released, edits)))
+                              abi.breaking_changes(self.baseline, edited(self.baseline, edits)))
 
     def test_programs_do_not_survive_a_new_field_but_under_another_soname(self):
         self.edit(SCHEMA, {"optional string docgen_filename = 3;":
                            "optional string docgen_filename = 3; optional int32 line = 4;"})
         present = self.dump()
         self.assertIn("type size changed from 384 to 448",
-                      abi.breaking_changes(self.released, present))
+                      abi.breaking_changes(self.baseline, present))
         renamed = edited(present, {"soname='libvok_rulecheck.so.1'": "soname='libvok_rulecheck.so.2'"})
-        self.assertEqual(abi.breaking_changes(self.released, renamed), "")
+        self.assertEqual(abi.breaking_changes(self.baseline, renamed), "")
 
 
 if __name__ == "__main__":
