@@ -18,6 +18,8 @@ struct EnumCase {
   const char* name;
   bool (*isValid)(int);
   const google::protobuf::EnumDescriptor* (*descriptor)();
+  std::string (*nameOf)(int);
+  int (*parse)(const std::string&);  // -1 if that is refused
   std::set<int> valid;
   int min;
   int max;
@@ -32,27 +34,31 @@ std::set<int> range(int first, int last) {
   return numbers;
 }
 
+#define VOK_NAMES(Enum, nameOf, parse)                                       \
+  [](int number) { return std::string(nameOf(static_cast<Enum>(number))); }, \
+      [](const std::string& name) {                                          \
+        Enum value{};                                                        \
+        return parse(name, &value) ? static_cast<int>(value) : -1;           \
+      }
+#define VOK_NESTED(Outer, Inner, numbers)                                            \
+  {                                                                                  \
+#Outer "." #Inner, Outer##_##Inner##_IsValid, Outer##_##Inner##_descriptor,      \
+        VOK_NAMES(Outer::Inner, Outer::Inner##_Name, Outer::Inner##_Parse), numbers, \
+        Outer##_##Inner##_##Inner##_MIN, Outer##_##Inner##_##Inner##_MAX,            \
+        Outer##_##Inner##_##Inner##_ARRAYSIZE                                        \
+  }
+
 const EnumCase enumCases[] = {
-    {"Resource.Scheme", Resource_Scheme_IsValid, Resource_Scheme_descriptor, range(0, 6),
-     Resource_Scheme_Scheme_MIN, Resource_Scheme_Scheme_MAX, Resource_Scheme_Scheme_ARRAYSIZE},
-    {"Reference.RefType", Reference_RefType_IsValid, Reference_RefType_descriptor, range(0, 28),
-     Reference_RefType_RefType_MIN, Reference_RefType_RefType_MAX,
-     Reference_RefType_RefType_ARRAYSIZE},
-    {"Violation.Severity", Violation_Severity_IsValid, Violation_Severity_descriptor, range(0, 5),
-     Violation_Severity_Severity_MIN, Violation_Severity_Severity_MAX,
-     Violation_Severity_Severity_ARRAYSIZE},
-    {"RuleSpec.Disposition", RuleSpec_Disposition_IsValid, RuleSpec_Disposition_descriptor,
-     range(0, 6), RuleSpec_Disposition_Disposition_MIN, RuleSpec_Disposition_Disposition_MAX,
-     RuleSpec_Disposition_Disposition_ARRAYSIZE},
-    {"Request.RequestType", Request_RequestType_IsValid, Request_RequestType_descriptor,
-     range(1, 15), Request_RequestType_RequestType_MIN, Request_RequestType_RequestType_MAX,
-     Request_RequestType_RequestType_ARRAYSIZE},
-    {"Response.ResponseType", Response_ResponseType_IsValid, Response_ResponseType_descriptor,
-     range(0, 6), Response_ResponseType_ResponseType_MIN, Response_ResponseType_ResponseType_MAX,
-     Response_ResponseType_ResponseType_ARRAYSIZE},
+    VOK_NESTED(Resource, Scheme, range(0, 6)),
+    VOK_NESTED(Reference, RefType, range(0, 28)),
+    VOK_NESTED(Violation, Severity, range(0, 5)),
+    VOK_NESTED(RuleSpec, Disposition, range(0, 6)),
+    VOK_NESTED(Request, RequestType, range(1, 15)),
+    VOK_NESTED(Response, ResponseType, range(0, 6)),
     {"ActualVersion",
      ActualVersion_IsValid,
      ActualVersion_descriptor,
+     VOK_NAMES(ActualVersion, ActualVersion_Name, ActualVersion_Parse),
      {0, 1, 4},
      ActualVersion_MIN,
      ActualVersion_MAX,
@@ -167,15 +173,28 @@ TEST(Enums, ReferenceKindsAreNumberedInTheByteOrderOfTheirNames) {
 }
 
 TEST(Enums, NamesAndNumbersTranslateBothWays) {
-  for (int number = 0; number <= 28; ++number) {
-    const auto type = static_cast<Reference::RefType>(number);
-    Reference::RefType parsed = Reference::ARRAY;
-    EXPECT_TRUE(Reference::RefType_Parse(std::string(Reference::RefType_Name(type)), &parsed));
-    EXPECT_EQ(parsed, type);
+  for (const EnumCase& c : enumCases) {
+    for (int number = 0; number < 32; ++number) {
+      const auto* value = c.descriptor()->FindValueByNumber(number);
+      EXPECT_EQ(c.nameOf(number), value == nullptr ? "" : std::string(value->name()))
+          << c.name << " " << number;
+      EXPECT_EQ(c.parse(c.nameOf(number)), value == nullptr ? -1 : number)
+          << c.name << " " << number;
+    }
   }
-  EXPECT_EQ(std::string(Violation::Severity_Name(Violation::SEV_CRITICAL_WARNING)),
-            "SEV_CRITICAL_WARNING");
-  EXPECT_EQ(std::string(ActualVersion_Name(MINOR)), "MINOR");
+}
+
+// The setters are inline, so it is the program's NDEBUG that counts.
+TEST(Enums, SettersStoreAnUnlistedNumberOrAbort) {
+  Resource resource;
+  const auto unlisted = static_cast<Resource_Scheme>(7);
+#ifdef NDEBUG
+  resource.set_scheme(unlisted);
+  EXPECT_TRUE(resource.has_scheme());
+  EXPECT_EQ(static_cast<int>(resource.scheme()), 7);
+#else
+  EXPECT_DEATH(resource.set_scheme(unlisted), "IsValid");
+#endif
 }
 
 TEST(Enums, ParsingANameThatIsNotListedFails) {

@@ -167,6 +167,13 @@ const InitializationCase initializationCases[] = {
      "session { name: 'n' } specs_violated { hashmap { key: 'k' value { key: 'k' } } }", false},
     {"SessionResult",
      "session { name: 'n' } specs_affirmed { hashmap { key: 'k' value { key: 'k' } } }", false},
+    {"SessionResult",
+     "violation_count: 1 violations { hashmap { key: 1 value { id: 1 severity: SEV_ERROR } } } "
+     "waived_violations { hashmap { key: 2 value { id: 2 severity: SEV_ERROR } } } "
+     "affirmations { hashmap { key: 3 value { id: 3 } } } "
+     "specs_violated { hashmap { key: 'k' value { key: 'k' full_name: 'n' } } } "
+     "specs_affirmed { hashmap { key: 'l' value { key: 'l' full_name: 'n' } } }",
+     false},
 
     {"Version", "", false},
     {"Version", "major: 1 minor: 4", false},
@@ -292,6 +299,19 @@ const InitializationCase initializationCases[] = {
     {"Response", "type: SESSION session { }", false},
     {"Response", "type: SESSION_RESULT session_result { session { name: 'n' } }", true},
     {"Response", "type: SESSION_RESULT session_result { }", false},
+    {"Response",
+     "type: SESSION_RESULT session_result { session { name: 'n' } specs_violated { hashmap { "
+     "key: 'k' value { key: 'k' full_name: 'n' description { scheme: FILE } } } } }",
+     true},
+    {"Response",
+     "type: SESSION_RESULT session_result { session { name: 'n' } specs_violated { hashmap { "
+     "key: 'k' value { key: 'k' full_name: 'n' description { } } } } }",
+     false},
+    {"Response",
+     "type: SESSION_RESULT session_result { session { name: 'n' } affirmations { hashmap { "
+     "key: 1 value { id: 1 details { text: 't' args { arg { refs { ref { type: PORT url { } } } "
+     "} } } } } } }",
+     false},
     {"Response", "type: VERSION version { major: 1 minor: 4 patch: 0 }", true},
     {"Response", "type: VERSION version { major: 1 minor: 4 }", false},
     {"Response", "type: VIOLATION violation { id: 1 severity: SEV_ERROR }", true},

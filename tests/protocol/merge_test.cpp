@@ -69,6 +69,25 @@ const MergeCase mergeCases[] = {
      "session { name: 'm' uuid: 'u' } violation_count: 1 "
      "violations { hashmap { key: 1 value { id: 1 severity: SEV_FATAL } } "
      "hashmap { key: 2 value { id: 2 severity: SEV_ERROR } } }"},
+    {"every map of a session result merges by key", "SessionResult",
+     "violations { hashmap { key: 1 value { id: 1 rule_key: 'a' } } } "
+     "waived_violations { hashmap { key: 1 value { id: 1 rule_key: 'a' } } } "
+     "affirmations { hashmap { key: 1 value { id: 1 rule_key: 'a' } } } "
+     "specs_violated { hashmap { key: 'k' value { key: 'k' owner: 'o' } } } "
+     "specs_affirmed { hashmap { key: 'k' value { key: 'k' owner: 'o' } } }",
+     "violations { hashmap { key: 1 value { id: 2 } } hashmap { key: 3 value { } } } "
+     "waived_violations { hashmap { key: 1 value { id: 3 } } hashmap { key: 4 value { } } } "
+     "affirmations { hashmap { key: 1 value { id: 4 } } hashmap { key: 5 value { } } } "
+     "specs_violated { hashmap { key: 'k' value { key: 'l' } } hashmap { key: 'm' value { } } } "
+     "specs_affirmed { hashmap { key: 'k' value { key: 'n' } } hashmap { key: 'o' value { } } }",
+     "violations { hashmap { key: 1 value { id: 2 } } hashmap { key: 3 value { } } } "
+     "waived_violations { hashmap { key: 1 value { id: 3 } } hashmap { key: 4 value { } } } "
+     "affirmations { hashmap { key: 1 value { id: 4 } } hashmap { key: 5 value { } } } "
+     "specs_violated { hashmap { key: 'k' value { key: 'l' } } hashmap { key: 'm' value { } } } "
+     "specs_affirmed { hashmap { key: 'k' value { key: 'n' } } hashmap { key: 'o' value { } } }"},
+    {"severity and disposition of a rule specification are overwritten", "RuleSpec",
+     "severity: SEV_ERROR disposition: READONLY", "severity: SEV_FATAL disposition: ENABLED",
+     "severity: SEV_FATAL disposition: ENABLED"},
     {"the bodies of an envelope combine", "Request",
      "type: CREATE_VIOLATION create_violation { rule_key: 'k' }",
      "create_violation { session_uuid: 'u' } get_version { }",

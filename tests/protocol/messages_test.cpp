@@ -100,19 +100,6 @@ TEST(Messages, CreatedForAnArenaBelongToIt) {
   arena.Reset();  // a leak checker sees whether the strings went too
 }
 
-TEST(Messages, AreTheSameAfterSelfAssignmentSelfSwapAndSelfCopy) {
-  auto violation =
-      tests::parse<Violation>("id: 7 severity: SEV_ERROR categories { key: 1 value: 'c' }");
-  const std::string before = tests::bytesOf(violation);
-  violation.CopyFrom(violation);
-  EXPECT_EQ(tests::bytesOf(violation), before);
-  violation.Swap(&violation);
-  EXPECT_EQ(tests::bytesOf(violation), before);
-  const Violation& alias = violation;
-  violation = alias;
-  EXPECT_EQ(tests::bytesOf(violation), before);
-}
-
 TEST(Messages, ExchangeFieldsPresenceAndUnknownFieldsWhenSwapped) {
   Reference a;
   ASSERT_TRUE(a.ParsePartialFromString(tests::fromHex("08 1d 12 01 61")));  // type 29, name "a"
@@ -131,15 +118,6 @@ TEST(Messages, CopiesAreDeepAndIndependent) {
   copy.mutable_session()->set_name("changed");
   EXPECT_EQ(original.violations().hashmap().at(3).rule_key(), "");
   EXPECT_EQ(original.session().name(), "n");
-}
-
-TEST(Messages, CopiedThroughTheBaseClassAreEqual) {
-  const auto original = tests::parse<Arg>("scalar { int_val: 3 } string_val: 's'");
-  Arg copy;
-  copy.CopyFrom(static_cast<const Message&>(original));
-  EXPECT_EQ(tests::bytesOf(copy), tests::bytesOf(original));
-  copy.MergeFrom(static_cast<const Message&>(original));
-  EXPECT_EQ(tests::bytesOf(copy), tests::bytesOf(original));
 }
 
 TEST(Presence, IsNotContent) {
@@ -243,32 +221,6 @@ TEST(Clear, DropsUnknownFields) {
   ASSERT_TRUE(reference.ParsePartialFromString(tests::fromHex("08 1d")));
   reference.Clear();
   EXPECT_EQ(tests::bytesOf(reference), "");
-}
-
-TEST(FieldNumbers, AreConstantsOfTheClass) {
-  struct Row {
-    const char* name;
-    int constant;
-    int number;
-  };
-  const Row rows[] = {
-      {"Resource media_type", Resource::kMediaTypeFieldNumber, 7},
-      {"Link docgen_filename", Link::kDocgenFilenameFieldNumber, 3},
-      {"Arg string_val", Arg::kStringValFieldNumber, 6},
-      {"Violation id", Violation::kIdFieldNumber, 1},
-      {"Violation severity", Violation::kSeverityFieldNumber, 2},
-      {"Violation rule_key", Violation::kRuleKeyFieldNumber, 3},
-      {"Affirmation rule_key", Affirmation::kRuleKeyFieldNumber, 2},
-      {"CreateViolation severity", CreateViolation::kSeverityFieldNumber, 7},
-      {"RuleSpec dynamic_categories", RuleSpec::kDynamicCategoriesFieldNumber, 19},
-      {"Session report_file", Session::kReportFileFieldNumber, 5},
-      {"StartSession report_file", StartSession::kReportFileFieldNumber, 6},
-      {"Request dump_rules", Request::kDumpRulesFieldNumber, 15},
-      {"Response violation", Response::kViolationFieldNumber, 8},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(row.constant, row.number) << row.name;
-  }
 }
 
 TEST(Envelope, BodiesOfRequestsAreOneAboveTheirTypes) {
