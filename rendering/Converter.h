@@ -21,25 +21,31 @@
 //   2. replace & < > " ' in every string of the copy by character references,
 //      the strings inside resources included, and
 //   3. drop or rewrite resources whose scheme the page must not link to
-//      (Resource::FTP, IRC, MAILTO and unlisted schemes have no prefix, so that
-//      their host begins the address: a host "javascript:..." is a script),
+//      (Resource::FTP, IRC, MAILTO and unlisted schemes have no prefix, so their
+//      host begins the address: a host "javascript:..." is a script),
 // and render the copy. examples/html_report does exactly that.
 //
 // Rules that hold for every function:
 //   * A field counts as set when its presence test says so, never by content: a
 //     string set to "" and a number set to 0 are set. Unset fields are skipped.
 //   * Every input is accepted, incomplete messages and unlisted enum numbers
-//     included. Errors: none, except that std::bad_alloc and std::length_error
-//     of the string library pass through; nothing is leaked or changed then.
+//     included. Parsing never stores an unlisted number, so a message holds one
+//     only if a program has set it, and generated setters assert that the number
+//     is listed: resource.set_scheme(static_cast<Resource_Scheme>(7)) aborts in
+//     a program compiled without NDEBUG and stores 7 in one compiled with it.
+//   * Errors: none, except that std::bad_alloc and std::length_error of the
+//     string library pass through; nothing is leaked or changed then.
 //   * Strings are copied by length, byte for byte, zero bytes included.
 //   * Integers are plain decimal digits under every locale. Doubles are what
 //     printf's "%f" gives in the calling thread at the moment of the call: six
-//     digits after the decimal point of the numeric locale (setlocale and
-//     uselocale), rounded in the rounding mode in force.
+//     digits after the decimal point of the current numeric locale (setlocale
+//     and uselocale), rounded in the current rounding mode.
 //   * A call allocates memory at most once, and not at all where the result fits
 //     into a string object itself (15 bytes with libstdc++).
 //   * No function keeps state. Any number of threads may call any of them at
-//     once, also on one message, as long as nobody modifies that message.
+//     once, even on one message, provided that meanwhile no thread modifies that
+//     message and, if the message holds a double, none calls setlocale: POSIX
+//     leaves that undefined. Threads may call uselocale at any time.
 
 #ifndef VOK_RULECHECK_CONVERTER_H_
 #define VOK_RULECHECK_CONVERTER_H_
@@ -51,8 +57,7 @@
 namespace vok {
 namespace rulecheck {
 
-// All functions are static. What holds for each of them stands at the head of
-// this file.
+// All functions are static. The rules at the top of this file hold for each.
 class Converter {
  public:
   // Returns the display word of a scheme: "data", "file", "ftp", "http",
@@ -102,11 +107,11 @@ class Converter {
 
   // Returns the address of a resource: its scheme's prefix ("data:", "file://",
   // "http://", "https://", none for any other scheme) and then
-  //   for DATA: media_type, ";" encoding, "," data, each if set; the ";" stands
-  //     only between a media type and an encoding;
+  //   for DATA: media_type, ";" encoding, "," data, each if set; the ";" is
+  //     written only between a media type and an encoding;
   //   for any other scheme: host, ":" port, path (with a "/" put before it if it
   //     has none), "?" query, "#" fragment, each if set; an empty path writes
-  //     nothing, and a port is written also when it is 0 or the scheme's own.
+  //     nothing, and a port is written even if it is 0 or the scheme's default.
   // Scheme unset: "", whatever else is set.
   //
   //   {scheme: HTTP, host: "h", port: 80, path: "x"}   "http://h:80/x"
