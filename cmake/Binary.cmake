@@ -6,7 +6,7 @@
 #   vok_exports            the version script of the shared object
 
 include(cmake/Hardening.cmake)
-include(cmake/PackedRelocations.cmake)
+include(cmake/Linker.cmake)
 include(cmake/Warnings.cmake)
 
 # --- Compiling
@@ -68,7 +68,8 @@ set_target_properties(vok_rulecheck PROPERTIES LINK_DEPENDS "${vok_exports};${vo
 # nodelete: the runtime keeps pointers into the library. Unmapped, it would leave
 # them dangling; loaded again, it would register the schema twice, which aborts.
 target_link_options(vok_rulecheck PRIVATE
-  "LINKER:--version-script=${vok_exports}" "LINKER:--dynamic-list=${vok_interposable}"
+  "LINKER:--version-script=${vok_exports}"
+  $<$<BOOL:${VOK_DYNAMIC_LIST}>:LINKER:--dynamic-list=${vok_interposable}>
   $<$<BOOL:${VOK_PACKED_RELOCATIONS}>:LINKER:-z,pack-relative-relocs> LINKER:--gc-sections
   LINKER:-z,nodelete LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack LINKER:-z,text)
 if(NOT VOK_SANITIZED)  # a sanitizer's runtime is the executable's

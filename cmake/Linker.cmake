@@ -1,0 +1,52 @@
+# What the linker does with an option, seen in a shared library that it links:
+# some linkers warn and go on, or do something else.
+
+# vok_check_linker(VARIABLE PATTERN OPTION...): whether the linker takes the
+# options, and what readelf says of the library then matches the pattern.
+function(vok_check_linker variable pattern)
+  if(DEFINED ${variable})
+    return()
+  endif()
+  set(CMAKE_EXE_LINKER_FLAGS "${CMAKE_SHARED_LINKER_FLAGS}")
+  set(library "${CMAKE_CURRENT_BINARY_DIR}/CMakeFiles/vok_linked.so")
+  set(source [[
+#include <stdlib.h>
+#define EXPORTED extern "C" __attribute__((visibility("default")))
+static void function() { abort(); }
+EXPORTED int vok_datum;
+EXPORTED int* vok_pointer;
+EXPORTED void (*vok_function)();
+int vok_datum = 1;
+int* vok_pointer = &vok_datum;
+void (*vok_function)() = function;
+]])
+  try_compile(linked
+    SOURCE_FROM_VAR linked.cpp source
+    COMPILE_DEFINITIONS -fPIC
+    LINK_OPTIONS -shared ${ARGN}
+    COPY_FILE "${library}")
+  set(works OFF)
+  if(linked)
+    execute_process(COMMAND "${CMAKE_READELF}" -rdVW "${library}"
+      OUTPUT_VARIABLE description COMMAND_ERROR_IS_FATAL ANY)
+    if(description MATCHES "${pattern}")
+      set(works ON)
+    endif()
+  endif()
+  message(STATUS "${variable}: ${works}")
+  set(${variable} ${works} CACHE BOOL "Link with ${ARGN}")
+  mark_as_advanced(${variable})
+endfunction()
+
+# Whether the linker packs relocations, from 24 bytes each to little more than a
+# bit, and makes the library ask for a loader that can read them. mold 1.10 leaves
+# the latter out: an older loader crashes, and a newer one refuses the library.
+vok_check_linker(VOK_PACKED_RELOCATIONS "\\(RELR\\).*GLIBC_ABI_DT_RELR"
+  LINKER:-z,pack-relative-relocs)
+
+# Whether a program's definition replaces the library's of what is on the list.
+# mold 1.10 binds what is on it to the library: a program that has copies of
+# default instances would get others than the library.
+set(vok_list "${CMAKE_CURRENT_BINARY_DIR}/CMakeFiles/vok_datum.map")
+file(WRITE "${vok_list}" "{ vok_datum; };\n")
+vok_check_linker(VOK_DYNAMIC_LIST "vok_datum" -Xlinker "--dynamic-list=${vok_list}")
