@@ -23,7 +23,7 @@
   grpc_packages=(libgrpc++-dev openssl protobuf-compiler-grpc python3-grpcio)
   debian_packages=(build-essential debhelper dpkg-dev python3)
   debian_test_packages=(lintian mmdebstrap pkg-config)
-  docs_packages=(cmark-gfm doxygen protobuf-compiler python3-jinja2 python3-protobuf)
+  docs_packages=(mkdocs mkdocs-material mscgen protobuf-compiler python3-protobuf)
   recipe_packages=(make meson pkg-config)
 }
 

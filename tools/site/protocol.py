@@ -1,130 +1,96 @@
-"""The reference of the protocol, from the schema's descriptor and its comments."""
+"""Prints the reference of the protocol as Markdown.
 
+usage: protocol.py < DESCRIPTOR_SET
+
+The descriptor set has one file, with its comments.
+"""
+
+import html
 import re
+import sys
 
 from google.protobuf import descriptor_pb2
-from markupsafe import Markup, escape
 
-FieldDescriptor = descriptor_pb2.FieldDescriptorProto
-LABELS = {FieldDescriptor.LABEL_OPTIONAL: "optional", FieldDescriptor.LABEL_REQUIRED: "required",
-          FieldDescriptor.LABEL_REPEATED: "repeated"}
+Field = descriptor_pb2.FieldDescriptorProto
+# The numbers of fields of descriptor.proto, of which the path of a declaration consists.
+MESSAGE, ENUM, SERVICE = 4, 5, 6
+FIELD, ENUM_IN_MESSAGE, VALUE, METHOD = 2, 4, 2, 2
 
-# The numbers of the fields of descriptor.proto that make up a declaration's path.
-PACKAGE, MESSAGE, ENUM, SERVICE = 2, 4, 5, 6
-FIELD_OF_MESSAGE, ENUM_OF_MESSAGE = 2, 4
-VALUE_OF_ENUM, METHOD_OF_SERVICE = 2, 2
+schema, = descriptor_pb2.FileDescriptorSet.FromString(sys.stdin.buffer.read()).file
+comments = {tuple(location.path): location.leading_comments
+            for location in schema.source_code_info.location}
 
 
-class Schema:
-    """The declarations of one file, each with an anchor: its name without the package."""
+def text(path):
+    """A comment as HTML, without what Markdown would read as markup."""
+    paragraphs = re.sub(r"^ ", "", html.escape(comments[path], quote=False), flags=re.MULTILINE).strip().split("\n\n")
+    parts = [re.split(r"\n? +\* ", paragraph) for paragraph in paragraphs]
+    shown = "<br><br>".join(
+        first + ("<ul>" + "".join(f"<li>{item}</li>" for item in items) + "</ul>" if items else "")
+        for first, *items in parts)
+    return re.sub(r"[|*_`\[\]]", lambda found: f"&#{ord(found[0])};", shown.replace("\n", " "))
 
-    def __init__(self, serialized):
-        descriptors = descriptor_pb2.FileDescriptorSet.FromString(serialized)
-        self._file, = descriptors.file
-        self._locations = {tuple(location.path): location
-                           for location in self._file.source_code_info.location}
-        self._anchors = {}
-        self._users = {}
-        self.enums = []
-        self.messages = [self._message(message, (MESSAGE, index))
-                         for index, message in enumerate(self._file.message_type)]
-        for index, enum in enumerate(self._file.enum_type):
-            self.enums.append(self._enum(enum, (ENUM, index), ""))
-        self.services = [self._service(service, (SERVICE, index))
-                         for index, service in enumerate(self._file.service)]
-        self.about = "".join(
-            self._locations[(PACKAGE,)].leading_detached_comments[-1:]
-            or [self._locations[(PACKAGE,)].leading_comments])
 
-    def _comment(self, path):
-        return self._locations[path].leading_comments
+def row(*cells):
+    print("| " + " | ".join(map(str, cells)) + " |")
 
-    def _local(self, full_name):
-        return full_name.removeprefix(f".{self._file.package}.")
 
-    def _declare(self, anchor, *other_names):
-        for name in {anchor, *other_names}:
-            self._anchors.setdefault(name, set()).add(anchor)
-        return anchor
+def head(level, name, kind, path):
+    print(f"\n{'#' * level} {kind} `{name}` {{#{name}}}\n\n{text(path)}\n")
 
-    def _message(self, message, path):
-        anchor = self._declare(message.name)
-        entries = {nested.name: nested for nested in message.nested_type}
-        enums = [self._enum(enum, (*path, ENUM_OF_MESSAGE, index), f"{anchor}.")
-                 for index, enum in enumerate(message.enum_type)]
-        self.enums += enums
-        fields = [self._field(field, (*path, FIELD_OF_MESSAGE, index), anchor, entries)
-                  for index, field in enumerate(message.field)]
-        return {"anchor": anchor, "comment": self._comment(path), "fields": fields, "enums": enums}
 
-    def _type(self, field, user):
-        """The name of a field's type, and its anchor if it has one."""
-        if not field.type_name:
-            return {"name": FieldDescriptor.Type.Name(field.type).removeprefix("TYPE_").lower()}
-        name = self._local(field.type_name)
-        self._users.setdefault(name, []).append(user)
-        return {"name": name, "anchor": name}
+def table(*titles):
+    row(*titles)
+    row(*["---"] * len(titles))
 
-    def _field(self, field, path, scope, entries):
-        anchor = self._declare(f"{scope}.{field.name}")
-        entry = entries.get(field.type_name.rpartition(".")[2])
-        types = [self._type(part, anchor) for part in (entry.field if entry else [field])]
-        return {"anchor": anchor, "scope": scope, "name": field.name, "number": field.number,
-                "label": "map" if entry else LABELS[field.label], "types": types,
-                "default": field.default_value, "comment": self._comment(path)}
 
-    def _enum(self, enum, path, prefix):
-        anchor = self._declare(prefix + enum.name)
-        values = [{"anchor": self._declare(f"{anchor}.{value.name}", prefix + value.name, value.name),
-                   "scope": anchor, "name": value.name, "number": value.number,
-                   "comment": self._comment((*path, VALUE_OF_ENUM, index))}
-                  for index, value in enumerate(enum.value)]
-        return {"anchor": anchor, "comment": self._comment(path), "values": values}
+def declared(scope, name):
+    return f'<code id="{scope}.{name}">{name}</code>'
 
-    def _service(self, service, path):
-        anchor = self._declare(service.name)
-        methods = [{"anchor": self._declare(f"{anchor}.{method.name}", method.name),
-                    "scope": anchor, "name": method.name,
-                    "argument": self._local(method.input_type),
-                    "result": self._local(method.output_type),
-                    "comment": self._comment((*path, METHOD_OF_SERVICE, index))}
-                   for index, method in enumerate(service.method)]
-        for method in methods:
-            for name in {method["argument"], method["result"]}:
-                self._users.setdefault(name, []).append(method["anchor"])
-        return {"anchor": anchor, "comment": self._comment(path), "methods": methods}
 
-    def users(self, anchor):
-        """The fields and methods of that type."""
-        return self._users.get(anchor, [])
+def link(full_name):
+    name = full_name.removeprefix(f".{schema.package}.")
+    return f"[`{name}`](#{name})"
 
-    def _target(self, name, scope):
-        """The anchor of a name that a comment uses, if it can be no other word."""
-        if not re.search(r"[._]|[a-z][A-Z]|^[A-Z]{3}", name):
-            return None
-        for candidate in (f"{scope}.{name}", f"{scope.partition('.')[0]}.{name}", name):
-            anchors = self._anchors.get(candidate, ())
-            if len(anchors) == 1:
-                return next(iter(anchors))
-        return None
 
-    def _linked(self, text, scope, own):
-        def link(match):
-            target = self._target(match[0], scope)
-            if target in (None, own):
-                return match[0]
-            return Markup('<a href="#{}"><code>{}</code></a>').format(target, match[0])
-        return Markup(re.sub(r"\w+(?:\.\w+)*", link, str(escape(text))))
+def type_of(field, entries):
+    entry = entries.get(field.type_name.rpartition(".")[2])
+    if entry:
+        return "map of " + " to ".join(type_of(part, {}).partition(" ")[2] for part in entry.field)
+    label = Field.Label.Name(field.label).removeprefix("LABEL_").lower()
+    name = link(field.type_name) if field.type_name else Field.Type.Name(field.type)[5:].lower()
+    return f"{label} {name}" + (f", default `{field.default_value}`" if field.default_value else "")
 
-    def html(self, comment, scope="", own=""):
-        """A comment as HTML: paragraphs, and lists of lines that begin with a star."""
-        html = Markup()
-        for paragraph in comment.strip("\n").split("\n\n"):
-            first, *items = re.split(r"^ +\* ", re.sub(r"^ ", "", paragraph, flags=re.MULTILINE),
-                                     flags=re.MULTILINE)
-            html += Markup("<p>{}</p>").format(self._linked(first, scope, own))
-            if items:
-                html += Markup("<ul>{}</ul>").format(Markup().join(
-                    Markup("<li>{}</li>").format(self._linked(item, scope, own))
-                    for item in items))
-        return html
+
+def print_enum(level, enum, scope, path):
+    head(level, scope + enum.name, "enum", path)
+    table("Number", "Value", "Meaning")
+    for index, value in enumerate(enum.value):
+        row(value.number, declared(scope + enum.name, value.name), text((*path, VALUE, index)))
+
+
+def print_message(message, path):
+    head(2, message.name, "message", path)
+    entries = {nested.name: nested for nested in message.nested_type}
+    table("Number", "Field", "Type", "Meaning")
+    for index, field in enumerate(message.field):
+        row(field.number, declared(message.name, field.name), type_of(field, entries), text((*path, FIELD, index)))
+    for index, enum in enumerate(message.enum_type):
+        print_enum(3, enum, message.name + ".", (*path, ENUM_IN_MESSAGE, index))
+
+
+def print_service(service, path):
+    head(2, service.name, "service", path)
+    table("Method", "Argument", "Result", "Meaning")
+    for index, method in enumerate(service.method):
+        row(declared(service.name, method.name), link(method.input_type), link(method.output_type),
+            text((*path, METHOD, index)))
+
+
+print("# Messages and service")
+for number, found in enumerate(schema.service):
+    print_service(found, (SERVICE, number))
+for number, found in enumerate(schema.message_type):
+    print_message(found, (MESSAGE, number))
+for number, found in enumerate(schema.enum_type):
+    print_enum(2, found, "", (ENUM, number))
