@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import platform
 import re
 import subprocess
 import unittest
@@ -77,7 +78,7 @@ class Linking(unittest.TestCase):
         self.assertNotIn("SYMBOLIC", self.dynamic)
 
     def test_the_stack_is_not_executable(self):
-        self.assertRegex(self.segments, r"GNU_STACK .* RW +0x")
+        self.assertRegex(self.segments, r"GNU_STACK .* RW +0")
 
     def test_code_needs_no_relocation(self):
         self.assertNotIn("TEXTREL", self.dynamic)
@@ -114,6 +115,7 @@ class Hardening(unittest.TestCase):
     def test_calls_are_fortified(self):
         self.assertIn("__snprintf_chk", symbols("-D", "--undefined-only", LIBRARY))
 
+    @unittest.skipUnless(platform.machine() == "x86_64", "what this looks for is of x86-64")
     def test_functions_begin_with_a_landing_pad(self):
         code = run("objdump", "-d", "--no-show-raw-insn", object_of("Converter.cpp"))
         functions = re.findall(r"<(_ZN3vok9rulecheck9Converter\w+)>:\n\s+\w+:\s+(\w+)", code)

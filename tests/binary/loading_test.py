@@ -29,16 +29,11 @@ def own_functions_in(path, section):
 
 class Relocations(unittest.TestCase):
     def test_with_a_symbol_are_fewer_than_800(self):
-        self.assertLess(len(relocations_with_a_symbol(LIBRARY)), 800)
+        self.assertIn(len(relocations_with_a_symbol(LIBRARY)), range(1, 800))
 
     def test_without_a_symbol_are_packed(self):
-        if os.environ["PACKED"] != "1":
-            self.skipTest("the linker or the C library cannot pack relocations")
         self.assertNotIn("R_X86_64_RELATIVE", relocations(LIBRARY))
         self.assertIn("(RELR)", run("readelf", "-dW", LIBRARY))
-
-    def test_of_the_plain_library_with_a_symbol_are_counted_too(self):
-        self.assertGreater(len(relocations_with_a_symbol(PLAIN_LIBRARY)), 2000)
 
 
 class StaticObjects(unittest.TestCase):
@@ -51,10 +46,6 @@ class StaticObjects(unittest.TestCase):
         self.assertEqual(own_functions_in(LIBRARY, ".fini_array"), [])
         imports = symbols("-D", "--undefined-only", LIBRARY)
         self.assertEqual([name for name in imports if "atexit" in name], [])
-
-    def test_of_the_plain_library_are_found_too(self):
-        self.assertGreater(len(own_functions_in(PLAIN_LIBRARY, ".init_array")), 1)
-        self.assertIn("__cxa_atexit", symbols("-D", "--undefined-only", PLAIN_LIBRARY))
 
 
 class Size(unittest.TestCase):

@@ -22,9 +22,16 @@ def relocations(path):
 
 def functions_in(path, section):
     """The names of the functions that a section such as .init_array points to."""
-    found = re.search(rf" {re.escape(section)} +\w+ +\w+ (\w+) (\w+)", run("readelf", "-SW", path))
-    offset, size = (int(number, 16) for number in found.groups())
+    found = re.search(rf" {re.escape(section)} +\w+ +(\w+) (\w+) (\w+)", run("readelf", "-SW", path))
+    if not found:
+        return []
+    start, offset, size = (int(number, 16) for number in found.groups())
     content = path.read_bytes()[offset:offset + size]
     names = {int(address, 16): name for address, name in
              re.findall(r"^(\w+) [tT] (\S+)$", run("nm", path), re.MULTILINE)}
-    return [names[int.from_bytes(content[at:at + 8], "little")] for at in range(0, size, 8)]
+    # Some linkers leave zeros in the section, and have the address in the relocation only.
+    relocated = {int(at, 16): int(address, 16) for at, address in
+                 re.findall(r"^(\w+) +\w+ R_\w+_RELATIVE +(\w+)$", run("readelf", "-rW", path),
+                            re.MULTILINE)}
+    return [names[relocated.get(start + at) or int.from_bytes(content[at:at + 8], "little")]
+            for at in range(0, size, 8)]

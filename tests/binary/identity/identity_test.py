@@ -21,8 +21,8 @@ def run(program, *library_path):
 
 class Identity(unittest.TestCase):
     def test_the_position_dependent_program_has_copies_and_the_plugin_has_none(self):
-        self.assertIn("R_X86_64_COPY", relocations(FIXED_PROGRAM))
-        self.assertNotIn("R_X86_64_COPY", relocations(PLUGIN))
+        self.assertRegex(" ".join(relocations(FIXED_PROGRAM)), "_COPY")
+        self.assertNotRegex(" ".join(relocations(PLUGIN)), "_COPY")
 
     def test_a_position_dependent_program_and_its_plugin_see_the_librarys_objects(self):
         ended = run(FIXED_PROGRAM)
