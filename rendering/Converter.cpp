@@ -98,6 +98,8 @@ std::string_view decimal(std::int64_t number, NumberBuffer& buffer) {
   return textUntil(std::to_chars(std::begin(buffer), std::end(buffer), number).ptr, buffer);
 }
 
+#ifdef __SIZEOF_INT128__  // not on 32-bit targets
+
 constexpr std::uint64_t kMillion = 1000000;
 
 // Above, millionths need not fit into 64 bits.
@@ -137,6 +139,8 @@ std::string_view fixedByMillionths(double number, NumberBuffer& buffer) {
   return textUntil(end, buffer);
 }
 
+#endif
+
 std::string_view fixedByPrintf(double number, NumberBuffer& buffer) {
   const int length = std::snprintf(buffer, sizeof buffer, "%f", number);
   // Negative for lack of memory, too great where a malformed locale's decimal point is
@@ -158,12 +162,18 @@ std::string_view fixed(double number, NumberBuffer& buffer) {
   if (needsPrintf(number)) {
     return fixedByPrintf(number, buffer);
   }
+#ifdef __SIZEOF_INT128__
   if (std::fabs(number) < kMostInMillionths) {
     return fixedByMillionths(number, buffer);
   }
+#endif
+#ifdef __cpp_lib_to_chars
   const auto result =
       std::to_chars(std::begin(buffer), std::end(buffer), number, std::chars_format::fixed, 6);
   return textUntil(result.ptr, buffer);
+#else  // GCC 10 has it for integers only
+  return fixedByPrintf(number, buffer);
+#endif
 }
 
 std::size_t digits(std::uint32_t number) {
