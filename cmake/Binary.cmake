@@ -16,17 +16,24 @@ include(cmake/Warnings.cmake)
 # they get these, and take <iostream> as included already.
 set(vok_no_iostream -include istream -D_GLIBCXX_IOSTREAM)
 
-# -O3 makes the generated code a tenth larger and no faster.
+# -w: generated code does not compile under every warning that a host may turn
+# into an error. -O3 makes it a tenth larger and no faster.
 set(vok_generated_options
-  "-std=gnu++${VOK_PROTOBUF_CXX_STANDARD}" ${vok_no_iostream} $<$<CONFIG:Release>:-O2>)
+  -w "-std=gnu++${VOK_PROTOBUF_CXX_STANDARD}" ${vok_no_iostream} $<$<CONFIG:Release>:-O2>)
 
-# Default instances live forever, and their destructors are empty. Clang learns
-# the former from an attribute. GCC would register each destructor with
-# __cxa_atexit, in an initializer. With -fno-use-cxa-atexit it emits one
-# finalizer, which the optimizer removes together with the initializer. Aligned
-# loops and jumps only make the code larger.
+# The library has one initializer, which registers the schema, and no finalizer.
+# GCC would also register the destructors of the default instances with
+# __cxa_atexit. With -fno-use-cxa-atexit it emits a finalizer for them, which the
+# optimizer finds to be empty and removes: hence -O1 where a build has less. Clang
+# emits an empty second initializer if the first has a priority; one needs none.
+# Aligned loops and jumps only make the code larger.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   list(APPEND vok_generated_options -fno-use-cxa-atexit -falign-loops=1 -falign-jumps=1)
+  if(NOT VOK_SANITIZED)
+    list(APPEND vok_generated_options $<${vok_unoptimized}:-O1>)
+  endif()
+elseif(BUILD_SHARED_LIBS)
+  list(APPEND vok_generated_options "-Dinit_priority(priority)=unused")
 endif()
 
 # Without NDEBUG the generated code logs strings that are not UTF-8.
@@ -34,14 +41,17 @@ set_source_files_properties(${vok_generated} PROPERTIES
   COMPILE_OPTIONS "${vok_generated_options}"
   COMPILE_DEFINITIONS NDEBUG)
 
-# GCC assumes that snprintf never fails, and drops the code that handles it.
+# GCC assumes that snprintf never fails, and drops the code that handles it. A
+# host's warnings are not ours.
 set_source_files_properties(rendering/Converter.cpp PROPERTIES
   COMPILE_OPTIONS
-    "${VOK_WARNINGS};${vok_no_iostream};$<$<CXX_COMPILER_ID:GNU>:-fno-printf-return-value>")
+    "$<IF:$<BOOL:${PROJECT_IS_TOP_LEVEL}>,${VOK_WARNINGS},-w>;${vok_no_iostream};$<$<CXX_COMPILER_ID:GNU>:-fno-printf-return-value>")
 
 # Without -fno-semantic-interposition exported functions are not inlined; without
-# -fno-plt each call of another library's function takes an additional jump.
-target_compile_options(vok_rulecheck PRIVATE -fno-semantic-interposition -fno-plt)
+# -fno-plt each call of another library's function takes an additional jump. In a
+# host that is compiled with -fvisibility=hidden the library would export nothing.
+target_compile_options(vok_rulecheck PRIVATE
+  -fno-semantic-interposition -fno-plt -fvisibility=default)
 set_target_properties(vok_rulecheck PROPERTIES
   POSITION_INDEPENDENT_CODE ON
   VISIBILITY_INLINES_HIDDEN ON)
@@ -51,8 +61,11 @@ vok_harden(vok_rulecheck)
 
 # A C++17 program has definitions of its own of the classes' constants, such as
 # Resource::Scheme_MAX. GCC emits them as unique symbols, which clash with those
-# of a static library unless these are weak.
+# of a static library unless these are weak. objcopy changes no object that waits
+# for link-time optimization, so there is none in a static library.
 if(NOT BUILD_SHARED_LIBS)
+  set_target_properties(vok_rulecheck PROPERTIES INTERPROCEDURAL_OPTIMIZATION OFF)
+  target_compile_options(vok_rulecheck PRIVATE -fno-lto)
   add_custom_command(TARGET vok_rulecheck POST_BUILD
     COMMAND "${CMAKE_OBJCOPY}" --wildcard "--weaken-symbol=_ZN3vok9rulecheck*E"
       "$<TARGET_FILE:vok_rulecheck>"
@@ -67,9 +80,10 @@ set_target_properties(vok_rulecheck PROPERTIES LINK_DEPENDS "${vok_exports};${vo
 
 # nodelete: the runtime keeps pointers into the library. Unmapped, it would leave
 # them dangling; loaded again, it would register the schema twice, which aborts.
+# LINKER: would split a path at its commas.
 target_link_options(vok_rulecheck PRIVATE
-  "LINKER:--version-script=${vok_exports}"
-  $<$<BOOL:${VOK_DYNAMIC_LIST}>:LINKER:--dynamic-list=${vok_interposable}>
+  "SHELL:-Xlinker \"--version-script=${vok_exports}\""
+  "$<$<BOOL:${VOK_DYNAMIC_LIST}>:SHELL:-Xlinker \"--dynamic-list=${vok_interposable}\">"
   $<$<BOOL:${VOK_PACKED_RELOCATIONS}>:LINKER:-z,pack-relative-relocs> LINKER:--gc-sections
   LINKER:-z,nodelete LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack LINKER:-z,text)
 if(NOT VOK_SANITIZED)  # a sanitizer's runtime is the executable's

@@ -1,6 +1,11 @@
-# Hardening of compiled code, in every build type.
+# Hardening of compiled code, in every build type. Sets:
+#
+#   VOK_SANITIZED    whether the build has a sanitizer
+#   vok_unoptimized  a generator expression, 1 in a build without optimization:
+#                    one for debugging, or one without build type and flags
 
 include(CheckCXXCompilerFlag)
+include(CheckCXXSourceCompiles)
 
 option(VOK_RULECHECK_HARDENING "Harden compiled code (stack protector, fortify, control-flow protection)" ON)
 
@@ -20,8 +25,22 @@ foreach(option IN ITEMS -fstack-clash-protection -fcf-protection=full)
   endif()
 endforeach()
 
+set(vok_unoptimized $<CONFIG:Debug>)
+if(NOT CMAKE_CXX_FLAGS MATCHES "-O")
+  set(vok_unoptimized $<OR:$<CONFIG:Debug>,$<CONFIG:>>)
+endif()
+
+# Packagers, and some systems' compilers, ask for a level of their own.
+set(CMAKE_REQUIRED_FLAGS -O2)
+check_cxx_source_compiles("
+#ifndef _FORTIFY_SOURCE
+#error Calls are not fortified.
+#endif
+int main() {}" VOK_FORTIFIED)
+unset(CMAKE_REQUIRED_FLAGS)
+
 # A sanitizer brings checks of its own for what fortified calls check. Fortified
-# calls need optimisation, so a Debug build gets as much of it as leaves
+# calls need optimization, so a build for debugging gets as much of it as leaves
 # debugging undisturbed.
 function(vok_harden target)
   if(NOT VOK_RULECHECK_HARDENING)
@@ -31,6 +50,6 @@ function(vok_harden target)
     -fstack-protector-strong ${vok_hardening_of_architecture})
   if(NOT VOK_SANITIZED)
     target_compile_options(${target} PRIVATE
-      $<$<CONFIG:Debug>:-Og> -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+      $<${vok_unoptimized}:-Og> $<$<NOT:$<BOOL:${VOK_FORTIFIED}>>:-D_FORTIFY_SOURCE=2>)
   endif()
 endfunction()

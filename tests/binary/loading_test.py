@@ -6,12 +6,11 @@ import pathlib
 import tempfile
 import unittest
 
-from elf import functions_in, relocations, run, symbols
+from elf import own_functions_in, relocations, run, symbols
 
 REASON_TO_SKIP = os.environ["REASON_TO_SKIP"]
 LIBRARY = pathlib.Path(os.environ["LIBRARY"])
 PLAIN_LIBRARY = pathlib.Path(os.environ["PLAIN_LIBRARY"])
-OF_THE_COMPILER = {"frame_dummy", "__do_global_dtors_aux"}
 
 
 def setUpModule():
@@ -21,10 +20,6 @@ def setUpModule():
 
 def relocations_with_a_symbol(path):
     return [kind for kind in relocations(path) if kind != "R_X86_64_RELATIVE"]
-
-
-def own_functions_in(path, section):
-    return [name for name in functions_in(path, section) if name not in OF_THE_COMPILER]
 
 
 class Relocations(unittest.TestCase):

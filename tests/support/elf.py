@@ -35,3 +35,9 @@ def functions_in(path, section):
                             re.MULTILINE)}
     return [names[relocated.get(start + at) or int.from_bytes(content[at:at + 8], "little")]
             for at in range(0, size, 8)]
+
+
+def own_functions_in(path, section):
+    """The same, without those that the compiler puts into every shared object."""
+    return [name for name in functions_in(path, section)
+            if name not in ("frame_dummy", "__do_global_dtors_aux")]
