@@ -30,8 +30,7 @@ def dump(source, build, *options):
     """
     flags = f'-O0 -g "-ffile-prefix-map={build}=build" "-ffile-prefix-map={source}=."'
     _run("cmake", "-G", "Ninja", "-S", source, "-B", build, "-DCMAKE_BUILD_TYPE=Debug",
-         f"-DCMAKE_CXX_FLAGS_DEBUG={flags}", "-DVOK_RULECHECK_HARDENING=OFF",
-         "-DVOK_RULECHECK_BUILD_TESTS=OFF", "-DVOK_RULECHECK_BUILD_EXAMPLES=OFF", *options)
+         f"-DCMAKE_CXX_FLAGS_DEBUG={flags}", "-DVOK_RULECHECK_HARDENING=OFF", *options)
     _run("cmake", "--build", build, "--target", "vok_rulecheck")
     return _run("abidw", *DUMP_OPTIONS, pathlib.Path(build, "libvok_rulecheck.so"))
 

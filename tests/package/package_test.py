@@ -84,6 +84,11 @@ class FindPackage(PackageTest):
     def test_a_position_independent_program_sees_the_librarys_default_instances(self):
         self.use(self.lowest_standard(), "Release", "-fPIE -pie")
 
+    def test_its_include_folder_is_absolute(self):
+        targets = (LIBRARY_DIR / "cmake/vok_rulecheck/vok_rulecheckTargets.cmake").read_text()
+        self.assertEqual(set(re.findall(r'INTERFACE_\w*INCLUDE_DIRECTORIES "(.*)"', targets)),
+                         {"${_IMPORT_PREFIX}/include"})
+
     def test_another_major_or_a_later_minor_version_is_not_found(self):
         project = self.build / "project"
         project.mkdir()
@@ -95,15 +100,62 @@ class FindPackage(PackageTest):
             self.assertEqual(result.returncode == 0, accepted, f"{version}\n{result.stdout}")
 
 
+class Options(PackageTest):
+    def test_by_default_nothing_is_looked_for_that_the_library_does_not_need(self):
+        self.assertEqual(self.configure(SOURCE).returncode, 0)
+        cache = (self.build / "CMakeCache.txt").read_text()
+        self.assertNotRegex(cache, "(?i)CLI11|GTest|Python|mustache|benchmark_DIR")
+
+    def test_an_optional_part_whose_packages_are_missing_is_left_out_with_one_line(self):
+        result = self.configure(
+            SOURCE, "-DVOK_RULECHECK_BUILD_EXAMPLES=ON", "-DVOK_RULECHECK_BUILD_TESTS=ON",
+            "-DCMAKE_DISABLE_FIND_PACKAGE_CLI11=ON", "-DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON")
+        self.assertEqual(result.returncode, 0, result.stdout)
+        for line in ("-- Without CLI11, kainjow's mustache, pkg-config and RE2 there are no examples",
+                     "-- Without GoogleTest and Python 3 there are no tests"):
+            self.assertEqual(result.stdout.splitlines().count(line), 1, result.stdout)
+
+
+class Packager(PackageTest):
+    """Builds as those make them who package the library for others."""
+
+    def test_flags_names_and_folders_of_a_packager_are_kept(self):
+        self.build /= "a, b"
+        outside = tempfile.TemporaryDirectory()
+        self.addCleanup(outside.cleanup)
+        folders = {name: pathlib.Path(outside.name, name) for name in ("LIBDIR", "INCLUDEDIR")}
+        result = self.configure(
+            SOURCE, "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_DEBUG_POSTFIX=d",
+            "-DCMAKE_CXX_FLAGS=-O2 -D_FORTIFY_SOURCE=3 -Werror",
+            *(f"-DCMAKE_INSTALL_{name}={path}" for name, path in folders.items()))
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.succeed(CMAKE, "--build", self.build)
+        self.succeed(CMAKE, "--install", self.build, "--prefix", self.build / "prefix")
+        commands = self.succeed(os.environ["MAKE_PROGRAM"], "-C", self.build, "-t", "commands")
+        self.assertEqual(set(re.findall(r"_FORTIFY_SOURCE\S*", commands)), {"_FORTIFY_SOURCE=3"})
+        flags = self.succeed("pkg-config", "--cflags", "--libs", "vok_rulecheck",
+                             env={"PKG_CONFIG_PATH": f"{folders['LIBDIR']}/pkgconfig:"
+                                                     f"{search_path_of_pkg_config()}"})
+        for flag in (f"-I{folders['INCLUDEDIR']}", f"-L{folders['LIBDIR']}", "-lvok_rulecheckd"):
+            self.assertIn(flag, flags.split())
+        self.assertTrue((folders["LIBDIR"] / "libvok_rulecheckd.so").exists())
+
+
 class Subdirectory(PackageTest):
-    def test_added_as_a_subdirectory(self):
-        self.succeed(self.build_consumer("subdirectory", "-DCMAKE_BUILD_TYPE=Release"))
+    def test_a_host_keeps_its_own_kind_of_libraries_and_installs_its_own_files(self):
+        self.succeed(self.build_consumer("subdirectory"))
+        self.assertTrue((self.build / "libown.a").is_file())
+        self.assertNotIn("BUILD_SHARED_LIBS", (self.build / "CMakeCache.txt").read_text())
+        prefix = self.build / "prefix"
+        self.succeed(CMAKE, "--install", self.build, "--prefix", prefix)
+        self.assertEqual([path.name for path in prefix.rglob("*") if path.is_file()], ["program"])
 
 
 class FetchContent(PackageTest):
-    def test_fetched_and_linked_statically(self):
-        self.succeed(self.build_consumer("fetch_content", "-DCMAKE_BUILD_TYPE=Release",
-                                         "-DBUILD_SHARED_LIBS=OFF"))
+    def test_fetched_and_linked_statically_with_link_time_optimization(self):
+        self.succeed(self.build_consumer(
+            "fetch_content", "-DCMAKE_BUILD_TYPE=Release", "-DBUILD_SHARED_LIBS=OFF",
+            "-DCMAKE_INTERPROCEDURAL_OPTIMIZATION=ON", "-DCMAKE_CXX_FLAGS=-flto=auto"))
         self.assertEqual(list(self.build.glob("**/libvok_rulecheck.so*")), [])
 
 
@@ -126,28 +178,48 @@ def search_path_of_pkg_config():
     return ":".join([f"{LIBRARY_DIR}/pkgconfig", *runtimes])
 
 
-class PkgConfig(PackageTest):
-    def flags(self, *options):
-        return self.succeed("pkg-config", *options, "vok_rulecheck",
-                            env={"PKG_CONFIG_PATH": search_path_of_pkg_config()}).split()
+def pkg_config(*options):
+    result = run("pkg-config", *options, "vok_rulecheck",
+                 env={"PKG_CONFIG_PATH": search_path_of_pkg_config()})
+    assert result.returncode == 0, result.stdout
+    return result.stdout.split()
 
+
+class PkgConfig(PackageTest):
     def test_flags_build_a_program(self):
         program = self.build / "program"
         self.succeed(CXX, "-std=c++17", *sorted((CONSUMERS / "program").glob("*.cpp")),
-                     "-o", program, *self.flags("--cflags", "--libs"))
+                     "-o", program, *pkg_config("--cflags", "--libs"))
         self.succeed(program, env={"LD_LIBRARY_PATH": f"{LIBRARY_DIR}:{os.environ.get('LD_LIBRARY_PATH', '')}"})
 
+    def test_readmes_command_gives_a_program_that_starts(self):
+        (self.build / "main.cpp").write_text(readme("cpp"))
+        self.succeed("sh", "-e", "-c", f"cd '{self.build}'\n" + readme("sh", "g++"),
+                     env={"PKG_CONFIG_PATH": search_path_of_pkg_config()})
+        self.assertEqual(self.succeed(self.build / "a.out"), readme("text"))
+
+    def test_a_program_that_names_nothing_of_the_library_keeps_it_by_readmes_line(self):
+        for line, status in ((readme("cpp", "descriptor();"), 0), ("", 1)):
+            (self.build / "main.cpp").write_text(
+                "#include <google/protobuf/descriptor.h>\n#include <vok/rulecheck/RuleService.pb.h>\n"
+                f"int main() {{\n{line}\nreturn google::protobuf::DescriptorPool::generated_pool()"
+                "->FindFileByName(\"RuleService.proto\") == nullptr;\n}\n")
+            self.succeed(CXX, "-std=c++17", "-Wl,--as-needed", self.build / "main.cpp",
+                         "-o", self.build / "program", *pkg_config("--cflags", "--libs"),
+                         f"-Wl,-rpath,{LIBRARY_DIR}")
+            self.assertEqual(run(self.build / "program").returncode, status, f"with: {line}")
+
     def test_paths_follow_the_installation(self):
-        real = {str(pathlib.Path(flag[2:]).resolve()) for flag in self.flags("--cflags", "--libs")
+        real = {str(pathlib.Path(flag[2:]).resolve()) for flag in pkg_config("--cflags", "--libs")
                 if flag[:2] in ("-I", "-L")}
         self.assertIn(str(PREFIX / "include"), real)
         self.assertIn(str(LIBRARY_DIR), real)
 
     def test_a_runtime_with_the_same_abi_is_required(self):
         major, minor = map(int, os.environ["PROTOBUF_ABI"].split("."))
-        self.assertEqual(self.flags("--print-requires"),
+        self.assertEqual(pkg_config("--print-requires"),
                          ["protobuf", ">=", f"{major}.{minor}", "protobuf", "<", f"{major}.{minor + 1}"])
-        self.assertEqual(self.flags("--modversion"), ["1.4.0"])
+        self.assertEqual(pkg_config("--modversion"), ["1.4.0"])
 
 
 class Components(PackageTest):
@@ -199,11 +271,9 @@ class Components(PackageTest):
             self.skipTest("a program that was linked statically needs no runtime component")
         prefix, _ = self.install("--component", "runtime")
         (self.build / "main.cpp").write_text(readme("cpp"))
-        environment = {"PKG_CONFIG_PATH": search_path_of_pkg_config()}
-        self.succeed("sh", "-e", "-c", f"cd '{self.build}'\n" + readme("sh", "g++"),
-                     env=environment)
-        environment["LD_LIBRARY_PATH"] = f"{prefix / self.folder}:{os.environ.get('LD_LIBRARY_PATH', '')}"
-        self.assertEqual(self.succeed(self.build / "a.out", env=environment), readme("text"))
+        self.succeed(CXX, self.build / "main.cpp", "-o", self.build / "program",
+                     *pkg_config("--cflags", "--libs"), f"-Wl,-rpath,{prefix / self.folder}")
+        self.assertEqual(self.succeed(self.build / "program"), readme("text"))
 
 
 class Plugins(PackageTest):
@@ -282,13 +352,6 @@ class Readme(PackageTest):
         self.succeed(CMAKE, "--build", self.build)
         self.assertEqual(self.succeed(self.build / "program"), readme("text"))
 
-    def test_its_command_for_everybody_else_builds_the_example_too(self):
-        environment = {"PKG_CONFIG_PATH": search_path_of_pkg_config(),
-                       "LD_LIBRARY_PATH": f"{LIBRARY_DIR}:{os.environ.get('LD_LIBRARY_PATH', '')}"}
-        self.succeed("sh", "-e", "-c", f"cd '{self.build}'\n" + readme("sh", "g++"),
-                     env=environment)
-        self.assertEqual(self.succeed(self.build / "a.out", env=environment), readme("text"))
-
 
 class ReadmeInstallation(PackageTest):
     def test_its_commands_install_the_library(self):
@@ -325,9 +388,7 @@ class Refusals(PackageTest):
 
     def test_release_3_3_0_is_accepted(self):
         prefix = self.fake_protobuf("3003000", "3.3.0")
-        result = self.configure(SOURCE, f"-DCMAKE_PREFIX_PATH={prefix}",
-                                "-DVOK_RULECHECK_BUILD_TESTS=OFF",
-                                "-DVOK_RULECHECK_BUILD_EXAMPLES=OFF")
+        result = self.configure(SOURCE, f"-DCMAKE_PREFIX_PATH={prefix}")
         self.assertEqual(result.returncode, 0, result.stdout)
         self.assertIn("-std=gnu++98", (self.build / "build.ninja").read_text())
 

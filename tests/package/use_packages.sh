@@ -1,7 +1,9 @@
 #!/bin/sh
 # Installs, uses and removes the packages in the system that this runs in, which has
-# nothing else. The folder of this script has the packages, README.md's program and
-# the one that was built outside; what programs print goes to its folder "said".
+# nothing else, and builds the library from its sources there. The folder of this
+# script has the packages, the sources, README.md's program, commands and list of
+# packages, and the program that was built outside; what programs print goes to its
+# folder "said".
 #
 # usage: sh use_packages.sh RUNTIME_PACKAGE DEVELOPMENT_PACKAGE
 
@@ -31,10 +33,18 @@ apt-get purge --yes --quiet --auto-remove "$runtime"
 list_files > after.txt
 diff before.txt after.txt
 
-install "./$runtime.deb" "./$development.deb" g++ cmake ninja-build pkg-config
-cmake -S . -B build -G Ninja
-cmake --build build
-build/program > said/find_package
+# shellcheck disable=SC2046  # a list of packages
+install $(cat documented_packages.txt)
+export HOME="$PWD/home"
+(cd source && sh -e ../install.sh)
+cmake -S . -B build/installed -D CMAKE_PREFIX_PATH="$HOME/rulecheck"
+cmake --build build/installed
+build/installed/program > said/installed_from_source
+
+install "./$runtime.deb" "./$development.deb" pkg-config
+cmake -S . -B build/packaged
+cmake --build build/packaged
+build/packaged/program > said/find_package
 sh -e command.sh
 ./a.out > said/pkg_config
 apt-get purge --yes --quiet "$runtime" "$development"
