@@ -15,6 +15,7 @@ DOCS = TOOLS / "docs"
 FUZZ = TOOLS / "fuzz"
 MUTATE = TOOLS / "mutate"
 PACKAGE = TOOLS / "package"
+SOAK = TOOLS / "soak"
 TEST = TOOLS / "test"
 
 
@@ -155,6 +156,17 @@ class Package(ProgramTest):
             with self.subTest(word):
                 self.assert_refused(
                     self.run_program(PACKAGE, word), f"package: unknown argument {word} (see --help)")
+
+
+class Soak(ProgramTest):
+    def test_help(self):
+        ended = self.run_program(SOAK, "--help")
+        self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+        self.assertTrue(ended.stdout.startswith("Usage: tools/soak\n"))
+
+    def test_unknown_argument(self):
+        self.assert_refused(
+            self.run_program(SOAK, "--nosuch"), "soak: unknown argument --nosuch (see --help)")
 
 
 class Test(ProgramTest):

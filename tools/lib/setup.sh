@@ -27,6 +27,18 @@
   recipe_packages=(make meson pkg-config)
 }
 
+# Installs what all tests need.
+install_for_all_tests() {
+  install_packages "${build_packages[@]}" "${example_packages[@]}" "${test_packages[@]}" \
+    "${lint_packages[@]}" "${style_packages[@]}" "${browser_packages[@]}" \
+    "${analysis_packages[@]}" "${bench_packages[@]}" "${compatibility_packages[@]}" \
+    "${coverage_packages[@]}" "${fuzz_packages[@]}" "${interop_packages[@]}" \
+    "${grpc_packages[@]}" "${debian_packages[@]}" "${debian_test_packages[@]}" \
+    "${docs_packages[@]}" "${recipe_packages[@]}"
+  command -v npm > /dev/null || install_packages nodejs npm
+  quietly npm --prefix tests ci
+}
+
 # Ends the script for a reason that its user can do something about.
 fail() {
   printf '%s: %s\n' "${0##*/}" "$1" >&2
