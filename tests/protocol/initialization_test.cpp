@@ -398,7 +398,8 @@ TEST(Initialization, SerializingPartiallyAlwaysWorks) {
     EXPECT_TRUE(message->SerializePartialToString(&bytes)) << c.type << " { " << c.text << " }";
     const auto parsed = tests::newMessage(c.type);
     EXPECT_TRUE(parsed->ParsePartialFromString(bytes)) << c.type << " { " << c.text << " }";
-    EXPECT_EQ(tests::textOf(*parsed), tests::textOf(*message));
+    EXPECT_EQ(tests::bytesOf(*parsed), tests::bytesOf(*message))
+        << c.type << " { " << c.text << " }";
   }
 }
 

@@ -1,4 +1,4 @@
-// The tables and numbers of docs/protocol.md, held against the schema.
+// The tables and numbers of docs/protocol.md are those of the schema.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

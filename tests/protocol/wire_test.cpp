@@ -66,7 +66,7 @@ const EncodingCase encodingCases[] = {
     {"bool map values are varints", "RuleSpec",
      "dynamic_categories { key: 2 value: true } dynamic_categories { key: 1 value: false }",
      "9a 01 04 08 01 10 00 9a 01 04 08 02 10 01"},
-    {"a rule's categories stand between msg_id and resolution_msg", "RuleSpec",
+    {"a rule's categories come between msg_id and resolution_msg", "RuleSpec",
      "resolution_msg: 'r' msg_id: 1 categories { key: 1 value: 'c' }",
      "30 01 3a 05 08 01 12 01 63 42 01 72"},
     {"a rule with its required fields is fields 1 and 2", "RuleSpec", "key: 'k' full_name: 'n'",
