@@ -8,21 +8,8 @@
 
 # What a browser computes of an inline style or script: its SHA-256 in base64.
 function(content_hash file result)
-  file(SHA256 "${file}" digits)
-  # 32 bytes and a zero byte are eleven groups of three bytes, which are four
-  # base64 digits each. The last digit stands for the zero byte: it is padding.
-  string(APPEND digits "00")
-  set(alphabet "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/")
-  set(base64 "")
-  string(REGEX MATCHALL "......" groups "${digits}")
-  foreach(group IN LISTS groups)
-    foreach(shift IN ITEMS 18 12 6 0)
-      math(EXPR index "(0x${group} >> ${shift}) & 63")
-      string(SUBSTRING "${alphabet}" ${index} 1 digit)
-      string(APPEND base64 "${digit}")
-    endforeach()
-  endforeach()
-  string(REGEX REPLACE ".$" "=" base64 "${base64}")
+  execute_process(COMMAND openssl dgst -sha256 -binary "${file}" COMMAND openssl base64
+    OUTPUT_VARIABLE base64 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
   set(${result} "sha256-${base64}" PARENT_SCOPE)
 endfunction()
 

@@ -9,7 +9,7 @@
     libprotobuf-c-dev libprotozero-dev libtcmalloc-minimal4 nanopb pkg-config protobuf-c-compiler
     python3 rapidjson-dev zlib1g-dev)
   build_packages=(g++ cmake ninja-build libprotobuf-dev protobuf-compiler)
-  example_packages=(libcli11-dev libkainjow-mustache-dev libre2-dev pkg-config)
+  example_packages=(libcli11-dev libkainjow-mustache-dev libre2-dev openssl pkg-config)
   lint_packages=(verilator)
   test_packages=(binutils libgmock-dev libgtest-dev locales python3 valgrind)
   style_packages=(clang clang-format clang-tidy shellcheck)
