@@ -104,7 +104,7 @@ class Options(PackageTest):
     def test_by_default_nothing_is_looked_for_that_the_library_does_not_need(self):
         self.assertEqual(self.configure(SOURCE).returncode, 0)
         cache = (self.build / "CMakeCache.txt").read_text()
-        self.assertNotRegex(cache, "(?i)CLI11|GTest|Python|mustache|benchmark_DIR")
+        self.assertEqual(re.findall("(?i)CLI11|GTest|Python|mustache|benchmark_DIR", cache), [])
 
     def test_an_optional_part_whose_packages_are_missing_is_left_out_with_one_line(self):
         result = self.configure(
