@@ -1,9 +1,8 @@
 // Writes a request to record a finding to the standard output, its length before it.
 
 // Shown in docs/recipes.md: begin
-#include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/message_lite.h>
+#include <google/protobuf/util/delimited_message_util.h>
 #include <vok/rulecheck/RuleService.pb.h>
 
 #include <cstdint>
@@ -27,18 +26,8 @@ Request makeRequest(const std::string& sessionUuid) {
 // Returns false, with nothing written, if a required field is missing, and false if the stream
 // fails.
 bool send(const google::protobuf::MessageLite& message, std::ostream* out) {
-  std::string body;
-  if (!message.IsInitialized() || !message.SerializeToString(&body)) {
-    return false;
-  }
-  std::string length;
-  {
-    google::protobuf::io::StringOutputStream sink(&length);
-    google::protobuf::io::CodedOutputStream(&sink).WriteVarint32(
-        static_cast<std::uint32_t>(body.size()));
-  }
-  *out << length << body << std::flush;
-  return out->good();
+  return message.IsInitialized() &&
+         google::protobuf::util::SerializeDelimitedToOstream(message, out) && out->flush();
 }
 
 // Returns the number that the server has given to the finding, or throws what went wrong.
