@@ -1,37 +1,32 @@
 #include "stream_input.h"
 
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+
 #include <cstdint>
+#include <limits>
 
 namespace fuzz {
 
 std::optional<std::string> readFrame(const std::string& stream, std::size_t* position) {
-  constexpr unsigned kLongestVarint = 10;
+  google::protobuf::io::CodedInputStream in(
+      reinterpret_cast<const std::uint8_t*>(stream.data()) + *position,
+      static_cast<int>(stream.size() - *position));
   std::uint64_t length = 0;
-  std::size_t at = *position;
-  for (unsigned i = 0;; ++i) {
-    if (at == stream.size() || i == kLongestVarint) {
-      return {};
-    }
-    const auto byte = static_cast<unsigned char>(stream[at++]);
-    length |= static_cast<std::uint64_t>(byte & 0x7f) << 7 * i;
-    if (byte < 0x80) {
-      break;
-    }
-  }
-  if (length > stream.size() - at) {
+  std::string content;
+  if (!in.ReadVarint64(&length) || length > std::numeric_limits<int>::max() ||
+      !in.ReadString(&content, static_cast<int>(length))) {
     return {};
   }
-  *position = at + length;
-  return stream.substr(at, length);
+  *position += static_cast<std::size_t>(in.CurrentPosition());
+  return content;
 }
 
 void appendFrame(const std::string& content, std::string* stream) {
-  std::size_t rest = content.size();
-  for (; rest >= 0x80; rest >>= 7) {
-    *stream += static_cast<char>(rest | 0x80);
-  }
-  *stream += static_cast<char>(rest);
-  *stream += content;
+  google::protobuf::io::StringOutputStream sink(stream);
+  google::protobuf::io::CodedOutputStream out(&sink);
+  out.WriteVarint32(static_cast<std::uint32_t>(content.size()));
+  out.WriteString(content);
 }
 
 }  // namespace fuzz

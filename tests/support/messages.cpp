@@ -1,7 +1,11 @@
 #include "support/messages.h"
 
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/wire_format_lite.h>
+
 #include <cctype>
 #include <cstdint>
+#include <stdexcept>
 
 #include "support/message_types.h"
 
@@ -85,42 +89,15 @@ std::string toHex(const std::string& bytes) {
   return digits;
 }
 
-namespace {
-
-std::uint64_t readVarint(const std::string& bytes, std::size_t* at) {
-  std::uint64_t value = 0;
-  for (unsigned shift = 0;; shift += 7) {
-    const auto byte = static_cast<unsigned char>(bytes.at((*at)++));
-    value |= static_cast<std::uint64_t>(byte & 0x7f) << shift;
-    if (byte < 0x80) {
-      return value;
-    }
-  }
-}
-
-void skipField(const std::string& bytes, std::size_t* at) {
-  const auto wireType = readVarint(bytes, at) & 7;
-  switch (wireType) {
-    case 0: readVarint(bytes, at); return;
-    case 1: *at += 8; return;
-    case 2: {
-      const auto length = readVarint(bytes, at);
-      *at += static_cast<std::size_t>(length);
-      return;
-    }
-    case 5: *at += 4; return;
-    default: throw std::invalid_argument("unexpected wire type " + std::to_string(wireType));
-  }
-}
-
-}  // namespace
-
 std::vector<std::size_t> fieldBoundaries(const std::string& bytes) {
+  google::protobuf::io::CodedInputStream in(reinterpret_cast<const std::uint8_t*>(bytes.data()),
+                                            static_cast<int>(bytes.size()));
   std::vector<std::size_t> boundaries = {0};
-  std::size_t at = 0;
-  while (at < bytes.size()) {
-    skipField(bytes, &at);
-    boundaries.push_back(at);
+  while (const std::uint32_t tag = in.ReadTag()) {
+    if (!google::protobuf::internal::WireFormatLite::SkipField(&in, tag)) {
+      throw std::invalid_argument("malformed: " + toHex(bytes));
+    }
+    boundaries.push_back(static_cast<std::size_t>(in.CurrentPosition()));
   }
   return boundaries;
 }
