@@ -1,12 +1,21 @@
 #include "common/command_line.h"
 
+#include <google/protobuf/stubs/logging.h>
+#include <signal.h>
+
 #include <exception>
 #include <iostream>
 #include <string>
 
+#include "common/characters.h"
+
 namespace examples {
 
 int run(CLI::App& app, int argc, const char* const* argv, const std::function<void()>& work) {
+  // Protocol Buffers would add lines of its own to an error's.
+  google::protobuf::SetLogHandler(nullptr);
+  // A file that is too long is an error, not the program's end.
+  signal(SIGXFSZ, SIG_IGN);
   try {
     app.parse(argc, argv);
     work();
@@ -14,7 +23,7 @@ int run(CLI::App& app, int argc, const char* const* argv, const std::function<vo
   } catch (const CLI::Success& request) {
     return app.exit(request);
   } catch (const std::exception& error) {
-    std::cerr << app.get_name() << ": " << error.what() << '\n';
+    std::cerr << app.get_name() << ": " << oneLine(error.what()) << '\n';
     return 2;
   }
 }

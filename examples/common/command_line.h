@@ -11,7 +11,8 @@ namespace examples {
 
 // Parses the arguments into what app's options are bound to, and runs work.
 // Returns the exit status: 0 after work or --help, 2 after a bad argument or
-// any exception from work, with the exception's text as the line.
+// any exception from work, with oneLine() of the exception's text as the line. Nothing
+// that the Protocol Buffers runtime logs is printed.
 int run(CLI::App& app, int argc, const char* const* argv, const std::function<void()>& work);
 
 }  // namespace examples

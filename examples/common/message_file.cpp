@@ -105,15 +105,6 @@ std::string readFile(const std::string& path) {
   return content;
 }
 
-void writeFile(const std::string& path, const std::string& content) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out.write(content.data(), static_cast<std::streamsize>(content.size()));
-  out.close();
-  if (!out) {
-    throw FileError(path + ": cannot be written");
-  }
-}
-
 std::string encodeFor(const std::string& path, const google::protobuf::Message& message) {
   const Format format = formatOf(path);
   if (!message.IsInitialized()) {

@@ -4,7 +4,7 @@
 //   .txtpb .textproto .txt    text format
 //   .json                     JSON
 //
-// Reading throws FileError, whose text is one line that names the file.
+// Failures throw FileError, whose text names the file.
 
 #ifndef VOK_EXAMPLES_COMMON_MESSAGE_FILE_H_
 #define VOK_EXAMPLES_COMMON_MESSAGE_FILE_H_
@@ -24,7 +24,13 @@ class FileError : public std::runtime_error {
 // The whole content of a file.
 std::string readFile(const std::string& path);
 
-// Writes the whole content of a file, replacing what was there.
+// Writes the whole content of a file. The file keeps its old content, and a new file
+// does not appear, unless all is written and on the disk: the content goes into a
+// temporary file (.part-*) in the same folder first, which is renamed then, and removed
+// after a failure. SIGHUP, SIGINT, SIGQUIT and SIGTERM wait until that is done.
+// The file keeps its mode and, if the program may do that, its owner; symbolic links are
+// followed and stay; other names of the same file keep the old content. Devices and FIFOs
+// are written to in place.
 void writeFile(const std::string& path, const std::string& content);
 
 // Turns a message into the content of a file of that name, and back. A message

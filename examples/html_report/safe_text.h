@@ -9,9 +9,8 @@ namespace html_report {
 
 // Returns the text as HTML that shows it, between tags and inside a quoted
 // attribute value: & < > " ' become character references. The result is valid
-// UTF-8: a byte that is not UTF-8, a control character other than tab and line
-// feed, and a code point that is no character become U+FFFD. A carriage return
-// is left out.
+// UTF-8: a byte that is not UTF-8, and each character that examples::isHarmless()
+// names except tab and line feed, become U+FFFD. A carriage return is left out.
 std::string escapeText(const std::string& text);
 
 // Whether the text has nothing but white space.

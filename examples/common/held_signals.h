@@ -1,0 +1,29 @@
+// Signals that end a program, held back while it has something to clean up.
+
+#ifndef VOK_EXAMPLES_COMMON_HELD_SIGNALS_H_
+#define VOK_EXAMPLES_COMMON_HELD_SIGNALS_H_
+
+#include <signal.h>
+
+namespace examples {
+
+// Blocks SIGHUP, SIGINT, SIGQUIT and SIGTERM in this thread and all that it starts,
+// except those that the program ignores. One that arrives takes effect when the object
+// goes away.
+class HeldSignals {
+ public:
+  HeldSignals();
+  ~HeldSignals();
+  HeldSignals(const HeldSignals&) = delete;
+  HeldSignals& operator=(const HeldSignals&) = delete;
+
+  const sigset_t& held() const { return held_; }
+
+ private:
+  sigset_t held_;
+  sigset_t before_;
+};
+
+}  // namespace examples
+
+#endif  // VOK_EXAMPLES_COMMON_HELD_SIGNALS_H_
