@@ -6,9 +6,11 @@
 
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <optional>
 #include <string>
 
 #include "common/command_line.h"
+#include "common/held_signals.h"
 #include "grpc/remote_server.h"
 #include "grpc/security.h"
 #include "lint_client/connection.h"
@@ -34,9 +36,13 @@ void define(CLI::App& app, Options& options) {
 }
 
 void work(const Options& options) {
+  // gRPC starts threads. One that took a signal would end the program with Verilator's
+  // folder left behind.
+  std::optional<examples::HeldSignals> signals(std::in_place);
   lint_client::Connection connection(
       rule_grpc::remoteServer(rule_grpc::channelTo(options.server, options.security)));
   const lint_client::Findings findings = lint_client::findingsOf(options.lint);
+  signals.reset();
   const auto session = lint_client::sessionFor(options.lint, options.lint.output);
   const auto result = lint_client::report(connection, session, findings);
   std::cout << lint_client::summary(result, connection, findings)

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "common/held_signals.h"
+
 namespace lint_client {
 
 struct Ended {
@@ -17,8 +19,10 @@ struct Ended {
 
 // Runs a program in a directory and waits for its end. The first word names it, and
 // is looked up in PATH if it has no "/" in it. Throws std::runtime_error if it can't
-// be run.
-Ended run(const std::vector<std::string>& words, const std::filesystem::path& directory);
+// be run. If a signal that is held arrives, kills the program and the processes that it
+// started, and throws std::runtime_error.
+Ended run(const std::vector<std::string>& words, const std::filesystem::path& directory,
+          const examples::HeldSignals& signals);
 
 }  // namespace lint_client
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "common/held_signals.h"
 #include "lint_client/process.h"
 #include "lint_client/workspace.h"
 
@@ -51,8 +52,10 @@ std::string lastLine(std::string text) {
 }  // namespace
 
 std::vector<Message> lint(const Job& job) {
+  // Or a signal would leave the workspace behind.
+  const examples::HeldSignals signals;
   const Workspace workspace(job.files);
-  const Ended ended = run(commandLine(job, workspace), workspace.directory());
+  const Ended ended = run(commandLine(job, workspace), workspace.directory(), signals);
   std::vector<Message> messages = parseMessages(ended.errors);
   useOriginalNames(workspace, &messages);
   const Message* error = blockingError(messages);

@@ -1,5 +1,10 @@
 """The command line of lint_client, with a stand-in for Verilator."""
 
+import os
+import pathlib
+import signal
+import subprocess
+import time
 import unittest
 
 from programs import LINT_CLIENT, RECORDED, ProgramTest
@@ -21,6 +26,12 @@ class BadArguments(ProgramTest):
         self.assert_refused(
             self.run_program(LINT_CLIENT, "missing.v"),
             "lint_client: FILES: File does not exist: missing.v")
+
+    def test_names_with_control_characters(self):
+        for name, shown in [("a\nb\x1b[31m.v", "a?b?[31m.v"), ("\u202ev.a", "?v.a"), ("\x85\x7f", "??")]:
+            self.assert_refused(
+                self.run_program(LINT_CLIENT, name),
+                f"lint_client: FILES: File does not exist: {shown}")
 
     def test_directory(self):
         self.assert_refused(
@@ -87,6 +98,40 @@ class BadDesigns(ProgramTest):
         ended = self.lint("first\nlast words\n", 3)
         self.assertRegex(ended.stderr, r"\Alint_client: .*fake verilator failed: last words\n\Z")
         self.assertEqual(ended.returncode, 2)
+
+
+class Signals(ProgramTest):
+    def test_leave_no_folder_and_no_process(self):
+        self.write("m.v", MODULE)
+        temporary = self.folder / "tmp"
+        temporary.mkdir()
+        os.mkfifo(self.folder / "ready")
+        program = self.fake_verilator("")
+        program.write_text(
+            f"#!/bin/sh\nsleep 60 &\necho $! > '{self.folder}/ready'\nsleep 60\n", encoding="utf-8")
+        for number in [signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGTERM]:
+            with self.subTest(number):
+                client = subprocess.Popen(
+                    [LINT_CLIENT, "m.v", "--verilator", program], cwd=self.folder,
+                    env={**os.environ, "TMPDIR": str(temporary)}, stderr=subprocess.DEVNULL)
+                child = int((self.folder / "ready").read_text(encoding="utf-8"))
+                self.assertEqual(len(list(temporary.iterdir())), 1)
+                client.send_signal(number)
+                self.assertEqual(client.wait(10), -number)
+                self.assertEqual(list(temporary.iterdir()), [])
+                self.assertFalse(self.runs(child))
+
+    def runs(self, process):
+        """Whether it does, a second at most after it was killed."""
+        for _ in range(100):
+            try:
+                state = pathlib.Path(f"/proc/{process}/stat").read_text(encoding="utf-8")
+            except FileNotFoundError:
+                return False
+            if state.rsplit(")", 1)[1].split()[0] == "Z":
+                return False
+            time.sleep(0.01)
+        return True
 
 
 class Findings(ProgramTest):

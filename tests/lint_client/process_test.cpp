@@ -13,7 +13,7 @@ lint_client::Ended shell(const std::string& script,
                          const std::vector<std::string>& arguments = {}) {
   std::vector<std::string> words = {"sh", "-c", script, "sh"};
   words.insert(words.end(), arguments.begin(), arguments.end());
-  return lint_client::run(words, "/");
+  return lint_client::run(words, "/", {});
 }
 
 TEST(Processes, TellTheirErrorsAndHowTheyEnded) {
@@ -26,7 +26,7 @@ TEST(Processes, TellTheirErrorsAndHowTheyEnded) {
 
 TEST(Processes, RunInTheirDirectory) {
   EXPECT_EQ("/\n", shell("pwd >&2").errors);
-  EXPECT_EQ("/usr\n", lint_client::run({"sh", "-c", "pwd >&2"}, "/usr").errors);
+  EXPECT_EQ("/usr\n", lint_client::run({"sh", "-c", "pwd >&2"}, "/usr", {}).errors);
 }
 
 TEST(Processes, GetTheirArgumentsAsTheyAre) {
@@ -50,7 +50,7 @@ TEST(Processes, MayWriteMuch) {
 TEST(Processes, ThatAreMissingAreNamed) {
   for (const char* const program : {"no-such-program", "/no/such/program", "/usr"}) {
     try {
-      lint_client::run({program}, "/");
+      lint_client::run({program}, "/", {});
       ADD_FAILURE() << "ran " << program;
     } catch (const std::runtime_error& error) {
       EXPECT_THAT(error.what(), testing::StartsWith(std::string(program) + ": cannot be run: "));
