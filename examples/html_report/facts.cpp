@@ -2,6 +2,8 @@
 
 #include <vok/rulecheck/Converter.h>
 
+#include <algorithm>
+
 #include "html_report/safe_copy.h"
 #include "html_report/safe_text.h"
 
@@ -20,7 +22,7 @@ void Facts::add(const std::string& label, const std::string& html) {
   data fact;
   fact["label"] = label;
   fact["value"] = html;
-  fact["long"] = isLong(html);
+  fact["long"] = isLong(html, mostBytes_);
   list_ << fact;
 }
 
@@ -33,8 +35,9 @@ data Facts::view() const {
   return view;
 }
 
-bool isLong(const std::string& html) {
-  return html.size() > 2000;
+bool isLong(const std::string& html, std::size_t mostBytes) {
+  const auto breaks = static_cast<std::size_t>(std::count(html.begin(), html.end(), '\n'));
+  return html.size() > mostBytes || breaks > mostBytes / 100;
 }
 
 std::string linksHtml(const Links& safeLinks) {

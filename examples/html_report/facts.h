@@ -5,15 +5,23 @@
 
 #include <vok/rulecheck/RuleService.pb.h>
 
+#include <cstddef>
 #include <kainjow/mustache.hpp>
 #include <map>
 #include <string>
 
 namespace html_report {
 
+// What is longer, or has a line break for each hundred of these bytes, gets a scroll bar.
+constexpr std::size_t kMostBytes = 2000;
+constexpr std::size_t kMostBytesOfHeading = 1000;
+bool isLong(const std::string& html, std::size_t mostBytes = kMostBytes);
+
 // A list of facts. Values are HTML, made of what safeCopy() has made safe.
 class Facts {
  public:
+  explicit Facts(std::size_t mostBytes = kMostBytes) : mostBytes_(mostBytes) {}
+
   // Adds nothing if the value is blank.
   void add(const std::string& label, const std::string& html);
 
@@ -21,11 +29,9 @@ class Facts {
   kainjow::mustache::data view() const;
 
  private:
+  std::size_t mostBytes_;
   kainjow::mustache::data list_{kainjow::mustache::data::type::list};
 };
-
-// Whether a value is so long that the page gives it a scroll bar.
-bool isLong(const std::string& html);
 
 // The links, one after another.
 std::string linksHtml(const vok::rulecheck::Links& safeLinks);

@@ -34,6 +34,8 @@ using vok::rulecheck::ViolationMap;
 constexpr std::size_t maxBlockLength = 25;
 constexpr std::size_t maxListLength = 25;
 
+constexpr std::size_t kMostBytesOfName = 200;
+
 template <typename Finding>
 struct Entry {
   int number;  // its key in the map of findings
@@ -159,6 +161,8 @@ class GroupRenderer {
     view["name"] = spec == nullptr || isBlank(spec->full_name())
                        ? data(false)
                        : data(escapeText(spec->full_name()));
+    view["long"] = isLong(group.key, kMostBytesOfName) ||
+                   (spec != nullptr && isLong(spec->full_name(), kMostBytesOfName));
     view["slug"] = group.entries.front().level.slug;
     view["expanded"] = presentation_.open ? "true" : "false";
     view["levels"] = levelCounts(group);

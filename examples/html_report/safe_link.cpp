@@ -2,6 +2,7 @@
 
 #include <vok/rulecheck/Converter.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -54,6 +55,7 @@ void encodeMailAddress(Resource* resource) {
   resource->set_host("mailto:" + encodePart(mailAddress(*resource), "?#"));
   resource->clear_port();
   resource->clear_path();
+  resource->clear_query();
   resource->clear_fragment();
 }
 
@@ -73,6 +75,17 @@ std::string address(Resource resource) {
   return prefix + Converter::href(resource);
 }
 
+bool isThisHost(const std::string& host) {
+  return host.empty() || host == "localhost";
+}
+
+// Two slashes before a name would make it another host's on Windows, also behind "/..".
+std::string singleSlashes(std::string path) {
+  const auto both = [](char a, char b) { return a == '/' && b == '/'; };
+  path.erase(std::unique(path.begin(), path.end(), both), path.end());
+  return path;
+}
+
 std::string describeData(const Resource& resource) {
   if (carriesText(resource)) {
     return resource.data();
@@ -90,8 +103,9 @@ bool isLinkable(const Resource& resource) {
   switch (resource.scheme()) {
     case Resource::HTTP:
     case Resource::HTTPS: return !isBlank(resource.host());
-    case Resource::FILE: return !isBlank(resource.host()) || !isBlank(resource.path());
-    case Resource::MAILTO: return !mailAddress(resource).empty();
+    case Resource::FILE:
+      return isThisHost(resource.host()) && !resource.has_port() && !isBlank(resource.path());
+    case Resource::MAILTO: return !mailAddress(resource).empty() && isBlank(resource.query());
     default: return false;
   }
 }
@@ -102,6 +116,9 @@ void encodeAddress(Resource* resource) {
   } else {
     resource->set_host(encodePart(resource->host(), "?#"));
     resource->set_path(encodePart(resource->path(), "?#"));
+  }
+  if (resource->scheme() == Resource::FILE) {
+    resource->set_path(singleSlashes(resource->path()));
   }
   if (resource->has_query()) {
     resource->set_query(encodePart(resource->query(), "#"));

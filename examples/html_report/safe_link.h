@@ -10,8 +10,9 @@
 namespace html_report {
 
 // Whether a page may link to the resource: an http or https resource with a
-// host, a file resource with a host or a path, a mailto resource with an address
-// (which is the host, or else the path). No other resource.
+// host, a file resource of this host (none or "localhost", and no port) with a path, a
+// mailto resource with an address (which is the host, or else the path) and no query,
+// which would be headers of the mail. No other resource.
 bool isLinkable(const vok::rulecheck::Resource& resource);
 
 // Changes a linkable resource so that Converter::href gives an address that
@@ -20,7 +21,8 @@ bool isLinkable(const vok::rulecheck::Resource& resource);
 //     address (a space, a quote, a backslash, any byte outside of ASCII...) is
 //     percent-encoded, and so is "?" or "#" where it would begin another part;
 //     a percent-encoding that is there already stays;
-//   * a mail address gets "mailto:" put before it and keeps nothing but its query.
+//   * a file's path has single slashes only;
+//   * a mail address gets "mailto:" put before it and keeps no other part.
 void encodeAddress(vok::rulecheck::Resource* resource);
 
 // Whether the resource carries text inline: data that is not empty, whose media

@@ -38,7 +38,7 @@ std::string addressHtml(bool present, const Resource& resource) {
 }
 
 data sessionFacts(const Session& session) {
-  Facts facts;
+  Facts facts(kMostBytesOfHeading);
   facts.add("Build target", escapeText(session.build_target()));
   facts.add("Run at", timeHtml(session));
   facts.add("Session id", escapeText(session.uuid()));
@@ -147,7 +147,9 @@ void addSummary(const SessionResult& result, data* page) {
   const Session& session = result.session();
   const Counts counts = countsOf(result);
   (*page)["name"] = isBlank(session.name()) ? "Unnamed session" : escapeText(session.name());
+  (*page)["longName"] = isLong(session.name(), kMostBytesOfHeading);
   (*page)["description"] = escapeText(session.description());
+  (*page)["longDescription"] = isLong(session.description(), kMostBytesOfHeading);
   (*page)["described"] = !isBlank(session.description());
   (*page)["sessionFacts"] = sessionFacts(session);
   (*page)["kinds"] = kinds(result, counts);

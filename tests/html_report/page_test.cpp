@@ -320,11 +320,13 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(Page, GivesAHugeTextAScrollBar) {
   SessionResult result;
   auto* details = (*result.mutable_violations()->mutable_hashmap())[1].mutable_details();
-  details->set_text(std::string(2000, 'x'));
-  EXPECT_THAT(bodyOf(html_report::page(result)), Not(HasSubstr("message long")));
-  details->set_text(std::string(2001, 'x'));
-  EXPECT_THAT(bodyOf(html_report::page(result)),
-              HasSubstr("<p class=\"message long\" tabindex=\"0\">xxx"));
+  for (const auto& text : {std::string(2000, 'x'), "x" + std::string(20, '\n')}) {
+    details->set_text(text);
+    EXPECT_THAT(bodyOf(html_report::page(result)), Not(HasSubstr("message long")));
+    details->set_text(text + text.back());
+    EXPECT_THAT(bodyOf(html_report::page(result)),
+                HasSubstr("<p class=\"message long\" tabindex=\"0\">x"));
+  }
 }
 
 // Maps have no order of their own.

@@ -50,6 +50,20 @@ export const flawed = () => pageOfText('flawed', `
   violations { hashmap { key: 1 value { id: 1 severity: SEV_ERROR rule_key: "${'KEY'.repeat(60)}"
     details { text: "${'word'.repeat(2000)}" } expects: "${'x'.repeat(300)}" } } }`);
 
+// A page whose session, rule and finding have the same text in all their fields.
+export const spoofed = (name, text) => {
+  const quoted = JSON.stringify(text);
+  return pageOfText(name, `
+    session { name: ${quoted} description: ${quoted} build_target: ${quoted} uuid: ${quoted}
+      report_file { scheme: FILE path: ${quoted} } proto_file { scheme: FTP host: ${quoted} } }
+    specs_violated { hashmap { key: ${quoted} value { key: 'k' full_name: ${quoted} raw_msg: ${quoted}
+      owner: ${quoted} } } }
+    violations { hashmap { key: 1 value { id: 1 severity: SEV_ERROR rule_key: ${quoted}
+      details { text: "%1" args { arg { string_val: ${quoted} } } } expects: ${quoted}
+      categories { key: 1 value: ${quoted} }
+      examples { uri { link_text: ${quoted} url { scheme: HTTP host: 'h' } } } } } }`);
+};
+
 export const many = (findings, rules) => {
   const result = join(work, `${findings}-${rules}.pb`);
   makeResults('many', String(findings), String(rules), result);

@@ -18,6 +18,7 @@ import { checkOrigins } from './origins.mjs';
 import * as make from './pages.mjs';
 import { checkPaper } from './paper.mjs';
 import { checkPolicy } from './policy.mjs';
+import { checkSpoofing } from './spoofing.mjs';
 import { checkSummary } from './summary.mjs';
 
 const folder = picturesFolder('report_check.mjs');
@@ -28,7 +29,7 @@ const pages = {
 const browser = await launch();
 const checks = new Checks(browser, folder);
 for (const check of [checkFiltering, checkKeyboard, checkPaper, checkOrigins, checkPolicy, checkSummary,
-  checkAppearance, checkHostile]) {
+  checkAppearance, checkHostile, checkSpoofing]) {
   await check(checks, pages);
 }
 await browser.close();

@@ -1,0 +1,69 @@
+// Names and texts that would cover or push away what is around them.
+
+import assert from 'node:assert/strict';
+import { overflow } from './browser.mjs';
+import { spoofed } from './pages.mjs';
+
+const marks = '\u0335\u0300\u0316'.repeat(200);
+const texts = {
+  lines: 'line\n'.repeat(20000),
+  lines_below_the_limit: 'x\n'.repeat(90),
+  word: 'W'.repeat(100000),
+  words: 'many words '.repeat(9000),
+  marks: `a${marks}b`,
+  wide: '\ufdfd\ua9c5\u{12219}\u2e3b'.repeat(300),
+  unbreakable: 'a\u2060\u00a0'.repeat(3000),
+  tabs: '\t'.repeat(3000) + 'end',
+  directions: '\u202egpj.exe\u202c \u2067gpj.exe\u2069',
+  right_to_left: '\u05d0\u05d1 (1) \u0627'.repeat(40),
+};
+const widths = [1280, 360];
+// Not what labels categories, whose borders reach half a pixel into the picture.
+const own = '.overline, .summary, .finding .head, dt:not(:has(+ dd .tag))';
+
+// The boxes of what is not of the text: the places of the page's own words.
+const look = () => {
+  const heightOf = (selector) => Math.max(0, ...Array.from(document.querySelectorAll(selector),
+    (element) => element.getBoundingClientRect().height));
+  return {
+    summaryTop: document.querySelector('.summary').getBoundingClientRect().top,
+    tallest: heightOf('h1, .description, dd, .message, .group h3'),
+  };
+};
+
+export const checkSpoofing = async (checks) => {
+  for (const [name, text] of Object.entries(texts)) {
+    for (const width of widths) {
+      await checks.checkPage(`${name} leaves the page its shape at ${width}`, spoofed(name, text),
+        { viewport: { width, height: 800 } }, async (page) => {
+          await checks.shoot(page, `spoofed-${name}-${width}`);
+          assert.equal(await overflow(page), 0, 'it scrolls sideways');
+          const { summaryTop, tallest } = await page.evaluate(look);
+          assert.ok(summaryTop < 1000, `the counts begin at ${summaryTop}`);
+          assert.ok(tallest <= 900, `something is ${tallest} high`);
+          const html = await page.content();
+          assert.doesNotMatch(html, /[\u202a-\u202e\u2066-\u2069]/);
+        });
+    }
+  }
+  await checkMarks(checks);
+};
+
+// The page's own words look as they do when the texts are hidden.
+const checkMarks = (checks) =>
+  checks.checkPage('marks cover no other line', spoofed('marked', texts.marks), {}, async (page) => {
+    const shoot = async () => {
+      const shots = [];
+      for (const element of await page.locator(own).all()) {
+        if (await element.isVisible()) shots.push((await element.screenshot()).toString('base64'));
+      }
+      return shots;
+    };
+    const before = await shoot();
+    await page.evaluate((selector) => {
+      for (const element of document.querySelectorAll(selector)) element.style.visibility = 'hidden';
+    }, 'h1, .description, dd, .message, .key, .name');
+    const after = await shoot();
+    assert.ok(before.length > 8);
+    assert.deepEqual(before.map((shot, i) => shot === after[i]), before.map(() => true));
+  });
