@@ -45,15 +45,23 @@ fail() {
   exit 2
 }
 
+# Sets log to the descriptor of a file that has no name, so that no signal leaves it behind.
+open_log() {
+  local name
+  name=$(mktemp)
+  exec {log}<> "$name"
+  rm -f -- "$name"
+}
+
 # Runs a command and shows its output only if it fails.
 quietly() {
   local log status=0
-  log=$(mktemp)
-  "$@" > "$log" 2>&1 || status=$?
+  open_log
+  "$@" >&"$log" 2>&1 || status=$?
   if ((status != 0)); then
-    cat "$log" >&2
+    cat "/dev/fd/$log" >&2
   fi
-  rm -f "$log"
+  exec {log}>&-
   return "$status"
 }
 
@@ -67,6 +75,52 @@ as_root() {
   else
     sudo -- "$@"
   fi
+}
+
+# Ends the script unless it can build here, and keeps other tools from building in this
+# checkout until it ends. Those that it starts itself know that by the variable.
+prepare_builds() {
+  local temporary=${TMPDIR:-/tmp} cache
+  [[ -d $temporary && -w $temporary ]] ||
+    fail "TMPDIR=$temporary: no folder that can be written to"
+  # shellcheck disable=SC2154  # the script sets root
+  [[ $root != *[\;\"\\]* ]] || fail "$root: CMake takes no path with a semicolon, quote or backslash"
+  [[ ${VOK_BUILDS_LOCKED-} != "$root" ]] || return 0
+  mkdir -p "$root/build"
+  exec {builds_lock}> "$root/build/.lock"
+  if ! flock --nonblock "$builds_lock"; then
+    echo "Waiting for another tool that builds in this checkout" >&2
+    flock "$builds_lock"
+  fi
+  export VOK_BUILDS_LOCKED=$root
+  for cache in "$root"/build/*/CMakeCache.txt; do
+    # A build folder that was copied here would build the other checkout's sources.
+    if [[ -e $cache && ! "$(sed -n 's/^CMAKE_CACHEFILE_DIR:INTERNAL=//p' "$cache")" -ef ${cache%/*} ]]; then
+      echo "Removing ${cache%/*}: it was copied from another checkout" >&2
+      rm -rf "${cache%/*}"
+    fi
+  done
+}
+
+# Runs apt-get as root, and shows its output only if it fails. Waits for up to 10 minutes
+# while another program has its locks.
+apt_get() {
+  local log status=0 waiting=false end=$((SECONDS + 600))
+  open_log
+  until as_root env LC_ALL=C DEBIAN_FRONTEND=noninteractive apt-get "$@" >&"$log" 2>&1; do
+    if ! grep -q '^E: Could not get lock' "/dev/fd/$log" || ((SECONDS >= end)); then
+      cat "/dev/fd/$log" >&2
+      status=1
+      break
+    fi
+    exec {log}>&-
+    open_log
+    $waiting || echo "Waiting for another program that uses apt"
+    waiting=true
+    sleep 1
+  done
+  exec {log}>&-
+  return "$status"
 }
 
 apt_lists_are_new=false
@@ -86,10 +140,9 @@ install_packages() {
     fail "these packages are missing, and only root or sudo can install them: ${missing[*]}"
   printf 'Installing %s\n' "${missing[*]}"
   if ! $apt_lists_are_new; then
-    quietly as_root apt-get update || fail "apt-get update failed"
+    apt_get update || fail "apt-get update failed"
     apt_lists_are_new=true
   fi
-  quietly as_root env DEBIAN_FRONTEND=noninteractive \
-    apt-get install --yes --no-install-recommends "${missing[@]}" ||
+  apt_get install --yes --no-install-recommends "${missing[@]}" ||
     fail "these packages could not be installed: ${missing[*]}"
 }
