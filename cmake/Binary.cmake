@@ -73,10 +73,17 @@ if(NOT BUILD_SHARED_LIBS)
   return()
 endif()
 
-set(vok_exports "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+set(vok_exports "${PROJECT_BINARY_DIR}/exports.map")
 set(vok_interposable "${PROJECT_BINARY_DIR}/interposable.map")
+configure_file(cmake/exports.map "${vok_exports}" COPYONLY)
 configure_file(cmake/interposable.map.in "${vok_interposable}" @ONLY)
 set_target_properties(vok_rulecheck PROPERTIES LINK_DEPENDS "${vok_exports};${vok_interposable}")
+# CMake writes a dollar sign of a linker's option wrongly, so the paths are relative. Ninja
+# links in the build folder.
+if(CMAKE_GENERATOR MATCHES Ninja)
+  cmake_path(RELATIVE_PATH vok_exports BASE_DIRECTORY "${CMAKE_BINARY_DIR}")
+  cmake_path(RELATIVE_PATH vok_interposable BASE_DIRECTORY "${CMAKE_BINARY_DIR}")
+endif()
 
 # nodelete: the runtime keeps pointers into the library. Unmapped, it would leave
 # them dangling; loaded again, it would register the schema twice, which aborts.
