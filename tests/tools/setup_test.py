@@ -148,6 +148,37 @@ class Quietly(SetupTest):
         self.assertEqual(list(temporary.iterdir()), [])
 
 
+class DemoServer(SetupTest):
+    def test_is_stopped_by_signals(self):
+        self.add_program("cmake", "")
+        self.add_program("dpkg-query", "echo ii")
+        (self.checkout / "examples/designs").mkdir(parents=True)
+        self.programs = self.checkout / "build/demo/examples/grpc"
+        self.programs.mkdir(parents=True)
+        for name in ["rule_server", "grpc_lint_client"]:
+            self.add_program(
+                name, f"echo \"$*\" >> '{self.folder}/{name}'; echo {name}; exec sleep 60")
+        temporary = self.folder / ("long" * 30)
+        temporary.mkdir()
+        for number in [signal.SIGHUP, signal.SIGINT, signal.SIGTERM]:
+            with self.subTest(number):
+                with subprocess.Popen(
+                        [self.checkout / "tools/demo", "--grpc"], stdout=subprocess.PIPE, text=True,
+                        env={**self.environment, "TMPDIR": str(temporary)}) as demo:
+                    while demo.stdout.readline() != "grpc_lint_client\n":
+                        self.assertIsNone(demo.poll())
+                    demo.send_signal(number)
+                    # The pipe's last writers are the server and the client.
+                    self.assertEqual(demo.communicate(timeout=10), ("", None))
+                    self.assertEqual(demo.returncode, -number)
+                words = (self.folder / "rule_server").read_text(encoding="utf-8").split()
+                sockets = pathlib.Path(words[words.index("--listen") + 1].removeprefix("unix:")).parent
+                self.assertLess(len(str(sockets)), 80)
+                self.assertFalse(sockets.exists())
+                self.assertEqual(list(temporary.iterdir()), [])
+                (self.folder / "rule_server").unlink()
+
+
 class Npm(SetupTest):
     @unittest.skipUnless(shutil.which("npm"), "needs npm")
     def test_runs_no_scripts_of_packages(self):
