@@ -2,7 +2,7 @@
 #
 #   VOK_SANITIZED    whether the build has a sanitizer
 #   vok_unoptimized  a generator expression, 1 in a build without optimization:
-#                    one for debugging, or one without build type and flags
+#                    for debugging or without build type, and without such flags
 
 include(CheckCXXCompilerFlag)
 include(CheckCXXSourceCompiles)
@@ -25,9 +25,9 @@ foreach(option IN ITEMS -fstack-clash-protection -fcf-protection=full)
   endif()
 endforeach()
 
-set(vok_unoptimized $<CONFIG:Debug>)
-if(NOT CMAKE_CXX_FLAGS MATCHES "-O")
-  set(vok_unoptimized $<OR:$<CONFIG:Debug>,$<CONFIG:>>)
+set(vok_unoptimized $<OR:$<CONFIG:Debug>,$<CONFIG:>>)
+if(CMAKE_CXX_FLAGS MATCHES "-O[1-3sz]")
+  set(vok_unoptimized 0)
 endif()
 
 # Packagers, and some systems' compilers, ask for a level of their own.
