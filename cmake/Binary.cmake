@@ -21,6 +21,10 @@ set(vok_no_iostream -include istream -D_GLIBCXX_IOSTREAM)
 set(vok_generated_options
   -w "-std=gnu++${VOK_PROTOBUF_CXX_STANDARD}" ${vok_no_iostream} $<$<CONFIG:Release>:-O2>)
 
+if(VOK_PROTOBUF_MAP_SEEDS)
+  list(APPEND vok_generated_options -include "${PROJECT_SOURCE_DIR}/cmake/map_seeds.h")
+endif()
+
 # The library has one initializer, which registers the schema, and no finalizer.
 # GCC would also register the destructors of the default instances with
 # __cxa_atexit. With -fno-use-cxa-atexit it emits a finalizer for them, which the

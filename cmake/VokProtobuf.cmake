@@ -14,6 +14,7 @@
 #   VOK_PROTOBUF_CXX_STANDARD  the C++ standard for generated source
 #   VOK_PROTOBUF_SHARED_DATA   how the mangled names of variables end that
 #                              generated headers name
+#   VOK_PROTOBUF_MAP_SEEDS     whether the seeds of maps need cmake/map_seeds.h
 
 set(VOK_PROTOBUF_ERROR "")
 
@@ -81,6 +82,12 @@ if(VOK_PROTOBUF_VERSION LESS 4022000)
   set(VOK_PROTOBUF_SHARED_DATA "_default_instance_E")
 else()
   set(VOK_PROTOBUF_SHARED_DATA "_E")
+endif()
+
+# Before 3.4 the buckets of a map depend on NDEBUG.
+set(VOK_PROTOBUF_MAP_SEEDS OFF)
+if(VOK_PROTOBUF_VERSION LESS 3004000)
+  set(VOK_PROTOBUF_MAP_SEEDS ON)
 endif()
 
 if(VOK_PROTOBUF_VERSION LESS 3003000)

@@ -1,5 +1,6 @@
 """The package as users meet it: consumer projects are configured, built and run."""
 
+import itertools
 import os
 import pathlib
 import re
@@ -20,6 +21,8 @@ PREFIX = WORK / "prefix"
 RUNTIME_PREFIXES = [path for path in os.environ["RUNTIME_PREFIXES"].split(";") if path]
 PREFIX_PATH = ";".join([str(PREFIX), *RUNTIME_PREFIXES])
 LIBRARY_DIR = next(PREFIX.glob("**/libvok_rulecheck.*")).parent if PREFIX.exists() else None
+
+LOWEST_STANDARD = 11 if os.environ["PROTOBUF_RELEASE"].startswith("3.") else 17
 
 
 def run(*command, env=None):
@@ -65,24 +68,21 @@ class FindPackage(PackageTest):
         self.succeed(program)
         return program
 
-    def lowest_standard(self):
-        return 11 if os.environ["PROTOBUF_RELEASE"].startswith("3.") else 17
-
     def test_a_cxx11_program_built_for_debugging(self):
-        self.use(self.lowest_standard(), "Debug")
+        self.use(LOWEST_STANDARD, "Debug")
 
     def test_a_cxx20_program_built_for_release(self):
         self.use(20, "Release")
 
     def test_a_position_dependent_program_sees_the_librarys_default_instances(self):
-        program = self.use(self.lowest_standard(), "Release", "-fno-pie -no-pie")
+        program = self.use(LOWEST_STANDARD, "Release", "-fno-pie -no-pie")
         # Headers of later releases reach a default instance through a function.
         if os.environ["SHARED"] == "1" and os.environ["PROTOBUF_RELEASE"].startswith("3."):
             copies = self.succeed("readelf", "-rW", program)
             self.assertRegex(copies, r"R_X86_64_COPY .*_default_instance_")
 
     def test_a_position_independent_program_sees_the_librarys_default_instances(self):
-        self.use(self.lowest_standard(), "Release", "-fPIE -pie")
+        self.use(LOWEST_STANDARD, "Release", "-fPIE -pie")
 
     def test_its_include_folder_is_absolute(self):
         targets = (LIBRARY_DIR / "cmake/vok_rulecheck/vok_rulecheckTargets.cmake").read_text()
@@ -274,6 +274,19 @@ class Components(PackageTest):
         self.succeed(CXX, self.build / "main.cpp", "-o", self.build / "program",
                      *pkg_config("--cflags", "--libs"), f"-Wl,-rpath,{prefix / self.folder}")
         self.assertEqual(self.succeed(self.build / "program"), readme("text"))
+
+
+class Maps(PackageTest):
+    def test_are_shared_by_programs_however_these_are_compiled(self):
+        program = self.build / "program"
+        for standard, options in itertools.product(
+                (LOWEST_STANDARD, 17),
+                ("-O0", "-O0 -DNDEBUG", "-O2", "-O2 -DNDEBUG", "-O3 -fvisibility=hidden")):
+            with self.subTest(standard=standard, options=options):
+                self.succeed(CXX, f"-std=c++{standard}", *options.split(),
+                             CONSUMERS / "maps/main.cpp", "-o", program,
+                             *pkg_config("--cflags", "--libs"), f"-Wl,-rpath,{LIBRARY_DIR}")
+                self.succeed(program)
 
 
 class Plugins(PackageTest):
