@@ -139,10 +139,15 @@ TEST(Fields, CanNotBePacked) {
       [](const Message&, const FieldDescriptor& field) { EXPECT_FALSE(field.is_packable()); });
 }
 
-// The last ones are 2^31 - 1, 2^31, 2^32 + 1, 2^63 and 2^64 - 1.
+// The last ones are 2^31 - 1, 2^31, 2^63, 2^64 - 1 and 2^32 + 1.
 const std::uint64_t unbackedLengths[] = {
-    2,          127,        128,         65536,      50000000,
-    0x7fffffff, 0x80000000, 0x100000001, 1ULL << 63, std::numeric_limits<std::uint64_t>::max()};
+    2,           127,        128,
+    65536,       50000000,   0x7fffffff,
+    0x80000000,  1ULL << 63, std::numeric_limits<std::uint64_t>::max(),
+#if GOOGLE_PROTOBUF_VERSION >= 3004000
+    0x100000001,  // 1 to earlier releases
+#endif
+};
 
 TEST(Lengths, OfAnyFieldThatRunPastTheEndAreRefused) {
   int tried = 0;

@@ -66,7 +66,12 @@ TEST(Allocations, OfSerializingAResultAreOneStrings) {
   std::string bytes;
   const auto before = tests::allocations();
   result.SerializePartialToString(&bytes);
-  EXPECT_EQ(tests::allocations() - before, 1u);
+#if GOOGLE_PROTOBUF_VERSION < 3004000
+  const std::size_t ofEachEntry = 2;
+#else
+  const std::size_t ofEachEntry = 0;
+#endif
+  EXPECT_EQ(tests::allocations() - before, 1 + ofEachEntry * 1000);
   EXPECT_GT(bytes.size(), 100000u);
 }
 
