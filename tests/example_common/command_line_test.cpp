@@ -13,12 +13,12 @@
 
 namespace {
 
-struct Run {
+struct Outcome {
   int status;
   std::string errors;
 };
 
-Run run(const std::function<void()>& work) {
+Outcome run(const std::function<void()>& work) {
   CLI::App app("", "program");
   const char* const words[] = {"program"};
   testing::internal::CaptureStderr();
@@ -27,13 +27,13 @@ Run run(const std::function<void()>& work) {
 }
 
 TEST(CommandLines, AnswerFailuresWithOneLineWithoutControlCharacters) {
-  const Run failed = run([] { throw std::runtime_error("a\x1b[2J\r\nb: \xE2\x80\xAE\xFF"); });
+  const Outcome failed = run([] { throw std::runtime_error("a\x1b[2J\r\nb: \xE2\x80\xAE\xFF"); });
   EXPECT_EQ(2, failed.status);
   EXPECT_EQ("program: a?[2J??b: ??\n", failed.errors);
 }
 
 TEST(CommandLines, PrintNothingThatTheRuntimeLogs) {
-  const Run logged = run([] { GOOGLE_LOG(ERROR) << "the runtime's own words"; });
+  const Outcome logged = run([] { GOOGLE_LOG(ERROR) << "the runtime's own words"; });
   EXPECT_EQ(0, logged.status);
   EXPECT_EQ("", logged.errors);
 }
