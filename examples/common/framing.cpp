@@ -2,6 +2,7 @@
 
 #include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+#include <google/protobuf/util/delimited_message_util.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -9,15 +10,9 @@
 namespace examples {
 
 bool appendFramed(const google::protobuf::Message& message, std::string* stream) {
-  if (!message.IsInitialized()) {
-    return false;
-  }
-  const std::string body = message.SerializeAsString();
-  google::protobuf::io::StringOutputStream sink(stream);
-  google::protobuf::io::CodedOutputStream out(&sink);
-  out.WriteVarint32(static_cast<std::uint32_t>(body.size()));
-  out.WriteString(body);
-  return true;
+  google::protobuf::io::StringOutputStream out(stream);
+  return message.IsInitialized() &&
+         google::protobuf::util::SerializeDelimitedToZeroCopyStream(message, &out);
 }
 
 bool readFramed(const std::string& stream, std::size_t* position,

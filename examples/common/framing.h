@@ -16,7 +16,7 @@ namespace examples {
 constexpr std::size_t kMaxMessageBytes = 64U << 20;
 
 // Appends length and message to the stream. Returns false, with nothing
-// appended, if the message is not initialized.
+// appended, if the message is not initialized or has more than 2 GiB.
 bool appendFramed(const google::protobuf::Message& message, std::string* stream);
 
 // Reads the message that begins at *position, which is at most the stream's size,
