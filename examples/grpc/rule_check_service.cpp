@@ -1,6 +1,7 @@
 #include "grpc/rule_check_service.h"
 
 #include <google/protobuf/message.h>
+#include <grpcpp/alarm.h>
 #include <vok/rulecheck/RuleService.pb.h>
 
 #include <string>
@@ -31,11 +32,9 @@ struct Method {
 
 Status parse(const Bytes& bytes, Message* message) {
   grpc::Slice block;
-  Status copied = bytes.DumpToSingleSlice(&block);
-  if (!copied.ok()) {
-    return copied;
-  }
-  if (!message->ParsePartialFromArray(block.begin(), static_cast<int>(block.size()))) {
+  // There are none if what arrived was not framed as gRPC frames a message.
+  if (!bytes.DumpToSingleSlice(&block).ok() ||
+      !message->ParsePartialFromArray(block.begin(), static_cast<int>(block.size()))) {
     return refusal(StatusCode::INVALID_ARGUMENT, "malformed bytes");
   }
   if (!message->IsInitialized()) {
@@ -103,6 +102,19 @@ Reactor* answerWith(rule_server::Server& server, Context* context, const Bytes& 
   return finish(context, perform(server, method, argument, answer));
 }
 
+// Answers later.
+class Delayed : public Reactor {
+ public:
+  Delayed(std::chrono::milliseconds delay, std::function<Status()> work) : work_(std::move(work)) {
+    alarm_.Set(std::chrono::system_clock::now() + delay, [this](bool) { Finish(work_()); });
+  }
+  void OnDone() override { delete this; }
+
+ private:
+  std::function<Status()> work_;
+  grpc::Alarm alarm_;
+};
+
 }  // namespace
 
 RuleCheckService::RuleCheckService(rule_server::Server& server, std::function<void()> stop)
@@ -116,9 +128,12 @@ Reactor* RuleCheckService::getVersion(Context* context, const Bytes* argument, B
 }
 
 Reactor* RuleCheckService::exchangeToken(Context* context, const Bytes* argument, Bytes* answer) {
-  return answerWith(
-      server_, context, *argument, answer,
-      {Request::EXCHANGE_TOKEN, &Request::mutable_exchange_token, &Response::mutable_status});
+  return withToken(context, *argument, [this, argument, answer] {
+    return perform(
+        server_,
+        {Request::EXCHANGE_TOKEN, &Request::mutable_exchange_token, &Response::mutable_status},
+        *argument, answer);
+  });
 }
 
 Reactor* RuleCheckService::loadRuleDataFile(Context* context, const Bytes* argument,
@@ -204,13 +219,36 @@ Reactor* RuleCheckService::writeReport(Context* context, const Bytes* argument, 
 }
 
 Reactor* RuleCheckService::stopServer(Context* context, const Bytes* argument, Bytes* answer) {
-  const Status status = perform(
-      server_, {Request::STOP_SERVER, &Request::mutable_exchange_token, &Response::mutable_status},
-      *argument, answer);
-  if (status.ok()) {
-    stop_();
+  return withToken(context, *argument, [this, argument, answer] {
+    Status status =
+        perform(server_,
+                {Request::STOP_SERVER, &Request::mutable_exchange_token, &Response::mutable_status},
+                *argument, answer);
+    if (status.ok()) {
+      stop_();
+    }
+    return status;
+  });
+}
+
+Reactor* RuleCheckService::withToken(Context* context, const Bytes& argument,
+                                     std::function<Status()> attempt) {
+  if (argument.Valid() && argument.Length() > kMaxTokenBytes) {
+    return finish(context, refusal(StatusCode::RESOURCE_EXHAUSTED, "the argument is too long"));
   }
-  return finish(context, status);
+  const auto watched = [this, attempt = std::move(attempt)] {
+    constexpr auto kSuspicion = std::chrono::seconds(10);
+    Status status = attempt();
+    if (status.error_code() == StatusCode::UNAUTHENTICATED) {
+      suspiciousUntil_ = Clock::now() + kSuspicion;
+    }
+    return status;
+  };
+  if (Clock::now() < suspiciousUntil_.load()) {
+    constexpr auto kDelay = std::chrono::seconds(1);
+    return new Delayed(kDelay, watched);
+  }
+  return finish(context, watched());
 }
 
 }  // namespace rule_grpc

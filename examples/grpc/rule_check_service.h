@@ -7,6 +7,9 @@
 #include <grpcpp/grpcpp.h>
 #include <vok/rulecheck/RuleService.grpc.pb.h>
 
+#include <atomic>
+#include <chrono>
+#include <cstddef>
 #include <functional>
 
 #include "rule_server/rule_server.h"
@@ -30,6 +33,9 @@ using MethodsOnBytes = Methods::WithRawCallbackMethod_getVersion<
                                     Methods::WithRawCallbackMethod_writeReport<
                                         Methods::WithRawCallbackMethod_stopServer<
                                             Methods::Service>>>>>>>>>>>>>>;
+
+// The longest argument with a token, in bytes: many can wait at once.
+constexpr std::size_t kMaxTokenBytes = 4096;
 
 class RuleCheckService : public MethodsOnBytes {
  public:
@@ -57,8 +63,17 @@ class RuleCheckService : public MethodsOnBytes {
   Reactor* stopServer(Context* context, const Bytes* argument, Bytes* answer) override;
 
  private:
+  using Clock = std::chrono::steady_clock;
+
+  // Calls attempt, whose status tells whether a token was right, and answers with that:
+  // at once, or after a second if a token was wrong within the last ten. A client that
+  // does not wait for the answer never learns it, so that each guess takes that time.
+  Reactor* withToken(Context* context, const Bytes& argument,
+                     std::function<grpc::Status()> attempt);
+
   rule_server::Server& server_;
   std::function<void()> stop_;
+  std::atomic<Clock::time_point> suspiciousUntil_{};
 };
 
 }  // namespace rule_grpc

@@ -1,9 +1,12 @@
 """What the server refuses, and that it goes on."""
 
+import signal
 import socket
+import time
 import unittest
 
 import grpc
+from cable import Cable
 from servers import ENDED_WELL, METHODS, SERVICE, Server, ServerTest, protocol
 
 MEBIBYTE = 1 << 20
@@ -38,7 +41,7 @@ class Arguments(RefusalsTest):
             "a length past the end": b"\x0a\x7f",
             "a length of 50,000,000": b"\x0a\x80\xe1\xeb\x17\x61",
             "a tag without value": b"\x08",
-            "nested groups": b"\xa3\x06" * 10000,
+            "nested groups": b"\xa3\x06" * 1000,
         }
         for method in METHODS:
             for name, content in malformed.items():
@@ -73,6 +76,7 @@ class Arguments(RefusalsTest):
                 content = argument_of_size(argument, size)
                 self.assertEqual(len(content), size)
                 with self.subTest(method, size=size):
+                    refused = refused or "token" in argument.DESCRIPTOR.fields_by_name
                     self.assertEqual(
                         self.client.refusal(method, content)[0] == "RESOURCE_EXHAUSTED", refused)
 
@@ -136,16 +140,85 @@ class Bytes(RefusalsTest):
                     pass
 
 
+class Frames(RefusalsTest):
+    """What a client sends is changed on its way, as clients make no such frames."""
+
+    def test_that_are_malformed(self):
+        argument = protocol.ExchangeToken(token="secret").SerializeToString()
+        good = b"\0" + len(argument).to_bytes(4, "big") + argument
+        malformed = ("INVALID_ARGUMENT", "malformed bytes")
+        missing = ("INVALID_ARGUMENT", "missing token")
+        cases = {
+            good: ("OK", None),
+            b"\0\0\0\0\x09" + argument: malformed,
+            b"\0\0\x10\0\0" + argument: malformed,
+            b"\0\xff\xff\xff\xff" + argument: malformed,
+            b"\0\0\0\0\x07" + argument: malformed,
+            b"\0\0\0\0\0" + argument: missing,
+            b"\2" + good[1:]: missing,
+            b"\xff" + good[1:]: missing,
+        }
+        for frame, expected in cases.items():
+            with self.subTest(frame):
+                cable = Cable(self, self.server.address, change=lambda sent, new=frame:
+                              sent.replace(good, new))
+                client = self.channel(cable.address)
+                self.assertEqual(client.refusal("exchangeToken", argument), expected)
+                client.channel.close()
+
+
 class Tokens(RefusalsTest):
+    @staticmethod
+    def attempt(client, token, method="exchangeToken"):
+        return client.channel.unary_unary(f"/{SERVICE}/{method}").future(
+            protocol.ExchangeToken(token=token).SerializeToString(), timeout=60)
+
     def test_that_are_not_the_servers(self):
-        for method in ["exchangeToken", "stopServer"]:
-            for token in ["", "Secret", "secret ", "secret\n", "\0secret"]:
-                content = protocol.ExchangeToken(token=token).SerializeToString()
-                with self.subTest(token, method=method):
-                    self.assertEqual(
-                        self.client.refusal(method, content),
-                        ("UNAUTHENTICATED", "the token is not this server's"))
+        calls = {
+            (token, method): self.attempt(self.client, token, method)
+            for token in ["", "Secret", "secreT", "secret ", "secret\n", "\0secret",
+                          "secretsecret", "s", "secre"]
+            for method in ["exchangeToken", "stopServer"]}
+        for key, call in calls.items():
+            self.assertEqual(
+                (call.code().name, call.details()),
+                ("UNAUTHENTICATED", "the token is not this server's"), key)
         self.assertEqual(self.client.call("exchangeToken", token="secret").code, 0)
+
+    def test_take_a_second_after_a_guess_and_nothing_else_does(self):
+        self.assertEqual(self.attempt(self.client, "first").code().name, "UNAUTHENTICATED")
+        begin = time.monotonic()
+        guesses = [self.attempt(self.client, str(i)) for i in range(40)]
+        other = self.channel(self.server.address)
+        right = self.attempt(other, "secret")
+        for _ in range(100):
+            other.call("getVersion")
+        self.assertLess(time.monotonic() - begin, 1)
+        self.assertIsNone(right.exception())
+        self.assertGreater(time.monotonic() - begin, 1)
+        self.assertLess(time.monotonic() - begin, 2)
+        other.channel.close()
+        for guess in guesses:
+            self.assertEqual(guess.code().name, "UNAUTHENTICATED")
+        # A connection has 16 requests at once.
+        self.assertGreater(time.monotonic() - begin, 3)
+
+
+class Signals(RefusalsTest):
+    def test_of_writing_do_not_end_the_server(self):
+        for number in [signal.SIGPIPE, signal.SIGXFSZ]:
+            self.server.send_signal(number)
+
+    def test_of_a_file_that_gets_too_long(self):
+        server = Server(self, "--files", "files", prefix=["prlimit", "--fsize=1000"])
+        client = self.channel(server.address)
+        session = client.start(report_file=file("report.html"))
+        status, _ = client.refusal(
+            "writeReport", protocol.Session(name="", uuid=session).SerializeToString())
+        self.assertEqual(status, "FAILED_PRECONDITION")
+        self.assertEqual(client.found(session), {})
+        client.channel.close()
+        self.assertEqual(server.stop(), ENDED_WELL)
 
 
 class Files(RefusalsTest):
