@@ -28,4 +28,8 @@ int run(CLI::App& app, int argc, const char* const* argv, const std::function<vo
   }
 }
 
+CLI::Validator notEmpty() {
+  return {[](const std::string& value) { return value.empty() ? "is empty" : std::string(); }, ""};
+}
+
 }  // namespace examples

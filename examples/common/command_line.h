@@ -15,6 +15,9 @@ namespace examples {
 // that the Protocol Buffers runtime logs is printed.
 int run(CLI::App& app, int argc, const char* const* argv, const std::function<void()>& work);
 
+// For options whose value switches something on: an empty one is refused.
+CLI::Validator notEmpty();
+
 }  // namespace examples
 
 #endif  // VOK_EXAMPLES_COMMON_COMMAND_LINE_H_

@@ -6,6 +6,7 @@
 #include <chrono>
 
 #include "common/framing.h"
+#include "grpc/address.h"
 
 namespace rule_grpc {
 namespace {
@@ -90,6 +91,7 @@ Exchange exchange(Stub& stub, const Request& request) {
 }  // namespace
 
 std::shared_ptr<grpc::Channel> channelTo(const std::string& address, const Security& security) {
+  parseAddress(address);
   grpc::ChannelArguments arguments;
   arguments.SetInt(GRPC_ARG_ENABLE_RETRIES, 0);
   arguments.SetMaxReceiveMessageSize(static_cast<int>(examples::kMaxMessageBytes));

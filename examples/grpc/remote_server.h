@@ -20,7 +20,8 @@ class ConnectionLost : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// No request is sent twice, and large results are taken.
+// No request is sent twice, and large results are taken. Throws what parseAddress() and
+// clientCredentials() do.
 std::shared_ptr<grpc::Channel> channelTo(const std::string& address, const Security& security);
 
 // Carries those requests that report() of lint_client makes. It throws ConnectionLost,

@@ -18,6 +18,7 @@
 
 #include "common/command_line.h"
 #include "common/message_file.h"
+#include "grpc/listener.h"
 #include "grpc/rule_check_service.h"
 #include "grpc/security.h"
 #include "html_report/html_report.h"
@@ -44,22 +45,33 @@ void define(CLI::App& app, Options& options) {
       ->capture_default_str();
   app.add_option("--token-file", options.tokenFile,
                  "File with the token for stopServer; default: the environment variable " +
-                     std::string(kTokenVariable));
+                     std::string(kTokenVariable))
+      ->check(examples::notEmpty());
   rule_grpc::define(app, "--client-ca", "Authority of clients: each must have a certificate of it",
                     options.security);
   app.get_option("--client-ca")->needs("--certificate");
 }
 
 // A line break at the end of the file is not part of the token.
-std::string tokenFor(const Options& options) {
-  if (options.tokenFile.empty()) {
-    const char* token = getenv(kTokenVariable);
-    return token == nullptr ? "" : token;
-  }
-  std::string token = examples::readFile(options.tokenFile);
+std::string tokenOf(const std::string& file) {
+  std::string token = examples::readFile(file);
   token.erase(token.find_last_not_of("\r\n") + 1);
   if (token.empty()) {
-    throw std::runtime_error(options.tokenFile + ": has no token");
+    throw std::runtime_error(file + ": has no token");
+  }
+  return token;
+}
+
+std::string tokenFor(const Options& options) {
+  const char* const variable = getenv(kTokenVariable);
+  std::string token = variable == nullptr ? "" : variable;
+  if (!options.tokenFile.empty()) {
+    token = tokenOf(options.tokenFile);
+  }
+  vok::rulecheck::ExchangeToken argument;
+  argument.set_token(token);
+  if (argument.ByteSizeLong() > rule_grpc::kMaxTokenBytes) {
+    throw std::runtime_error("the token is too long");
   }
   return token;
 }
@@ -74,8 +86,9 @@ rule_server::Environment environmentOf(const Options& options, rule_server::File
   return environment;
 }
 
-// The signals that end the server. They are blocked in this thread and all that it
-// starts, so that wait() gets them.
+// The signals that end the server: they are blocked in this thread and all that it
+// starts, so that wait() gets them. A closed pipe and a file that gets too long are
+// errors of the functions that write, and don't end it.
 class StopSignals {
  public:
   StopSignals() {
@@ -83,6 +96,8 @@ class StopSignals {
     sigaddset(&signals_, SIGINT);
     sigaddset(&signals_, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
+    signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
   }
   void wait() const {
     int signal = 0;
@@ -102,43 +117,49 @@ void limit(grpc::ServerBuilder& builder) {
   builder.SetCompressionAlgorithmSupportStatus(GRPC_COMPRESS_GZIP, false);
 }
 
-std::unique_ptr<grpc::Server> started(const Options& options, grpc::Service& service, int* port) {
+// A client that is gone, or that does nothing, gives its connection back. Pings would not
+// do: a server that is busy takes an answer too late for none.
+void limitIdleness(grpc::ServerBuilder& builder) {
+  constexpr int kMinute = 60000;
+  builder.AddChannelArgument(GRPC_ARG_SERVER_HANDSHAKE_TIMEOUT_MS, kMinute);
+  builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_IDLE_MS, kMinute);
+  builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_AGE_MS, 10 * kMinute);
+  builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_AGE_GRACE_MS, kMinute);
+}
+
+std::unique_ptr<grpc::Server> started(const std::shared_ptr<grpc::ServerCredentials>& credentials,
+                                      grpc::Service& service, rule_grpc::Listener& listener) {
   grpc::EnableDefaultHealthCheckService(true);
   grpc::reflection::InitProtoReflectionServerBuilderPlugin();
   grpc::ServerBuilder builder;
   limit(builder);
-  // Otherwise two servers could share an address.
-  builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
-  builder.AddListeningPort(options.address,
-                           rule_grpc::serverCredentials(options.security, options.address), port);
+  limitIdleness(builder);
   builder.RegisterService(&service);
+  auto acceptor = builder.experimental().AddExternalConnectionAcceptor(
+      grpc::ServerBuilder::experimental_type::ExternalConnectionType::FROM_FD, credentials);
   std::unique_ptr<grpc::Server> server = builder.BuildAndStart();
   if (server == nullptr) {
-    throw std::runtime_error(options.address +
-                             ": cannot listen there, or not with that certificate");
+    throw std::runtime_error(listener.address() + ": gRPC cannot serve there");
   }
+  listener.start(std::move(acceptor));
   server->GetHealthCheckService()->SetServingStatus(
       vok::rulecheck::RuleCheckService::service_full_name(), true);
   return server;
 }
 
-// With the port that the system chose.
-std::string boundAddress(const std::string& address, int port) {
-  return address.rfind("unix:", 0) == 0
-             ? address
-             : address.substr(0, address.rfind(':') + 1) + std::to_string(port);
-}
-
 void serve(const Options& options) {
   constexpr auto kGrace = std::chrono::seconds(10);
   const StopSignals signals;
+  rule_grpc::raiseDescriptorLimit();
   rule_server::DirectoryFiles files(options.files);
   rule_server::Server rules(environmentOf(options, files));
   rule_grpc::RuleCheckService service(rules, [] { kill(getpid(), SIGTERM); });
-  int port = 0;
-  const auto server = started(options, service, &port);
-  std::cout << "Listening on " << boundAddress(options.address, port) << std::endl;
+  const auto credentials = rule_grpc::serverCredentials(options.security, options.address);
+  rule_grpc::Listener listener(options.address);
+  const auto server = started(credentials, service, listener);
+  std::cout << "Listening on " << listener.address() << std::endl;
   signals.wait();
+  listener.stop();
   server->GetHealthCheckService()->Shutdown();
   server->Shutdown(std::chrono::system_clock::now() + kGrace);
 }

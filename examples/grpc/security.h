@@ -12,7 +12,7 @@
 
 namespace rule_grpc {
 
-// Names of files in PEM format; empty if they are not given.
+// Names of files in PEM format; empty if they are not given, which define() sees to.
 struct Security {
   std::string certificate;
   std::string key;
@@ -28,15 +28,12 @@ void define(CLI::App& app, const std::string& authorityOption, const std::string
 
 // TLS if a certificate (server) or an authority (client) is given. A server with an
 // authority takes only clients with a certificate. Throws std::runtime_error if a file
-// can't be read, and if without TLS the address is not one of this host.
+// lacks a certificate or the certificate's key, and if without TLS the address is not
+// one of this host.
 std::shared_ptr<grpc::ServerCredentials> serverCredentials(const Security& security,
                                                            const std::string& address);
 std::shared_ptr<grpc::ChannelCredentials> clientCredentials(const Security& security,
                                                             const std::string& address);
-
-// Whether nobody outside of this host can be at the address: a unix: socket, localhost,
-// or a loopback number.
-bool isOfThisHost(const std::string& address);
 
 }  // namespace rule_grpc
 

@@ -34,11 +34,21 @@ class BadArguments(ProgramTest):
             (["--certificate", "a.pem"], "--certificate requires --key"),
             (["--key", "a.key"], "--key requires --certificate"),
             (["--client-ca", "ca.pem"], "--client-ca requires --certificate"),
-            (["--certificate", "a.pem", "--key", "a.key"], "a.key: cannot be read"),
-            (["--listen", "127.0.0.1:x"],
-             "127.0.0.1:x: cannot listen there, or not with that certificate"),
+            (["--certificate", "a.pem", "--key", "a.key"], "a.pem: cannot be read"),
+            (["--certificate", "", "--key", ""], "--certificate: is empty"),
+            (["--certificate", "a", "--key", ""], "--key: is empty"),
+            (["--certificate", "a", "--key", "b", "--client-ca", ""], "--client-ca: is empty"),
+            (["--token-file", ""], "--token-file: is empty"),
+            (["--listen", ""], ": not an address, expected HOST:PORT or unix:PATH"),
+            (["--listen", "127.0.0.1"],
+             "127.0.0.1: not an address, expected HOST:PORT or unix:PATH"),
+            (["--listen", "127.0.0.1:99999"],
+             "127.0.0.1:99999: not an address, expected HOST:PORT or unix:PATH"),
+            (["--listen", "unix:"], "unix:: not an address, expected HOST:PORT or unix:PATH"),
             (["--listen", "unix:missing/socket"],
-             "unix:missing/socket: cannot listen there, or not with that certificate"),
+             "unix:missing/socket: cannot listen there: No such file or directory"),
+            (["--listen", "unix:" + "a" * 108],
+             f"unix:{'a' * 108}: cannot listen there: the path is too long"),
         ]
         for words, line in cases:
             with self.subTest(words):
@@ -53,6 +63,10 @@ class BadArguments(ProgramTest):
             ([*server, "--ca", "missing"], "missing: cannot be read"),
             ([*server, "--certificate", "a", "--key", "b"], "--certificate requires --ca"),
             ([*server, "--ca", "m.v", "--key", "b"], "--key requires --certificate"),
+            ([*server, "--ca", ""], "--ca: is empty"),
+            ([*server, "--ca", "m.v"], "m.v: has no certificate"),
+            (["m.v", "--server", "127.0.0.1"],
+             "127.0.0.1: not an address, expected HOST:PORT or unix:PATH"),
             ([*server, "--verilator", "no-such-verilator"],
              "no-such-verilator: cannot be run: No such file or directory"),
         ]
@@ -60,6 +74,20 @@ class BadArguments(ProgramTest):
             with self.subTest(words):
                 self.assert_refused(
                     self.run_program(GRPC_LINT_CLIENT, *words), f"grpc_lint_client: {line}")
+
+    def test_with_too_few_descriptors(self):
+        self.assert_refused(
+            self.run_program("prlimit", "--nofile=47:47", RULE_SERVER),
+            "rule_server: needs 48 file descriptors, and may have 47")
+
+    def test_with_a_token_that_is_too_long(self):
+        for length in [4093, 4094]:
+            token = self.write("token", "a" * length)
+            line = "the token is too long" if length > 4093 else "x: not an address, expected " \
+                "HOST:PORT or unix:PATH"
+            self.assert_refused(
+                self.run_program(RULE_SERVER, "--token-file", token, "--listen", "x"),
+                f"rule_server: {line}")
 
 
 if __name__ == "__main__":

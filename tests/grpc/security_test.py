@@ -1,5 +1,6 @@
 """Who is let in, and by whom."""
 
+import os
 import unittest
 
 from certificates import Certificates
@@ -114,15 +115,29 @@ class SecureServers(SecurityTest):
         client = self.channel(f"localhost:{port}", self.certificates.credentials())
         self.assertEqual(client.call("getVersion").major, 1)
 
-    def test_need_a_certificate_that_goes_with_the_key(self):
-        self.write("empty", "")
-        server, key = self.certificates.path("server.pem"), self.certificates.path("server.key")
-        for certificate, own in [("empty", key), (server, "empty"), (key, server)]:
-            self.assert_refused(
-                self.run_program(
-                    RULE_SERVER, "--listen", "127.0.0.1:0", "--certificate", certificate,
-                    "--key", own),
-                "rule_server: 127.0.0.1:0: cannot listen there, or not with that certificate")
+    def test_need_certificates_and_the_key(self):
+        empty = self.write("empty", "")
+        self.write("m.v", "module m; endmodule\n")
+        paths = {name: self.certificates.path(name) for name in [
+            "ca.pem", "server.pem", "server.key", "client.pem", "client.key"]}
+        server, key = paths["server.pem"], paths["server.key"]
+        for certificate, own, authority, line in [
+                (empty, key, paths["ca.pem"], f"{empty}: has no certificate"),
+                (key, key, paths["ca.pem"], f"{key}: has no certificate"),
+                (server, empty, paths["ca.pem"], f"{empty}: has no private key without password"),
+                (server, server, paths["ca.pem"], f"{server}: has no private key without password"),
+                (server, paths["client.key"], paths["ca.pem"],
+                 f"{paths['client.key']}: not the key of the certificate"),
+                (server, key, empty, f"{empty}: has no certificate"),
+                (server, key, key, f"{key}: has no certificate")]:
+            words = ["--certificate", certificate, "--key", own]
+            for program, options in [(RULE_SERVER, ["--client-ca", authority]),
+                                     (GRPC_LINT_CLIENT, ["--ca", authority, "--server",
+                                                         "localhost:1", "m.v"])]:
+                with self.subTest(line, program=program):
+                    self.assert_refused(
+                        self.run_program(program, *words, *options),
+                        f"{os.path.basename(program)}: {line}")
 
 
 if __name__ == "__main__":

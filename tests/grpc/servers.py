@@ -75,10 +75,10 @@ class Client:
 class Server:
     """The program, from its start until the test ends it."""
 
-    def __init__(self, test, *options, environment=None):
+    def __init__(self, test, *options, environment=None, prefix=()):
         self.errors = tempfile.TemporaryFile()
         self.process = subprocess.Popen(
-            [RULE_SERVER, *map(str, options)], stdout=subprocess.PIPE, stderr=self.errors,
+            [*prefix, RULE_SERVER, *map(str, options)], stdout=subprocess.PIPE, stderr=self.errors,
             text=True, cwd=test.folder, env={**os.environ, **(environment or {})})
         test.addCleanup(self.kill)
         line = self.process.stdout.readline()

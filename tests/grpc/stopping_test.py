@@ -3,10 +3,11 @@
 import concurrent.futures
 import signal
 import socket
-import threading
+import subprocess
 import unittest
 
 import grpc
+from cable import Cable
 from servers import (
     ENDED_WELL, GRPC_LINT_CLIENT, RULE_SERVER, SERVICE, Server, ServerTest, protocol)
 
@@ -93,7 +94,7 @@ class Servers(ServerTest):
         server = Server(self)
         self.assert_refused(
             self.run_program("timeout", "60", RULE_SERVER, "--listen", server.address),
-            f"rule_server: {server.address}: cannot listen there, or not with that certificate")
+            f"rule_server: {server.address}: cannot listen there: Address already in use")
         self.assertEqual(server.stop(), ENDED_WELL)
 
 
@@ -105,51 +106,69 @@ def done(call):
 
 
 class Sockets(ServerTest):
-    def test_of_the_file_system(self):
-        address = f"unix:{self.folder}/socket"
-        server = Server(self, "--listen", address)
-        self.assertEqual(server.address, address)
-        client = self.channel(address)
+    def setUp(self):
+        super().setUp()
+        self.path = self.folder / "socket"
+        self.address = f"unix:{self.path}"
+
+    def server(self):
+        server = Server(self, "--listen", self.address)
+        self.assertEqual(server.address, self.address)
+        return server
+
+    def assert_works(self, server):
+        client = self.channel(self.address)
         self.assertEqual(client.found(client.start()), {})
+        client.channel.close()
         self.assertEqual(server.stop(), ENDED_WELL)
 
+    def assert_not_taken(self, reason):
+        self.assert_refused(
+            self.run_program("timeout", "60", RULE_SERVER, "--listen", self.address),
+            f"rule_server: {self.address}: cannot listen there: {reason}")
 
-class Cable:
-    """Stands between a client and a server, and breaks after some bytes to the server."""
+    def test_are_removed_in_the_end(self):
+        self.assert_works(self.server())
+        self.assertFalse(self.path.exists())
 
-    def __init__(self, test, address, length):
-        self.listener = socket.create_server(("127.0.0.1", 0))
-        test.addCleanup(self.listener.close)
-        self.address = "127.0.0.1:%d" % self.listener.getsockname()[1]
-        host, port = address.rsplit(":", 1)
-        self.server = (host, int(port))
-        self.length = length
-        self.connections = 0
-        threading.Thread(target=self.carry, daemon=True).start()
+    def test_are_not_taken_from_a_server(self):
+        server = self.server()
+        self.assert_not_taken("Address already in use")
+        self.assert_works(server)
 
-    def carry(self):
-        while True:
-            try:
-                client, _ = self.listener.accept()
-            except OSError:
-                return
-            self.connections += 1
-            server = socket.create_connection(self.server)
-            threading.Thread(target=self.back, args=(server, client), daemon=True).start()
-            carried = 0
-            while carried < self.length and (content := client.recv(1024)):
-                server.sendall(content)
-                carried += len(content)
-            for end in (client, server):
-                end.shutdown(socket.SHUT_RDWR)
+    def test_are_taken_from_a_server_that_was_killed(self):
+        self.server().kill()
+        self.assertTrue(self.path.is_socket())
+        self.assert_works(self.server())
 
-    @staticmethod
-    def back(server, client):
-        try:
-            while content := server.recv(1024):
-                client.sendall(content)
-        except OSError:
-            pass
+    def test_do_not_replace_files(self):
+        self.path.write_text("a file", encoding="utf-8")
+        self.assert_not_taken("a file that is not a socket is there")
+        self.assertEqual(self.path.read_text(encoding="utf-8"), "a file")
+
+    def test_of_successors_are_not_removed(self):
+        server = self.server()
+        self.path.unlink()
+        successor = self.server()
+        self.assertEqual(server.stop(), ENDED_WELL)
+        self.assert_works(successor)
+
+    def test_are_taken_by_one_of_many_that_start_at_once(self):
+        self.server().kill()
+        starting = [subprocess.Popen(
+            [RULE_SERVER, "--listen", self.address], stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE, text=True, cwd=self.folder) for _ in range(8)]
+        lines = [(server.stdout.readline(), server) for server in starting]
+        listening = [server for line, server in lines if line]
+        self.assertEqual(len(listening), 1)
+        client = self.channel(self.address)
+        self.assertEqual(client.found(client.start()), {})
+        client.channel.close()
+        listening[0].terminate()
+        for server in starting:
+            _, errors = server.communicate(timeout=60)
+            self.assertEqual((server.returncode, errors), (0, "") if server in listening else (
+                2, f"rule_server: {self.address}: cannot listen there: Address already in use\n"))
 
 
 class LintClient(ServerTest):
@@ -169,7 +188,7 @@ class LintClient(ServerTest):
 
     def test_tells_of_a_connection_that_breaks_and_sends_nothing_twice(self):
         server = Server(self)
-        cable = Cable(self, server.address, 60000)
+        cable = Cable(self, server.address, length=60000)
         self.assert_lost(self.report(cable.address))
         self.assertEqual(cable.connections, 1)
         self.assertEqual(server.stop(), ENDED_WELL)

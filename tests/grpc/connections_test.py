@@ -1,0 +1,125 @@
+"""Connections of clients that do nothing, and how many the server takes."""
+
+import concurrent.futures
+import os
+import resource
+import socket
+import time
+import unittest
+
+from servers import ENDED_WELL, SERVICE, Server, ServerTest
+
+LIMITS = [64, 1024, 2048]
+
+
+def connected(address):
+    if address.startswith("unix:"):
+        connection = socket.socket(socket.AF_UNIX)
+        connection.connect(address.removeprefix("unix:"))
+        return connection
+    host, port = address.rsplit(":", 1)
+    return socket.create_connection((host, int(port)))
+
+
+def descriptors(server):
+    return len(os.listdir(f"/proc/{server.process.pid}/fd"))
+
+
+class Silent(ServerTest):
+    """More connections than the server may have descriptors."""
+
+    @classmethod
+    def setUpClass(cls):
+        hard = resource.getrlimit(resource.RLIMIT_NOFILE)[1]
+        resource.setrlimit(resource.RLIMIT_NOFILE, (hard, hard))
+
+    def setUp(self):
+        super().setUp()
+        self.servers = {
+            (limit, kind): Server(self, "--listen", address,
+                                  prefix=["prlimit", f"--nofile=40:{limit}"])
+            for limit in LIMITS
+            for kind, address in [("TCP", "127.0.0.1:0"), ("unix", f"unix:{self.folder}/{limit}")]}
+        self.connections = []
+        self.addCleanup(self.close_connections)
+        for (limit, _), server in self.servers.items():
+            self.connections += [connected(server.address) for _ in range(limit + 6)]
+        self.wait_for(lambda limit, server: descriptors(server) > min(limit - 30, 990))
+
+    def close_connections(self):
+        for connection in self.connections:
+            connection.close()
+
+    def wait_for(self, condition):
+        end = time.monotonic() + 30
+        for (limit, kind), server in self.servers.items():
+            while not condition(limit, server):
+                self.assertLess(time.monotonic(), end, (limit, kind))
+                time.sleep(0.01)
+
+    def assert_answered(self, longest):
+        """All servers at once, to wait once."""
+        begin = time.monotonic()
+        clients = {key: self.channel(server.address) for key, server in self.servers.items()}
+        calls = {key: client.channel.unary_unary(f"/{SERVICE}/getVersion").future(
+            b"", timeout=longest) for key, client in clients.items()}
+        for key, call in calls.items():
+            self.assertIsNone(call.exception(), key)
+            print(key, "answered after", time.monotonic() - begin, "s")
+            clients[key].channel.close()  # an idle client would delay the server's end
+        for server in self.servers.values():
+            self.assertIsNone(server.process.poll())
+
+    def test_leave_descriptors_to_the_server(self):
+        for (limit, kind), server in self.servers.items():
+            self.assertLessEqual(descriptors(server), min(limit - 24, 1020), (limit, kind))
+
+    def test_give_way_to_others(self):
+        self.assert_answered(5)
+
+    def test_let_others_in_when_they_are_closed(self):
+        self.close_connections()
+        self.assert_answered(5)
+        self.wait_for(lambda _, server: descriptors(server) < 20)
+        for server in self.servers.values():
+            self.assertEqual(server.stop(), ENDED_WELL)
+
+
+PREFACE = b"PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n" + b"\0\0\0\4\0\0\0\0\0"
+
+
+class Idle(ServerTest):
+    def test_connections_are_closed(self):
+        server = Server(self)
+        cases = {
+            "sends nothing": (b"", 9, 20),
+            "begins a handshake": (PREFACE[:10], 59, 90),
+            "requests nothing": (PREFACE, 59, 90),
+        }
+
+        def seconds(content):
+            begin = time.monotonic()
+            with connected(server.address) as connection:
+                connection.settimeout(100)
+                connection.sendall(content)
+                try:
+                    while connection.recv(4096):
+                        pass
+                except ConnectionResetError:
+                    pass
+                except TimeoutError:
+                    return 1000
+            return time.monotonic() - begin
+
+        with concurrent.futures.ThreadPoolExecutor() as pool:
+            open_for = pool.map(seconds, [content for content, _, _ in cases.values()])
+            for (name, (_, shortest, longest)), time_open in zip(cases.items(), open_for):
+                with self.subTest(name):
+                    print(name, time_open)
+                    self.assertGreater(time_open, shortest)
+                    self.assertLess(time_open, longest)
+        self.assertEqual(server.stop(), ENDED_WELL)
+
+
+if __name__ == "__main__":
+    unittest.main()
