@@ -147,9 +147,9 @@ void addSummary(const SessionResult& result, data* page) {
   const Session& session = result.session();
   const Counts counts = countsOf(result);
   (*page)["name"] = isBlank(session.name()) ? "Unnamed session" : escapeText(session.name());
-  (*page)["longName"] = isLong(session.name(), kMostBytesOfHeading);
+  (*page)["longName"] = isLong(session.name(), 100);
   (*page)["description"] = escapeText(session.description());
-  (*page)["longDescription"] = isLong(session.description(), kMostBytesOfHeading);
+  (*page)["longDescription"] = isLong(session.description(), 200);
   (*page)["described"] = !isBlank(session.description());
   (*page)["sessionFacts"] = sessionFacts(session);
   (*page)["kinds"] = kinds(result, counts);
