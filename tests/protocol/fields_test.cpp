@@ -51,11 +51,9 @@ void fill(std::string* text) {
 void fill(Message* message) {
   message->ParsePartialFromString(tests::fromHex("a0 06 05"));
 }
+using tests::bytesOf;
 std::string bytesOf(const std::string& text) {
   return text;
-}
-std::string bytesOf(const Message& message) {
-  return tests::bytesOf(message);
 }
 
 template <typename Class, typename Value>
