@@ -23,6 +23,7 @@
   grpc_packages=(libgrpc++-dev openssl protobuf-compiler-grpc python3-grpcio)
   debian_packages=(build-essential debhelper dpkg-dev python3)
   debian_test_packages=(lintian mmdebstrap pkg-config)
+  matrix_packages=(mmdebstrap)
   docs_packages=(mkdocs mkdocs-material mscgen protobuf-compiler python3-protobuf)
   recipe_packages=(make meson pkg-config)
 }
