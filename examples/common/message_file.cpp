@@ -6,9 +6,11 @@
 #include <google/protobuf/text_format.h>
 #include <google/protobuf/util/json_util.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <string_view>
 #include <system_error>
 
@@ -19,7 +21,7 @@ enum class Format { Binary, Text, Json };
 
 Format formatOf(const std::string& path) {
   const std::string extension = std::filesystem::path(path).extension().string();
-  if (extension == ".pb" || extension == ".bin") {
+  if (isBinary(path)) {
     return Format::Binary;
   }
   if (extension == ".txtpb" || extension == ".textproto" || extension == ".txt") {
@@ -105,10 +107,19 @@ std::string readFile(const std::string& path) {
   return content;
 }
 
+bool isBinary(const std::string& path) {
+  const std::string extension = std::filesystem::path(path).extension().string();
+  return extension == ".pb" || extension == ".bin";
+}
+
 std::string encodeFor(const std::string& path, const google::protobuf::Message& message) {
   const Format format = formatOf(path);
   if (!message.IsInitialized()) {
     throw FileError(path + ": missing " + message.InitializationErrorString());
+  }
+  // The conversion to JSON takes a message that is too long for an empty one.
+  if (message.ByteSizeLong() > std::numeric_limits<std::int32_t>::max()) {
+    throw FileError(path + ": the message has more than 2 GiB");
   }
   std::string content;
   if (!encode(format, message, &content)) {

@@ -33,8 +33,12 @@ std::string readFile(const std::string& path);
 // are written to in place.
 void writeFile(const std::string& path, const std::string& content);
 
+// Whether the extension of a file is one of the binary format.
+bool isBinary(const std::string& path);
+
 // Turns a message into the content of a file of that name, and back. A message
-// that is not initialized, and content that is malformed or incomplete, throw.
+// that is not initialized or has more than 2 GiB, and content that is malformed or
+// incomplete, throw.
 // Binary and text bytes of equal messages are equal.
 std::string encodeFor(const std::string& path, const google::protobuf::Message& message);
 void decodeFrom(const std::string& path, const std::string& content,

@@ -30,7 +30,9 @@ Response Connection::call(const Request& request) {
 Transport framed(std::function<std::string(const std::string&)> carry) {
   return [carry = std::move(carry)](const Request& request) {
     std::string sent;
-    examples::appendFramed(request, &sent);
+    if (!examples::appendFramed(request, &sent)) {
+      throw std::runtime_error("a request is incomplete or has more than 2 GiB");
+    }
     const std::string received = carry(sent);
     Exchange exchange{Response(), sent.size(), received.size()};
     std::size_t position = 0;

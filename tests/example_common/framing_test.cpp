@@ -4,8 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 
+#include "common/message_file.h"
 #include "support/messages.h"
 
 namespace {
@@ -36,6 +38,17 @@ TEST(Framing, ReadsWhatItWrote) {
     EXPECT_TRUE(readFramed(stream, &position, &token)) << length;
     EXPECT_EQ(stream.size(), position);
     EXPECT_EQ(length, token.token().size());
+  }
+}
+
+TEST(Framing, RefusesAMessageThatIsTooLong) {
+  ExchangeToken token;
+  token.mutable_token()->resize(std::size_t{2} << 30);
+  std::string stream = "before";
+  EXPECT_FALSE(appendFramed(token, &stream));
+  EXPECT_EQ("before", stream);
+  for (const char* const path : {"a.pb", "a.json", "a.txt"}) {
+    EXPECT_THROW(examples::encodeFor(path, token), examples::FileError) << path;
   }
 }
 
