@@ -10,32 +10,34 @@
 
 namespace rule_server {
 
-// Selects keys by a name pattern, by a regular expression, by both or by neither.
+// Selects keys by a name pattern, in which "*" stands for any bytes and "?" for any one
+// byte, by a regular expression, by both or by neither. Takes time that is linear in the
+// length of a key.
 class Selection {
  public:
   // Takes a LoadRuleDataFile or a DumpRules. Throws Failure (SelectionInvalid).
   template <typename Body>
   explicit Selection(const Body& body) {
     if (body.has_pattern()) {
-      pattern_ = body.pattern();
+      setPattern(body.pattern());
     }
     if (body.has_regex()) {
-      setRegex(body.regex());
+      set(&regex_, "regex", body.regex(), body.regex());
     }
   }
 
   bool matches(const std::string& key) const;
 
  private:
-  void setRegex(const std::string& text);
+  using Expression = std::optional<RE2>;
 
-  std::optional<std::string> pattern_;
-  std::optional<RE2> regex_;
+  void setPattern(const std::string& text);
+  static void set(Expression* expression, const char* name, const std::string& text,
+                  const std::string& syntax);
+
+  Expression pattern_;
+  Expression regex_;
 };
-
-// Whether the whole text matches the pattern, in which "*" stands for any bytes
-// and "?" for any one byte.
-bool matchesPattern(const std::string& text, const std::string& pattern);
 
 }  // namespace rule_server
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,6 @@
 namespace tests {
 namespace {
 
-using rule_server::matchesPattern;
 using vok::rulecheck::LoadRuleDataFile;
 using vok::rulecheck::RuleSpecMap;
 
@@ -52,11 +52,16 @@ TEST(Patterns, MatchWholeKeys) {
       {"abc", "[a]bc", false},
       {"abc", "ABC", false},
       {std::string("a\0c", 3), "a?c", true},
+      {"a\n\xffz", "a??z", true},
+      {"a\n\xffz", "*\n\xff*", true},
+      {std::string("a\0c", 3), std::string("a\0?", 3), true},
       {"mississippi", "m*iss*p*", true},
       {std::string(5000, 'a'), "*a*a*a*a*a*a*b", false},
   };
   for (const PatternCase& c : cases) {
-    EXPECT_EQ(c.matches, matchesPattern(c.text, c.pattern))
+    LoadRuleDataFile body;
+    body.set_pattern(c.pattern);
+    EXPECT_EQ(c.matches, rule_server::Selection(body).matches(c.text))
         << c.text.substr(0, 20) << " against " << c.pattern;
   }
 }
@@ -100,6 +105,15 @@ TEST(Selections, TakeLittleTimeForAnyExpression) {
     body.set_regex(regex);
     EXPECT_FALSE(rule_server::Selection(body).matches(std::string(255, 'a'))) << regex;
   }
+}
+
+// Time that is quadratic in the length of the key would be a minute and more.
+TEST(Selections, TakeLittleTimeForLongKeys) {
+  LoadRuleDataFile body;
+  body.set_pattern("*" + std::string(500, 'a') + "b*" + std::string(400, 'a') + "?b");
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(rule_server::Selection(body).matches(std::string(3000000, 'a')));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
 const char* const kRules =
