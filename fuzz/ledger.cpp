@@ -19,7 +19,7 @@ const std::string kDump = "ledger.pb";
 
 const std::set<int>& errorCodes() {
   static const std::set<int> codes = {1,  2,  3,  4,  5,  6,  10, 11, 12, 20,
-                                      21, 22, 23, 24, 30, 31, 32, 33, 40};
+                                      21, 22, 23, 24, 30, 31, 32, 33, 40, 41};
   return codes;
 }
 
@@ -181,11 +181,11 @@ void Ledger::noteSession(const StartSession& body, const Session& session) {
   check(books_.emplace(session.uuid(), fresh).second, "session", "its uuid was taken before");
 }
 
-// The report holds the result as it is, unless the page went to the same file.
+// The report holds the result as it is.
 void Ledger::noteReport(const Book& about) const {
   const std::string& path = about.session.proto_file().path();
   const bool isBinary = path.size() > 3 && path.substr(path.size() - 3) == ".pb";
-  if (!isBinary || about.session.report_file().path() == path) {
+  if (!isBinary) {
     return;
   }
   SessionResult written;

@@ -4,6 +4,8 @@
 #include <grpcpp/alarm.h>
 #include <vok/rulecheck/RuleService.pb.h>
 
+#include <memory>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -22,13 +24,10 @@ using Bytes = RuleCheckService::Bytes;
 using Context = RuleCheckService::Context;
 using Reactor = RuleCheckService::Reactor;
 
-// How a method is asked for in an envelope: where its argument stands in the request,
-// and its answer in the response.
-struct Method {
-  Request::RequestType type;
-  std::function<Message*(Request*)> argument;
-  std::function<Message*(Response*)> answer;
-};
+constexpr std::size_t kMostWaiting = 64;
+constexpr std::size_t kMostUnreadBytes = std::size_t{256} << 20;
+
+using Read = std::function<Status(const Bytes&, Request*)>;
 
 Status parse(const Bytes& bytes, Message* message) {
   grpc::Slice block;
@@ -41,25 +40,6 @@ Status parse(const Bytes& bytes, Message* message) {
     return refusal(StatusCode::INVALID_ARGUMENT, "missing " + message->InitializationErrorString());
   }
   return Status::OK;
-}
-
-Status handle(rule_server::Server& server, const Request& request,
-              const std::function<Message*(Response*)>& body, Bytes* answer) {
-  Response response = server.handle(request);
-  if (response.type() == Response::ERROR_RESPONSE) {
-    return statusOf(response.error());
-  }
-  const grpc::Slice block(body(&response)->SerializeAsString());
-  *answer = Bytes(&block, 1);
-  return Status::OK;
-}
-
-Status perform(rule_server::Server& server, const Method& method, const Bytes& argument,
-               Bytes* answer) {
-  Request request;
-  request.set_type(method.type);
-  Status parsed = parse(argument, method.argument(&request));
-  return parsed.ok() ? handle(server, request, method.answer, answer) : parsed;
 }
 
 // The two messages number their fields differently, and a StartSession has neither
@@ -91,15 +71,24 @@ Request resultOf(const Session& session) {
   return request;
 }
 
-Reactor* finish(Context* context, const Status& status) {
-  Reactor* reactor = context->DefaultReactor();
-  reactor->Finish(status);
-  return reactor;
+// Reads the argument of a method into the field of the request that it has there.
+Read into(Request::RequestType type, std::function<Message*(Request*)> field) {
+  return [type, field = std::move(field)](const Bytes& bytes, Request* request) {
+    request->set_type(type);
+    return parse(bytes, field(request));
+  };
 }
 
-Reactor* answerWith(rule_server::Server& server, Context* context, const Bytes& argument,
-                    Bytes* answer, const Method& method) {
-  return finish(context, perform(server, method, argument, answer));
+// Reads a session, and makes a request of it.
+Read through(Request (*requestOf)(const Session&)) {
+  return [requestOf](const Bytes& bytes, Request* request) {
+    Session session;
+    const Status status = parse(bytes, &session);
+    if (status.ok()) {
+      *request = requestOf(session);
+    }
+    return status;
+  };
 }
 
 // Answers later.
@@ -115,115 +104,202 @@ class Delayed : public Reactor {
   grpc::Alarm alarm_;
 };
 
+Status busy(const std::string& reason) {
+  return refusal(StatusCode::RESOURCE_EXHAUSTED, reason + ": try again later");
+}
+
+Reactor* finish(Context* context, const Status& status) {
+  Reactor* reactor = context->DefaultReactor();
+  reactor->Finish(status);
+  return reactor;
+}
+
+// An answer, which counts as unread until it is sent.
+class Answer : public grpc::ServerUnaryReactor {
+ public:
+  explicit Answer(std::atomic<std::size_t>* unread) : unread_(unread) {}
+  void finish(const Status& status, const Bytes& answer) {
+    bytes_ = status.ok() ? answer.Length() : 0;
+    *unread_ += bytes_;
+    Finish(status);
+  }
+  void OnDone() override {
+    *unread_ -= bytes_;
+    delete this;
+  }
+
+ private:
+  std::atomic<std::size_t>* unread_;
+  std::size_t bytes_ = 0;
+};
+
 }  // namespace
 
+// How a method is asked for in an envelope, and where its answer is in the response.
+struct RuleCheckService::Method {
+  Read read;
+  std::function<Message*(Response*)> answer;
+};
+
+Status serialize(const Message& message, Bytes* bytes) {
+  auto content = std::make_unique<std::string>();
+  if (!message.SerializeToString(content.get())) {
+    return refusal(StatusCode::RESOURCE_EXHAUSTED,
+                   "the answer has more than 2 GiB: report to more sessions");
+  }
+  std::string* owned = content.release();
+  const grpc::Slice block(
+      owned->data(), owned->size(), [](void* held) { delete static_cast<std::string*>(held); },
+      owned);
+  *bytes = Bytes(&block, 1);
+  return Status::OK;
+}
+
 RuleCheckService::RuleCheckService(rule_server::Server& server, std::function<void()> stop)
-    : server_(server), stop_(std::move(stop)) {}
+    : server_(server), stop_(std::move(stop)), worker_(kMostWaiting) {}
+
+Status RuleCheckService::perform(const Request& request, const Method& method, Bytes* answer) {
+  try {
+    Response response = server_.handle(request);
+    if (response.type() == Response::ERROR_RESPONSE) {
+      return statusOf(response.error());
+    }
+    return serialize(*method.answer(&response), answer);
+  } catch (const std::bad_alloc&) {
+    return busy("the server has no memory left");
+  }
+}
+
+Status RuleCheckService::performNow(const Bytes& argument, const Method& method, Bytes* answer) {
+  Request request;
+  const Status status = method.read(argument, &request);
+  return status.ok() ? perform(request, method, answer) : status;
+}
+
+Reactor* RuleCheckService::answerWith(Context* context, const Bytes* argument, Bytes* answer,
+                                      const Method& method) {
+  auto* reply = new Answer(&unreadBytes_);
+  if (unreadBytes_ > kMostUnreadBytes) {
+    reply->finish(busy("clients have not read what was answered"), *answer);
+    return reply;
+  }
+  Request request;
+  Status status = method.read(*argument, &request);
+  if (!status.ok() || !server_.takesLong(request)) {
+    status = status.ok() ? perform(request, method, answer) : status;
+    reply->finish(status, *answer);
+    return reply;
+  }
+  // The bytes are kept, since the request can take 58 times their length.
+  const bool isTaken = worker_.add([this, context, argument, answer, method, reply] {
+    Request again;
+    const bool isWanted = !context->IsCancelled() && method.read(*argument, &again).ok();
+    reply->finish(isWanted ? perform(again, method, answer) : Status::CANCELLED, *answer);
+  });
+  if (!isTaken) {
+    reply->finish(busy("too many long requests wait"), *answer);
+  }
+  return reply;
+}
 
 Reactor* RuleCheckService::getVersion(Context* context, const Bytes* argument, Bytes* answer) {
-  return answerWith(server_, context, *argument, answer,
-                    {Request::GET_VERSION,
-                     [](Request* request) { return request->mutable_get_version()->mutable_msg(); },
-                     &Response::mutable_version});
+  return answerWith(
+      context, argument, answer,
+      {into(Request::GET_VERSION,
+            [](Request* request) { return request->mutable_get_version()->mutable_msg(); }),
+       &Response::mutable_version});
 }
 
 Reactor* RuleCheckService::exchangeToken(Context* context, const Bytes* argument, Bytes* answer) {
   return withToken(context, *argument, [this, argument, answer] {
-    return perform(
-        server_,
-        {Request::EXCHANGE_TOKEN, &Request::mutable_exchange_token, &Response::mutable_status},
-        *argument, answer);
+    return performNow(*argument,
+                      {into(Request::EXCHANGE_TOKEN, &Request::mutable_exchange_token),
+                       &Response::mutable_status},
+                      answer);
   });
 }
 
 Reactor* RuleCheckService::loadRuleDataFile(Context* context, const Bytes* argument,
                                             Bytes* answer) {
-  return answerWith(server_, context, *argument, answer,
-                    {Request::LOAD_RULESPEC_FILE, &Request::mutable_load_rulespec_file,
+  return answerWith(context, argument, answer,
+                    {into(Request::LOAD_RULESPEC_FILE, &Request::mutable_load_rulespec_file),
                      &Response::mutable_status});
 }
 
 Reactor* RuleCheckService::dumpRules(Context* context, const Bytes* argument, Bytes* answer) {
-  return answerWith(server_, context, *argument, answer,
-                    {Request::DUMP_RULES, &Request::mutable_dump_rules, &Response::mutable_status});
+  return answerWith(
+      context, argument, answer,
+      {into(Request::DUMP_RULES, &Request::mutable_dump_rules), &Response::mutable_status});
 }
 
 Reactor* RuleCheckService::upsertRuleSpec(Context* context, const Bytes* argument, Bytes* answer) {
-  return answerWith(
-      server_, context, *argument, answer,
-      {Request::UPSERT_RULESPEC,
-       [](Request* request) { return request->mutable_upsert_rulespec()->mutable_rule_spec(); },
-       &Response::mutable_status});
+  return answerWith(context, argument, answer,
+                    {into(Request::UPSERT_RULESPEC,
+                          [](Request* request) {
+                            return request->mutable_upsert_rulespec()->mutable_rule_spec();
+                          }),
+                     &Response::mutable_status});
 }
 
 Reactor* RuleCheckService::startSession(Context* context, const Bytes* argument, Bytes* answer) {
-  Session session;
-  Status status = parse(*argument, &session);
-  if (status.ok()) {
-    status = handle(server_, startOf(session), &Response::mutable_session, answer);
-  }
-  return finish(context, status);
+  return answerWith(context, argument, answer, {through(startOf), &Response::mutable_session});
 }
 
 Reactor* RuleCheckService::getSession(Context* context, const Bytes* argument, Bytes* answer) {
   return answerWith(
-      server_, context, *argument, answer,
-      {Request::GET_SESSION, &Request::mutable_get_session, &Response::mutable_session});
+      context, argument, answer,
+      {into(Request::GET_SESSION, &Request::mutable_get_session), &Response::mutable_session});
 }
 
 Reactor* RuleCheckService::stopSession(Context* context, const Bytes* argument, Bytes* answer) {
   return answerWith(
-      server_, context, *argument, answer,
-      {Request::STOP_SESSION,
-       [](Request* request) { return request->mutable_stop_session()->mutable_session(); },
+      context, argument, answer,
+      {into(Request::STOP_SESSION,
+            [](Request* request) { return request->mutable_stop_session()->mutable_session(); }),
        &Response::mutable_status});
 }
 
 Reactor* RuleCheckService::createAffirmation(Context* context, const Bytes* argument,
                                              Bytes* answer) {
-  return answerWith(server_, context, *argument, answer,
-                    {Request::CREATE_AFFIRMATION, &Request::mutable_create_affirmation,
+  return answerWith(context, argument, answer,
+                    {into(Request::CREATE_AFFIRMATION, &Request::mutable_create_affirmation),
                      &Response::mutable_affirmation});
 }
 
 Reactor* RuleCheckService::createViolation(Context* context, const Bytes* argument, Bytes* answer) {
-  return answerWith(server_, context, *argument, answer,
-                    {Request::CREATE_VIOLATION, &Request::mutable_create_violation,
+  return answerWith(context, argument, answer,
+                    {into(Request::CREATE_VIOLATION, &Request::mutable_create_violation),
                      &Response::mutable_violation});
 }
 
 Reactor* RuleCheckService::getSessionResult(Context* context, const Bytes* argument,
                                             Bytes* answer) {
-  Session session;
-  Status status = parse(*argument, &session);
-  if (status.ok()) {
-    status = handle(server_, resultOf(session), &Response::mutable_session_result, answer);
-  }
-  return finish(context, status);
+  return answerWith(context, argument, answer,
+                    {through(resultOf), &Response::mutable_session_result});
 }
 
 Reactor* RuleCheckService::resetSession(Context* context, const Bytes* argument, Bytes* answer) {
   return answerWith(
-      server_, context, *argument, answer,
-      {Request::RESET_SESSION,
-       [](Request* request) { return request->mutable_reset_session()->mutable_session(); },
+      context, argument, answer,
+      {into(Request::RESET_SESSION,
+            [](Request* request) { return request->mutable_reset_session()->mutable_session(); }),
        &Response::mutable_status});
 }
 
 Reactor* RuleCheckService::writeReport(Context* context, const Bytes* argument, Bytes* answer) {
   return answerWith(
-      server_, context, *argument, answer,
-      {Request::WRITE_REPORT,
-       [](Request* request) { return request->mutable_write_report()->mutable_session(); },
+      context, argument, answer,
+      {into(Request::WRITE_REPORT,
+            [](Request* request) { return request->mutable_write_report()->mutable_session(); }),
        &Response::mutable_status});
 }
 
 Reactor* RuleCheckService::stopServer(Context* context, const Bytes* argument, Bytes* answer) {
   return withToken(context, *argument, [this, argument, answer] {
-    Status status =
-        perform(server_,
-                {Request::STOP_SERVER, &Request::mutable_exchange_token, &Response::mutable_status},
-                *argument, answer);
+    Status status = performNow(
+        *argument,
+        {into(Request::STOP_SERVER, &Request::mutable_exchange_token), &Response::mutable_status},
+        answer);
     if (status.ok()) {
       stop_();
     }

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <functional>
 
+#include "grpc/worker.h"
 #include "rule_server/rule_server.h"
 
 namespace rule_grpc {
@@ -37,11 +38,14 @@ using MethodsOnBytes = Methods::WithRawCallbackMethod_getVersion<
 // The longest argument with a token, in bytes: many can wait at once.
 constexpr std::size_t kMaxTokenBytes = 4096;
 
+// Performs short requests at once, and long ones one after the other in a thread of its own.
 class RuleCheckService : public MethodsOnBytes {
  public:
   using Bytes = grpc::ByteBuffer;
   using Context = grpc::CallbackServerContext;
   using Reactor = grpc::ServerUnaryReactor;
+
+  struct Method;
 
   // The server outlives the service. stop is called, in any thread, when stopServer
   // was accepted, and before that is answered.
@@ -71,10 +75,20 @@ class RuleCheckService : public MethodsOnBytes {
   Reactor* withToken(Context* context, const Bytes& argument,
                      std::function<grpc::Status()> attempt);
 
+  Reactor* answerWith(Context* context, const Bytes* argument, Bytes* answer, const Method& method);
+  grpc::Status perform(const vok::rulecheck::Request& request, const Method& method, Bytes* answer);
+  grpc::Status performNow(const Bytes& argument, const Method& method, Bytes* answer);
+
   rule_server::Server& server_;
   std::function<void()> stop_;
   std::atomic<Clock::time_point> suspiciousUntil_{};
+  // Of answers that clients have not read yet.
+  std::atomic<std::size_t> unreadBytes_{0};
+  Worker worker_;
 };
+
+// Serializes an answer. RESOURCE_EXHAUSTED if it has more than 2 GiB.
+grpc::Status serialize(const google::protobuf::Message& message, grpc::ByteBuffer* bytes);
 
 }  // namespace rule_grpc
 

@@ -21,9 +21,9 @@
 #include "grpc/listener.h"
 #include "grpc/rule_check_service.h"
 #include "grpc/security.h"
+#include "grpc/storage.h"
 #include "html_report/html_report.h"
 #include "rule_server/environment.h"
-#include "rule_server/files.h"
 #include "rule_server/rule_server.h"
 
 namespace {
@@ -32,16 +32,13 @@ const char* const kTokenVariable = "RULE_SERVER_TOKEN";
 
 struct Options {
   std::string address = "127.0.0.1:0";
-  std::string files = ".";
   std::string tokenFile;
   rule_grpc::Security security;
+  rule_grpc::Storage storage;
 };
 
 void define(CLI::App& app, Options& options) {
   app.add_option("--listen", options.address, "HOST:PORT or unix:PATH; port 0 picks a free one")
-      ->capture_default_str();
-  app.add_option("--files", options.files, "Directory of all files that clients can name")
-      ->check(CLI::ExistingDirectory)
       ->capture_default_str();
   app.add_option("--token-file", options.tokenFile,
                  "File with the token for stopServer; default: the environment variable " +
@@ -50,6 +47,7 @@ void define(CLI::App& app, Options& options) {
   rule_grpc::define(app, "--client-ca", "Authority of clients: each must have a certificate of it",
                     options.security);
   app.get_option("--client-ca")->needs("--certificate");
+  rule_grpc::define(app, options.storage);
 }
 
 // A line break at the end of the file is not part of the token.
@@ -76,10 +74,11 @@ std::string tokenFor(const Options& options) {
   return token;
 }
 
-rule_server::Environment environmentOf(const Options& options, rule_server::Files& files) {
+rule_server::Environment environmentOf(const Options& options, rule_server::Files* files) {
   rule_server::Environment environment;
   environment.token = tokenFor(options);
-  environment.files = &files;
+  environment.files = files;
+  environment.limits = options.storage.limits;
   environment.now = rule_server::millisecondsSince1970;
   environment.newUuid = rule_server::randomUuid;
   environment.page = html_report::page;
@@ -111,6 +110,9 @@ class StopSignals {
 void limit(grpc::ServerBuilder& builder) {
   constexpr int kMostRequestsOfAConnection = 16;
   builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS, kMostRequestsOfAConnection);
+  // Of what arrives and is not yet whole.
+  constexpr std::size_t kMostReceivedBytes = std::size_t{256} << 20;
+  builder.SetResourceQuota(grpc::ResourceQuota().Resize(kMostReceivedBytes));
   builder.SetMaxReceiveMessageSize(static_cast<int>(rule_server::kMaxRequestBytes));
   // The limit is on what travels, and bytes can be compressed to a thousandth.
   builder.SetCompressionAlgorithmSupportStatus(GRPC_COMPRESS_DEFLATE, false);
@@ -147,12 +149,18 @@ std::unique_ptr<grpc::Server> started(const std::shared_ptr<grpc::ServerCredenti
   return server;
 }
 
+// Ends the process even if a request in progress takes longer.
+void endAfter(std::chrono::seconds time) {
+  signal(SIGALRM, [](int) { _exit(0); });
+  alarm(static_cast<unsigned>(time.count()));
+}
+
 void serve(const Options& options) {
   constexpr auto kGrace = std::chrono::seconds(10);
   const StopSignals signals;
   rule_grpc::raiseDescriptorLimit();
-  rule_server::DirectoryFiles files(options.files);
-  rule_server::Server rules(environmentOf(options, files));
+  auto files = rule_grpc::filesOf(options.storage);
+  rule_server::Server rules(environmentOf(options, files ? &*files : nullptr));
   rule_grpc::RuleCheckService service(rules, [] { kill(getpid(), SIGTERM); });
   const auto credentials = rule_grpc::serverCredentials(options.security, options.address);
   rule_grpc::Listener listener(options.address);
@@ -160,6 +168,7 @@ void serve(const Options& options) {
   std::cout << "Listening on " << listener.address() << std::endl;
   signals.wait();
   listener.stop();
+  endAfter(kGrace + std::chrono::seconds(1));
   server->GetHealthCheckService()->Shutdown();
   server->Shutdown(std::chrono::system_clock::now() + kGrace);
 }

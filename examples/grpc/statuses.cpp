@@ -21,6 +21,7 @@ StatusCode codeFor(ErrorCode code) {
     case ErrorCode::RulePlanned:
     case ErrorCode::RuleReadOnly:
     case ErrorCode::FileAccess: return StatusCode::FAILED_PRECONDITION;
+    case ErrorCode::LimitExceeded: return StatusCode::RESOURCE_EXHAUSTED;
     case ErrorCode::BodyIncomplete:
     case ErrorCode::RuleInvalid:
     case ErrorCode::CategoryRefused:

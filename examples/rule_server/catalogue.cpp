@@ -1,7 +1,6 @@
 #include "rule_server/catalogue.h"
 
-#include <map>
-#include <vector>
+#include <utility>
 
 #include "rule_server/errors.h"
 #include "rule_server/findings.h"
@@ -10,12 +9,10 @@ namespace rule_server {
 namespace {
 
 using vok::rulecheck::RuleSpec;
-using vok::rulecheck::RuleSpecMap;
 
 // Says what makes a rule invalid, or nothing.
 std::string flawOf(const std::string& key, const RuleSpec& rule) {
-  constexpr std::size_t kLongestKey = 255;
-  if (key.empty() || key.size() > kLongestKey) {
+  if (!hasKeyLength(key)) {
     return "a key has 1 to 255 bytes";
   }
   if (rule.key() != key) {
@@ -33,73 +30,64 @@ std::string flawOf(const std::string& key, const RuleSpec& rule) {
 
 }  // namespace
 
-void Catalogue::check(const std::string& key, const RuleSpec& rule) const {
-  const std::string flaw = flawOf(key, rule);
+bool hasKeyLength(const std::string& key) {
+  constexpr std::size_t kLongestKey = 255;
+  return !key.empty() && key.size() <= kLongestKey;
+}
+
+Rule makeRule(const std::string& key, const RuleSpec& spec, const Limits& limits, Budget& budget) {
+  const std::string flaw = flawOf(key, spec);
   if (!flaw.empty()) {
-    throw Failure(ErrorCode::RuleInvalid, "rule " + quoted(rule.key()) + " is invalid: " + flaw);
+    throw Failure(ErrorCode::RuleInvalid, "rule " + quoted(spec.key()) + " is invalid: " + flaw);
   }
-  const auto held = rules_.hashmap().find(key);
-  if (held != rules_.hashmap().end() && held->second.disposition() == RuleSpec::READONLY) {
+  const std::size_t bytes = bytesOf(spec);
+  checkBytes("rule " + quoted(key), bytes, limits.ruleBytes, "shorten it");
+  // The catalogue has the key, too.
+  auto share = budget.take(bytes + 2 * sizeof(StoredRule) + key.size());
+  return std::make_shared<const StoredRule>(StoredRule{spec, bytes, std::move(share)});
+}
+
+void Catalogue::checkReplaceable(const std::string& key) const {
+  const auto held = rules_.find(key);
+  if (held != rules_.end() && held->second->spec.disposition() == RuleSpec::READONLY) {
     throw Failure(ErrorCode::RuleReadOnly, "rule " + quoted(key) + " is read-only");
   }
 }
 
-void Catalogue::store(const RuleSpec& rule) {
-  (*rules_.mutable_hashmap())[rule.key()] = rule;
+void Catalogue::put(std::vector<Rule>* rules, const Limits& limits) {
+  std::size_t count = rules_.size();
+  for (const Rule& rule : *rules) {
+    count += rules_.count(rule->spec.key()) == 0 ? 1 : 0;
+  }
+  if (count > limits.rules) {
+    throw Failure(ErrorCode::LimitExceeded,
+                  "the catalogue takes at most " + std::to_string(limits.rules) +
+                      " rules: replace some, or restart the server with a higher limit");
+  }
+  for (Rule& rule : *rules) {
+    const std::string& key = rule->spec.key();
+    rules_[key].swap(rule);
+  }
 }
 
-void Catalogue::upsert(const RuleSpec& rule) {
-  check(rule.key(), rule);
-  store(rule);
-}
-
-Catalogue::Loaded Catalogue::load(const RuleSpecMap& rules, const Selection& selection,
-                                  bool validate) {
-  std::vector<const RuleSpec*> taken;
-  std::map<std::string, Failure> refused;
-  for (const auto& entry : rules.hashmap()) {
-    if (!selection.matches(entry.first)) {
-      continue;
-    }
-    try {
-      check(entry.first, entry.second);
-      taken.push_back(&entry.second);
-    } catch (const Failure& failure) {
-      refused.emplace(entry.first, failure);
-    }
-  }
-  if (validate && !refused.empty()) {
-    throw refused.begin()->second;
-  }
-  for (const RuleSpec* rule : taken) {
-    store(*rule);
-  }
-  return {taken.size(), refused.size()};
-}
-
-const RuleSpec& Catalogue::inForce(const std::string& key) const {
-  const auto held = rules_.hashmap().find(key);
-  if (held == rules_.hashmap().end()) {
+Rule Catalogue::inForce(const std::string& key) const {
+  const auto held = rules_.find(key);
+  if (held == rules_.end()) {
     throw Failure(ErrorCode::RuleUnknown, "no rule has the key " + quoted(key));
   }
-  if (held->second.disposition() == RuleSpec::PLANNED) {
+  if (held->second->spec.disposition() == RuleSpec::PLANNED) {
     throw Failure(ErrorCode::RulePlanned, "rule " + quoted(key) + " is not in force yet");
   }
   return held->second;
 }
 
-RuleSpecMap Catalogue::selected(const Selection& selection) const {
-  RuleSpecMap chosen;
-  for (const auto& entry : rules_.hashmap()) {
-    if (selection.matches(entry.first)) {
-      copy(entry.first, &chosen);
-    }
+std::vector<Rule> Catalogue::all() const {
+  std::vector<Rule> rules;
+  rules.reserve(rules_.size());
+  for (const auto& entry : rules_) {
+    rules.push_back(entry.second);
   }
-  return chosen;
-}
-
-void Catalogue::copy(const std::string& key, RuleSpecMap* rules) const {
-  (*rules->mutable_hashmap())[key] = rules_.hashmap().at(key);
+  return rules;
 }
 
 }  // namespace rule_server

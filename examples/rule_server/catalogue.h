@@ -6,41 +6,53 @@
 #include <vok/rulecheck/RuleService.pb.h>
 
 #include <cstddef>
+#include <memory>
 #include <string>
+#include <unordered_map>
+#include <vector>
 
-#include "rule_server/selection.h"
+#include "rule_server/limits.h"
 
 namespace rule_server {
 
+// A rule that never changes: it is kept once, and findings refer to it, also when
+// another one has replaced it in the catalogue.
+struct StoredRule {
+  vok::rulecheck::RuleSpec spec;
+  std::size_t bytes;
+  Budget::Share share;
+};
+
+using Rule = std::shared_ptr<const StoredRule>;
+
+// Whether a key can be that of a rule.
+bool hasKeyLength(const std::string& key);
+
+// Throws Failure (RuleInvalid, LimitExceeded).
+Rule makeRule(const std::string& key, const vok::rulecheck::RuleSpec& spec, const Limits& limits,
+              Budget& budget);
+
 class Catalogue {
  public:
-  struct Loaded {
-    std::size_t taken;
-    std::size_t skipped;
-  };
+  // Throws Failure (RuleReadOnly) if there is such a rule that can't be replaced.
+  void checkReplaceable(const std::string& key) const;
 
-  // Adds a rule or replaces the one with its key. Throws Failure (RuleInvalid,
-  // RuleReadOnly).
-  void upsert(const vok::rulecheck::RuleSpec& rule);
-
-  // Takes over the selected rules. One that upsert would refuse is skipped; with
-  // validate it fails the whole load instead, which then changes nothing.
-  Loaded load(const vok::rulecheck::RuleSpecMap& rules, const Selection& selection, bool validate);
+  // Adds rules, whose keys differ, or replaces those with their keys, which are in rules
+  // afterwards: the caller can destroy them without the lock. Throws Failure
+  // (LimitExceeded), and changes nothing then.
+  void put(std::vector<Rule>* rules, const Limits& limits);
 
   // The rule of that key, if findings may be recorded for it. Throws Failure
   // (RuleUnknown, RulePlanned).
-  const vok::rulecheck::RuleSpec& inForce(const std::string& key) const;
+  Rule inForce(const std::string& key) const;
 
-  vok::rulecheck::RuleSpecMap selected(const Selection& selection) const;
+  // The rule of that key, which the catalogue has.
+  Rule at(const std::string& key) const { return rules_.at(key); }
 
-  // Copies the rule of that key, which the catalogue has, into rules.
-  void copy(const std::string& key, vok::rulecheck::RuleSpecMap* rules) const;
+  std::vector<Rule> all() const;
 
  private:
-  void check(const std::string& key, const vok::rulecheck::RuleSpec& rule) const;
-  void store(const vok::rulecheck::RuleSpec& rule);
-
-  vok::rulecheck::RuleSpecMap rules_;
+  std::unordered_map<std::string, Rule> rules_;
 };
 
 }  // namespace rule_server

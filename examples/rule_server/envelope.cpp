@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace rule_server {
 namespace {
@@ -25,9 +26,9 @@ Response ofType(Response::ResponseType type) {
 }
 
 template <typename Body>
-Response carrying(Response::ResponseType type, Body* (Response::*mutableBody)(), const Body& body) {
+Response carrying(Response::ResponseType type, Body* (Response::*mutableBody)(), Body body) {
   Response response = ofType(type);
-  *(response.*mutableBody)() = body;
+  *(response.*mutableBody)() = std::move(body);
   return response;
 }
 
@@ -72,24 +73,24 @@ Response respond(const std::string& status) {
   return response;
 }
 
-Response respond(const vok::rulecheck::Affirmation& affirmation) {
-  return carrying(Response::AFFIRMATION, &Response::mutable_affirmation, affirmation);
+Response respond(vok::rulecheck::Affirmation affirmation) {
+  return carrying(Response::AFFIRMATION, &Response::mutable_affirmation, std::move(affirmation));
 }
 
-Response respond(const vok::rulecheck::Session& session) {
-  return carrying(Response::SESSION, &Response::mutable_session, session);
+Response respond(vok::rulecheck::Session session) {
+  return carrying(Response::SESSION, &Response::mutable_session, std::move(session));
 }
 
-Response respond(const vok::rulecheck::SessionResult& result) {
-  return carrying(Response::SESSION_RESULT, &Response::mutable_session_result, result);
+Response respond(vok::rulecheck::SessionResult result) {
+  return carrying(Response::SESSION_RESULT, &Response::mutable_session_result, std::move(result));
 }
 
-Response respond(const vok::rulecheck::Version& version) {
-  return carrying(Response::VERSION, &Response::mutable_version, version);
+Response respond(vok::rulecheck::Version version) {
+  return carrying(Response::VERSION, &Response::mutable_version, std::move(version));
 }
 
-Response respond(const vok::rulecheck::Violation& violation) {
-  return carrying(Response::VIOLATION, &Response::mutable_violation, violation);
+Response respond(vok::rulecheck::Violation violation) {
+  return carrying(Response::VIOLATION, &Response::mutable_violation, std::move(violation));
 }
 
 }  // namespace rule_server

@@ -17,11 +17,11 @@ void checkEnvelope(const vok::rulecheck::Request& request);
 
 vok::rulecheck::Response respond(ErrorCode code, const std::string& text);
 vok::rulecheck::Response respond(const std::string& status);
-vok::rulecheck::Response respond(const vok::rulecheck::Affirmation& affirmation);
-vok::rulecheck::Response respond(const vok::rulecheck::Session& session);
-vok::rulecheck::Response respond(const vok::rulecheck::SessionResult& result);
-vok::rulecheck::Response respond(const vok::rulecheck::Version& version);
-vok::rulecheck::Response respond(const vok::rulecheck::Violation& violation);
+vok::rulecheck::Response respond(vok::rulecheck::Affirmation affirmation);
+vok::rulecheck::Response respond(vok::rulecheck::Session session);
+vok::rulecheck::Response respond(vok::rulecheck::SessionResult result);
+vok::rulecheck::Response respond(vok::rulecheck::Version version);
+vok::rulecheck::Response respond(vok::rulecheck::Violation violation);
 
 }  // namespace rule_server
 

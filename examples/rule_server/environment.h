@@ -10,6 +10,7 @@
 #include <string>
 
 #include "rule_server/files.h"
+#include "rule_server/limits.h"
 
 namespace rule_server {
 
@@ -18,7 +19,7 @@ namespace rule_server {
 struct Environment {
   // What EXCHANGE_TOKEN and STOP_SERVER have to bring. Empty: nothing suits.
   std::string token;
-  // Outlives the server.
+  // Outlives the server. Null: requests that name files are refused.
   Files* files = nullptr;
   // The time, in milliseconds since 1970 began (UTC).
   std::function<std::int64_t()> now;
@@ -26,6 +27,7 @@ struct Environment {
   std::function<std::string()> newUuid;
   // The report of a session, as a page.
   std::function<std::string(const vok::rulecheck::SessionResult&)> page;
+  Limits limits;
 };
 
 // For now and newUuid, outside of tests.

@@ -1,6 +1,10 @@
 #include "rule_server/files.h"
 
+#include <pwd.h>
+#include <stdlib.h>
+
 #include <algorithm>
+#include <cstdint>
 #include <system_error>
 #include <utility>
 
@@ -23,6 +27,11 @@ bool isRegularOrAbsent(const fs::path& path) {
   return !fs::exists(status) || fs::is_regular_file(status);
 }
 
+bool isHidden(const fs::path& path) {
+  return std::any_of(path.begin(), path.end(),
+                     [](const fs::path& component) { return component.string()[0] == '.'; });
+}
+
 }  // namespace
 
 DirectoryFiles::DirectoryFiles(const fs::path& directory) : directory_(fs::canonical(directory)) {}
@@ -36,6 +45,12 @@ std::string DirectoryFiles::resolved(const std::string& path) const {
     if (!isBelow(directory_, target)) {
       throw examples::FileError(path + ": outside of the server's directory");
     }
+    if (isHidden(target.lexically_relative(directory_))) {
+      throw examples::FileError(path + ": a hidden file");
+    }
+    if (target.extension() != fs::path(path).extension()) {
+      throw examples::FileError(path + ": a link to a file with another extension");
+    }
     if (!isRegularOrAbsent(target)) {
       throw examples::FileError(path + ": not a regular file");
     }
@@ -46,11 +61,37 @@ std::string DirectoryFiles::resolved(const std::string& path) const {
 }
 
 std::string DirectoryFiles::read(const std::string& path) {
-  return examples::readFile(resolved(path));
+  constexpr std::uintmax_t kMostBytes = 16U << 20;
+  const std::string target = resolved(path);
+  std::error_code ignored;
+  const std::uintmax_t bytes = fs::file_size(target, ignored);
+  if (!ignored && bytes > kMostBytes) {
+    throw examples::FileError(path + ": has more than 16 MiB; split it");
+  }
+  return examples::readFile(target);
 }
 
 void DirectoryFiles::write(const std::string& path, const std::string& content) {
   examples::writeFile(resolved(path), content);
+}
+
+bool holdsHome(const fs::path& directory) {
+  const fs::path outer = fs::canonical(directory);
+  const auto isAbove = [&outer](const char* home) {
+    std::error_code missing;
+    const fs::path inner = home == nullptr ? "" : fs::canonical(home, missing);
+    return !inner.empty() && isBelow(outer, inner);
+  };
+  if (outer == outer.root_path() || isAbove(getenv("HOME"))) {
+    return true;
+  }
+  bool found = false;
+  setpwent();
+  for (const passwd* user = getpwent(); user != nullptr && !found; user = getpwent()) {
+    found = isAbove(user->pw_dir);
+  }
+  endpwent();
+  return found;
 }
 
 }  // namespace rule_server

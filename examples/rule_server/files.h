@@ -13,14 +13,16 @@ namespace rule_server {
 class Files {
  public:
   virtual ~Files() = default;
+  // Files that are too long fail, too.
   virtual std::string read(const std::string& path) = 0;
   virtual void write(const std::string& path, const std::string& content) = 0;
 };
 
-// The regular files in and below a directory. A path is relative to the
-// directory, or absolute. One that leads out of the directory, by ".." or by a
-// symbolic link, fails. The directory must exist, and nobody else may move links
-// in it about while a file is opened.
+// The regular files in and below a directory, but none that is hidden: whose path there
+// has a component that begins with a dot. A path is relative to the directory, or
+// absolute. One that leads out of the directory, by ".." or by a symbolic link, fails,
+// as does a link to a file with another extension. The directory must exist, and no
+// other user may replace links in it while a file is opened.
 class DirectoryFiles : public Files {
  public:
   explicit DirectoryFiles(const std::filesystem::path& directory);
@@ -32,6 +34,9 @@ class DirectoryFiles : public Files {
 
   std::filesystem::path directory_;
 };
+
+// Whether a directory is "/", the home directory of a user, or above one.
+bool holdsHome(const std::filesystem::path& directory);
 
 }  // namespace rule_server
 

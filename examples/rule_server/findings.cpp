@@ -55,8 +55,7 @@ std::int32_t dynamicCategory(const RuleSpec& rule, const std::string& name) {
 
 // What violations and affirmations have in common.
 template <typename Finding, typename Body>
-void fill(const RuleSpec& rule, const Body& body, std::int32_t id, Finding* finding) {
-  finding->set_id(id);
+void fill(const RuleSpec& rule, const Body& body, Finding* finding) {
   finding->set_rule_key(rule.key());
   if (rule.has_examples()) {
     *finding->mutable_examples() = rule.examples();
@@ -113,9 +112,9 @@ bool isWaived(const CreateViolation& body) {
   return body.dynamic_category_values().count(kWaiver) != 0;
 }
 
-Violation makeViolation(const RuleSpec& rule, const CreateViolation& body, std::int32_t id) {
+Violation makeViolation(const RuleSpec& rule, const CreateViolation& body) {
   Violation violation;
-  fill(rule, body, id, &violation);
+  fill(rule, body, &violation);
   violation.set_severity(severityOf(rule, body));
   setMessage(rule.has_raw_msg() ? rule.raw_msg() : rule.full_name(), body,
              violation.mutable_details());
@@ -131,9 +130,9 @@ Violation makeViolation(const RuleSpec& rule, const CreateViolation& body, std::
   return violation;
 }
 
-Affirmation makeAffirmation(const RuleSpec& rule, const CreateAffirmation& body, std::int32_t id) {
+Affirmation makeAffirmation(const RuleSpec& rule, const CreateAffirmation& body) {
   Affirmation affirmation;
-  fill(rule, body, id, &affirmation);
+  fill(rule, body, &affirmation);
   setMessage(rule.has_affirm_msg() ? rule.affirm_msg() : rule.full_name(), body,
              affirmation.mutable_details());
   for (const auto& value : body.dynamic_category_values()) {

@@ -15,13 +15,11 @@ constexpr std::int32_t kWaiverCategory = 1;
 
 bool isWaived(const vok::rulecheck::CreateViolation& body);
 
-// Throw Failure (CategoryRefused).
+// Without the id, which the caller sets. Throw Failure (CategoryRefused).
 vok::rulecheck::Violation makeViolation(const vok::rulecheck::RuleSpec& rule,
-                                        const vok::rulecheck::CreateViolation& body,
-                                        std::int32_t id);
+                                        const vok::rulecheck::CreateViolation& body);
 vok::rulecheck::Affirmation makeAffirmation(const vok::rulecheck::RuleSpec& rule,
-                                            const vok::rulecheck::CreateAffirmation& body,
-                                            std::int32_t id);
+                                            const vok::rulecheck::CreateAffirmation& body);
 
 }  // namespace rule_server
 

@@ -2,10 +2,12 @@
 
 #include <google/protobuf/message.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <exception>
-#include <functional>
+#include <filesystem>
 #include <utility>
+#include <vector>
 
 #include "common/message_file.h"
 #include "rule_server/envelope.h"
@@ -23,24 +25,6 @@ using vok::rulecheck::Response;
 using vok::rulecheck::RuleSpecMap;
 using vok::rulecheck::Session;
 using vok::rulecheck::SessionResult;
-
-SessionResult emptyResult(const Session& session) {
-  SessionResult result;
-  *result.mutable_session() = session;
-  result.set_violation_count(0);
-  result.set_waived_count(0);
-  result.set_affirmation_count(0);
-  result.mutable_violations();
-  result.mutable_waived_violations();
-  result.mutable_affirmations();
-  return result;
-}
-
-void updateCounts(SessionResult* result) {
-  result->set_violation_count(static_cast<std::int32_t>(result->violations().hashmap().size()));
-  result->set_waived_count(static_cast<std::int32_t>(result->waived_violations().hashmap().size()));
-  result->set_affirmation_count(static_cast<std::int32_t>(result->affirmations().hashmap().size()));
-}
 
 const std::string& pathOf(const Resource& address) {
   const bool isHere = address.scheme() == Resource::FILE &&
@@ -82,6 +66,13 @@ RuleSpecMap decoded(const std::string& path, const std::string& content) {
   });
 }
 
+void checkReportName(const std::string& path) {
+  const std::string extension = std::filesystem::path(path).extension().string();
+  if (extension != ".html" && extension != ".htm") {
+    throw Failure(ErrorCode::FileFormat, path + ": a report has the extension .html or .htm");
+  }
+}
+
 void write(Files& files, const std::string& path, const std::string& content) {
   failingAs(ErrorCode::FileAccess, [&] { files.write(path, content); });
 }
@@ -103,12 +94,12 @@ std::string counted(std::size_t count) {
 
 }  // namespace
 
-Server::Server(Environment environment) : environment_(std::move(environment)) {}
+Server::Server(Environment environment)
+    : environment_(std::move(environment)), budget_(environment_.limits.bytes) {}
 
 Response Server::handle(const Request& request) {
-  const std::lock_guard<std::mutex> lock(mutex_);
   try {
-    if (stopped_) {
+    if (stopped()) {
       throw Failure(ErrorCode::ServerStopped, "the server is stopped");
     }
     checkEnvelope(request);
@@ -118,6 +109,28 @@ Response Server::handle(const Request& request) {
   } catch (const std::exception& error) {
     return respond(ErrorCode::Internal, error.what());
   }
+}
+
+bool Server::takesLong(const Request& request) const {
+  switch (request.type()) {
+    case Request::GET_RULESPECS: return takesLong(request.get_rulespecs().session().uuid());
+    case Request::GET_SESSION_RESULT: return takesLong(request.get_session_result().session_uuid());
+    case Request::LOAD_RULESPEC_FILE:
+    case Request::WRITE_REPORT:
+    case Request::DUMP_RULES: return true;
+    default: return false;
+  }
+}
+
+// Rules can have grown since findings named them, so that few are taken for little.
+bool Server::takesLong(const std::string& uuid) const {
+  constexpr std::size_t kMostBytes = std::size_t{1} << 20;
+  constexpr std::size_t kMostRules = 64;
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const auto found = sessions_.find(uuid);
+  return found != sessions_.end() &&
+         (found->second.bytes > kMostBytes ||
+          found->second.violated.size() + found->second.affirmed.size() > kMostRules);
 }
 
 bool Server::stopped() const {
@@ -146,40 +159,45 @@ Response Server::perform(const Request& request) {
   throw Failure(ErrorCode::TypeMissing, "the request has no type that is known here");
 }
 
+// The finding is made without the lock: its body may be long.
+template <typename Made, typename Body>
+Response Server::record(const Body& body,
+                        Made (*make)(const vok::rulecheck::RuleSpec&, const Body&)) {
+  Rule rule;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    openSession(body.session_uuid());
+    rule = catalogue_.inForce(body.rule_key());
+  }
+  Made made = make(rule->spec, body);
+  Finding finding = makeFinding(rule, body, made, budget_);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  made.set_id(openSession(body.session_uuid()).add(std::move(finding), environment_.limits));
+  return respond(std::move(made));
+}
+
 Response Server::perform(const vok::rulecheck::CreateAffirmation& body) {
-  SessionState& state = openSession(body.session_uuid());
-  const auto affirmation =
-      makeAffirmation(catalogue_.inForce(body.rule_key()), body, state.lastId + 1);
-  (*state.result.mutable_affirmations()->mutable_hashmap())[++state.lastId] = affirmation;
-  updateCounts(&state.result);
-  return respond(affirmation);
+  return record(body, makeAffirmation);
 }
 
 Response Server::perform(const vok::rulecheck::CreateViolation& body) {
-  SessionState& state = openSession(body.session_uuid());
-  const auto violation = makeViolation(catalogue_.inForce(body.rule_key()), body, state.lastId + 1);
-  auto* map =
-      isWaived(body) ? state.result.mutable_waived_violations() : state.result.mutable_violations();
-  (*map->mutable_hashmap())[++state.lastId] = violation;
-  updateCounts(&state.result);
-  return respond(violation);
+  return record(body, makeViolation);
 }
 
 Response Server::perform(const vok::rulecheck::GetRuleSpecs& body) {
-  const SessionResult result = resultOf(session(body.session().uuid()));
-  SessionResult specs;
-  *specs.mutable_session() = result.session();
-  *specs.mutable_specs_violated() = result.specs_violated();
-  *specs.mutable_specs_affirmed() = result.specs_affirmed();
-  return respond(specs);
+  return respond(specsOf(snapshot(body.session().uuid())));
 }
 
 Response Server::perform(const vok::rulecheck::GetSession& body) {
-  return respond(session(body.session_uuid()).result.session());
+  const auto about = [&] {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return session(body.session_uuid()).about;
+  }();
+  return respond(*about);
 }
 
 Response Server::perform(const vok::rulecheck::GetSessionResult& body) {
-  return respond(resultOf(session(body.session_uuid())));
+  return respond(resultOf(snapshot(body.session_uuid())));
 }
 
 Response Server::perform(const vok::rulecheck::GetVersion& /*body*/) {
@@ -190,44 +208,87 @@ Response Server::perform(const vok::rulecheck::GetVersion& /*body*/) {
   return respond(version);
 }
 
+// Lengths of keys are checked before a pattern sees them.
 Response Server::perform(const vok::rulecheck::LoadRuleDataFile& body) {
   const Selection selection(body);
   const std::string& path = dataFile(body);
-  const std::string content =
-      failingAs(ErrorCode::FileAccess, [&] { return environment_.files->read(path); });
-  const auto loaded = catalogue_.load(decoded(path, content), selection, body.validate());
-  return respond(counted(loaded.taken) + " loaded, " + counted(loaded.skipped) + " skipped");
+  const std::lock_guard<std::mutex> filesLock(filesMutex_);
+  const RuleSpecMap given =
+      decoded(path, failingAs(ErrorCode::FileAccess, [&] { return files().read(path); }));
+  std::vector<Rule> rules;
+  std::map<std::string, Failure> refused;
+  const auto unlessRefused = [&refused](const std::string& key, const auto& work) {
+    try {
+      work();
+      return true;
+    } catch (const Failure& failure) {
+      refused.emplace(key, failure);
+      return false;
+    }
+  };
+  for (const auto& [key, rule] : given.hashmap()) {
+    if (!hasKeyLength(key) || selection.matches(key)) {
+      unlessRefused(key, [&, &key = key, &rule = rule] {
+        rules.push_back(makeRule(key, rule, environment_.limits, budget_));
+      });
+    }
+  }
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const auto isRefused = [&](const Rule& rule) {
+    const std::string& key = rule->spec.key();
+    return !unlessRefused(key, [&] { catalogue_.checkReplaceable(key); });
+  };
+  rules.erase(std::remove_if(rules.begin(), rules.end(), isRefused), rules.end());
+  if (body.validate() && !refused.empty()) {
+    throw refused.begin()->second;
+  }
+  catalogue_.put(&rules, environment_.limits);
+  return respond(counted(rules.size()) + " loaded, " + counted(refused.size()) + " skipped");
 }
 
 Response Server::perform(const vok::rulecheck::ResetSession& body) {
-  SessionState& state = openSession(body.session().uuid());
-  state.result = emptyResult(Session(state.result.session()));
-  state.lastId = 0;
+  Findings discarded;
+  const std::lock_guard<std::mutex> lock(mutex_);
+  openSession(body.session().uuid()).reset(&discarded);
   return respond("session reset");
 }
 
 Response Server::perform(const vok::rulecheck::StartSession& body) {
+  if (body.has_report_file() || body.has_proto_file()) {
+    files();
+  }
   Session session;
   session.set_name(body.name());
-  session.set_uuid(body.uuid().empty() ? environment_.newUuid() : body.uuid());
+  session.set_uuid(body.uuid());
   if (body.has_description()) {
     session.set_description(body.description());
   }
-  session.set_timestamp(environment_.now());
   if (body.has_report_file()) {
     *session.mutable_report_file() = body.report_file();
   }
   if (body.has_proto_file()) {
     *session.mutable_proto_file() = body.proto_file();
   }
-  if (!sessions_.emplace(session.uuid(), SessionState{emptyResult(session)}).second) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (body.uuid().empty()) {
+    session.set_uuid(environment_.newUuid());
+  }
+  session.set_timestamp(environment_.now());
+  if (sessions_.count(session.uuid()) != 0) {
     throw Failure(ErrorCode::SessionExists,
                   "there is a session " + quoted(session.uuid()) + " already");
   }
-  return respond(session);
+  if (sessions_.size() >= environment_.limits.sessions) {
+    throw Failure(ErrorCode::LimitExceeded,
+                  "the server has " + std::to_string(sessions_.size()) +
+                      " sessions and takes no more: reset one, or restart the server");
+  }
+  sessions_.emplace(session.uuid(), SessionState(session, environment_.limits, budget_));
+  return respond(std::move(session));
 }
 
 Response Server::perform(const vok::rulecheck::StopSession& body) {
+  const std::lock_guard<std::mutex> lock(mutex_);
   openSession(body.session().uuid()).stopped = true;
   return respond("session stopped");
 }
@@ -236,35 +297,58 @@ Response Server::perform(const vok::rulecheck::UpsertRuleSpec& body) {
   if (!body.has_rule_spec()) {
     throw Failure(ErrorCode::RuleInvalid, "no rule_spec is given");
   }
-  catalogue_.upsert(body.rule_spec());
+  const std::string& key = body.rule_spec().key();
+  std::vector<Rule> rules = {makeRule(key, body.rule_spec(), environment_.limits, budget_)};
+  const std::lock_guard<std::mutex> lock(mutex_);
+  catalogue_.checkReplaceable(key);
+  catalogue_.put(&rules, environment_.limits);
   return respond("rule stored");
 }
 
 Response Server::perform(const vok::rulecheck::WriteReport& body) {
-  const SessionResult result = resultOf(session(body.session().uuid()));
-  const Session& about = result.session();
+  const std::lock_guard<std::mutex> lock(filesMutex_);
+  const Snapshot shot = snapshot(body.session().uuid());
+  const Session& about = *shot.about;
   if (!about.has_proto_file() && !about.has_report_file()) {
     throw Failure(ErrorCode::FileAddress, "the session has neither proto_file nor report_file");
   }
-  std::map<std::string, std::string> contents;
+  const std::string protoFile = about.has_proto_file() ? pathOf(about.proto_file()) : "";
+  const std::string reportFile = about.has_report_file() ? pathOf(about.report_file()) : "";
+  const std::size_t bytes = bytesOf(shot);
   if (about.has_proto_file()) {
-    const std::string& path = pathOf(about.proto_file());
-    contents[path] = encoded(path, result);
+    checkText(protoFile, bytes);
   }
   if (about.has_report_file()) {
-    contents[pathOf(about.report_file())] = environment_.page(result);
+    checkReportName(reportFile);
+    checkText(reportFile, bytes);
   }
-  for (const auto& content : contents) {
-    write(*environment_.files, content.first, content.second);
+  const SessionResult result = resultOf(shot);
+  std::vector<std::pair<std::string, std::string>> contents;
+  if (about.has_proto_file()) {
+    contents.emplace_back(protoFile, encoded(protoFile, result));
+  }
+  if (about.has_report_file()) {
+    contents.emplace_back(reportFile, environment_.page(result));
+  }
+  for (const auto& [path, content] : contents) {
+    write(files(), path, content);
   }
   return respond("report written");
 }
 
 Response Server::perform(const vok::rulecheck::DumpRules& body) {
-  const RuleSpecMap rules = catalogue_.selected(Selection(body));
+  const Selection selection(body);
   const std::string& path = dataFile(body);
-  write(*environment_.files, path, encoded(path, rules));
-  return respond(counted(rules.hashmap().size()) + " written");
+  const std::lock_guard<std::mutex> filesLock(filesMutex_);
+  std::vector<Rule> rules = [&] {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return catalogue_.all();
+  }();
+  const auto isLeftOut = [&](const Rule& rule) { return !selection.matches(rule->spec.key()); };
+  rules.erase(std::remove_if(rules.begin(), rules.end(), isLeftOut), rules.end());
+  checkText(path, bytesOf(rules));
+  write(files(), path, encoded(path, specsOf(rules)));
+  return respond(counted(rules.size()) + " written");
 }
 
 Response Server::exchangeToken(const vok::rulecheck::ExchangeToken& body) const {
@@ -274,7 +358,10 @@ Response Server::exchangeToken(const vok::rulecheck::ExchangeToken& body) const 
 
 Response Server::stopServer(const vok::rulecheck::ExchangeToken& body) {
   checkToken(body.token());
-  stopped_ = true;
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (std::exchange(stopped_, true)) {
+    throw Failure(ErrorCode::ServerStopped, "the server is stopped");
+  }
   return respond("server stopped");
 }
 
@@ -284,7 +371,40 @@ void Server::checkToken(const std::string& token) const {
   }
 }
 
-Server::SessionState& Server::session(const std::string& uuid) {
+Files& Server::files() const {
+  if (environment_.files == nullptr) {
+    throw Failure(ErrorCode::FileAccess, "this server was given no directory for files");
+  }
+  return *environment_.files;
+}
+
+Snapshot Server::snapshot(const std::string& uuid) {
+  Snapshot shot;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const SessionState& state = session(uuid);
+    shot.about = state.about;
+    shot.findings = state.findings;
+    for (const std::string& key : state.violated) {
+      shot.violated.push_back(catalogue_.at(key));
+    }
+    for (const std::string& key : state.affirmed) {
+      shot.affirmed.push_back(catalogue_.at(key));
+    }
+  }
+  checkBytes("the result", bytesOf(shot), environment_.limits.sessionBytes,
+             "rules have grown; replace them by shorter ones");
+  return shot;
+}
+
+void Server::checkText(const std::string& path, std::size_t bytes) const {
+  if (!examples::isBinary(path)) {
+    checkBytes(path, bytes, environment_.limits.textBytes,
+               "name a file with the extension .pb, which takes more");
+  }
+}
+
+SessionState& Server::session(const std::string& uuid) {
   const auto found = sessions_.find(uuid);
   if (found == sessions_.end()) {
     throw Failure(ErrorCode::SessionUnknown, uuid.empty() ? "no session is named by its uuid"
@@ -293,26 +413,12 @@ Server::SessionState& Server::session(const std::string& uuid) {
   return found->second;
 }
 
-Server::SessionState& Server::openSession(const std::string& uuid) {
+SessionState& Server::openSession(const std::string& uuid) {
   SessionState& state = session(uuid);
   if (state.stopped) {
     throw Failure(ErrorCode::SessionStopped, "session " + quoted(uuid) + " is stopped");
   }
   return state;
-}
-
-SessionResult Server::resultOf(const SessionState& state) const {
-  SessionResult result = state.result;
-  for (const auto& entry : result.violations().hashmap()) {
-    catalogue_.copy(entry.second.rule_key(), result.mutable_specs_violated());
-  }
-  for (const auto& entry : result.waived_violations().hashmap()) {
-    catalogue_.copy(entry.second.rule_key(), result.mutable_specs_violated());
-  }
-  for (const auto& entry : result.affirmations().hashmap()) {
-    catalogue_.copy(entry.second.rule_key(), result.mutable_specs_affirmed());
-  }
-  return result;
 }
 
 }  // namespace rule_server

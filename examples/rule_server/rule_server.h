@@ -44,11 +44,13 @@
 //     PLANNED one. session_names and architectures are kept and not looked at.
 //   * A file of rules holds a RuleSpecMap in the format of its extension (see
 //     common/message_file.h). pattern ("*" any bytes, "?" any byte) must match the
-//     whole key, and regex (RE2's syntax, so that none takes long) a part of it; a rule
-//     is selected if all that are present match.
+//     whole key, and regex (RE2's syntax) a part of it; a rule is selected if all that are
+//     present match. Both have at most 1000 bytes, and matching takes linear time.
 //   * LOAD_RULESPEC_FILE skips selected rules that UPSERT_RULESPEC would refuse; with
 //     validate it refuses the file instead. To DUMP_RULES validate makes no
-//     difference, as all rules in the catalogue are valid.
+//     difference, as all rules in the catalogue are valid. A key of more than 255 bytes
+//     is refused whether or not it is selected.
+//   * The extension of a report_file is .html or .htm.
 //   * A file's address has the scheme FILE, a path, and "localhost" or nothing as its
 //     host; the path is taken byte by byte, and has no zero byte.
 
@@ -65,6 +67,8 @@
 
 #include "rule_server/catalogue.h"
 #include "rule_server/environment.h"
+#include "rule_server/limits.h"
+#include "rule_server/sessions.h"
 
 namespace rule_server {
 
@@ -72,8 +76,8 @@ namespace rule_server {
 // their length in memory once they are parsed, so that this one takes 58 MiB.
 constexpr std::size_t kMaxRequestBytes = 1U << 20;
 
-// For any number of threads: requests are performed one after the other. What the
-// environment holds is called by one thread at a time.
+// For any number of threads: one that performs a long request holds up no other. Each
+// function of the environment is called by one thread at a time.
 class Server {
  public:
   explicit Server(Environment environment);
@@ -83,18 +87,14 @@ class Server {
   // but what a lack of memory throws.
   vok::rulecheck::Response handle(const vok::rulecheck::Request& request);
 
+  // Whether the request uses files, or asks for more than a few MiB. A transport that
+  // performs one such request at a time holds one large result in memory.
+  bool takesLong(const vok::rulecheck::Request& request) const;
+
   // Whether a STOP_SERVER was accepted. From then on each request is refused.
   bool stopped() const;
 
  private:
-  struct SessionState {
-    // Without the specifications of rules.
-    vok::rulecheck::SessionResult result;
-    std::int32_t lastId = 0;
-    bool stopped = false;
-  };
-
-  // All of these are called with the mutex held.
   vok::rulecheck::Response perform(const vok::rulecheck::Request& request);
   vok::rulecheck::Response perform(const vok::rulecheck::CreateAffirmation& body);
   vok::rulecheck::Response perform(const vok::rulecheck::CreateViolation& body);
@@ -112,13 +112,27 @@ class Server {
   vok::rulecheck::Response exchangeToken(const vok::rulecheck::ExchangeToken& body) const;
   vok::rulecheck::Response stopServer(const vok::rulecheck::ExchangeToken& body);
 
+  template <typename Made, typename Body>
+  vok::rulecheck::Response record(const Body& body,
+                                  Made (*make)(const vok::rulecheck::RuleSpec&, const Body&));
   void checkToken(const std::string& token) const;
+  Files& files() const;
+  bool takesLong(const std::string& uuid) const;
+  Snapshot snapshot(const std::string& uuid);
+  // Of what is written to a file of that name. Throws Failure (LimitExceeded).
+  void checkText(const std::string& path, std::size_t bytes) const;
+
+  // Of the session, with the mutex held.
   SessionState& session(const std::string& uuid);
   SessionState& openSession(const std::string& uuid);
-  vok::rulecheck::SessionResult resultOf(const SessionState& state) const;
 
+  const Environment environment_;
+  // Outlives all that is recorded.
+  Budget budget_;
+
+  // Held by requests that use files or make pages, and never with the other one held.
+  std::mutex filesMutex_;
   mutable std::mutex mutex_;
-  Environment environment_;
   Catalogue catalogue_;
   std::map<std::string, SessionState> sessions_;
   bool stopped_ = false;

@@ -26,7 +26,7 @@ class ClientsTest(ServerTest):
 
     def setUp(self):
         super().setUp()
-        self.server = Server(self, *self.certificates.server_options())
+        self.server = Server(self, "--files", ".", *self.certificates.server_options())
         self.client = self.channel(
             self.server.address, self.certificates.credentials(),
             [("grpc.max_receive_message_length", 64 << 20)])

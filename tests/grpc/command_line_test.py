@@ -6,7 +6,9 @@ from program_test import ProgramTest
 from servers import GRPC_LINT_CLIENT, README, RULE_SERVER
 
 SERVER_OPTIONS = ["--listen", "--files", "--token-file", "--certificate", "--key", "--client-ca",
-                  "--insecure"]
+                  "--insecure", "--files-may-hold-home", "--max-rules", "--max-rule-bytes",
+                  "--max-sessions", "--max-findings", "--max-session-bytes", "--max-text-bytes",
+                  "--max-bytes"]
 CLIENT_OPTIONS = ["--server", "--ca", "--certificate", "--key", "--insecure", "--output", "--text",
                   "--top", "--verilator", "--waive"]
 
@@ -29,6 +31,11 @@ class BadArguments(ProgramTest):
             (["more"], "The following argument was not expected: more"),
             (["--nosuch"], "The following argument was not expected: --nosuch"),
             (["--files", "missing"], "--files: Directory does not exist: missing"),
+            (["--files", "/"],
+             "/: is or holds a home directory, which needs --files-may-hold-home"),
+            (["--files-may-hold-home"], "--files-may-hold-home requires --files"),
+            (["--max-session-bytes", "2147483648"],
+             "--max-session-bytes: Value 2147483648 not in range 1 to 2147483647"),
             (["--token-file", "missing"], "missing: cannot be read"),
             (["--token-file", "empty"], "empty: has no token"),
             (["--certificate", "a.pem"], "--certificate requires --key"),

@@ -6,12 +6,17 @@
 #include <gtest/gtest.h>
 #include <vok/rulecheck/RuleService.grpc.pb.h>
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
 #include <regex>
 #include <set>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -81,12 +86,11 @@ const Call kRule = {"upsertRuleSpec", "key: 'W' full_name: 'Widths'"};
 
 class Service {
  public:
-  Service() : rules_(surroundings_.environment()), service_(rules_, [this] { ++stops; }) {
+  Service() : rules_(surroundings_.environment(limits())), service_(rules_, [this] { ++stops; }) {
     grpc::ServerBuilder builder;
     builder.RegisterService(&service_);
     server_ = builder.BuildAndStart();
-    stub_ = vok::rulecheck::RuleCheckService::NewStub(
-        server_->InProcessChannel(grpc::ChannelArguments()));
+    stub_ = vok::rulecheck::RuleCheckService::NewStub(server_->InProcessChannel(anyLength()));
   }
 
   Outcome call(const Call& call) { return methods().at(call.method)(stub_.get(), call.argument); }
@@ -98,10 +102,23 @@ class Service {
     }
   }
 
+  rule_server::Server& rules() { return rules_; }
   tests::MemoryFiles& files() { return surroundings_.files; }
   int stops = 0;
 
  private:
+  static rule_server::Limits limits() {
+    rule_server::Limits limits;
+    limits.sessions = 3;
+    return limits;
+  }
+
+  static grpc::ChannelArguments anyLength() {
+    grpc::ChannelArguments arguments;
+    arguments.SetMaxReceiveMessageSize(-1);
+    return arguments;
+  }
+
   tests::Surroundings surroundings_;
   rule_server::Server rules_;
   rule_grpc::RuleCheckService service_;
@@ -292,6 +309,11 @@ std::vector<Refusal> refusals() {
        {"dumpRules", "regex: '('" + file("data_file", "r.pb")},
        StatusCode::INVALID_ARGUMENT,
        "regex \"(\": missing ): ("},
+      {ErrorCode::LimitExceeded,
+       {kStart, {"startSession", "name: 'n'"}, {"startSession", "name: 'n'"}},
+       {"startSession", "name: 'n'"},
+       StatusCode::RESOURCE_EXHAUSTED,
+       "the server has 3 sessions and takes no more: reset one, or restart the server"},
       {ErrorCode::Internal,
        {{"startSession", "name: 'unprintable' uuid: 's'" + file("report_file", "r.html")}},
        {"writeReport", "name: '' uuid: 's'"},
@@ -319,6 +341,7 @@ const std::map<std::string, StatusCode>& statuses() {
       {"INTERNAL", StatusCode::INTERNAL},
       {"INVALID_ARGUMENT", StatusCode::INVALID_ARGUMENT},
       {"NOT_FOUND", StatusCode::NOT_FOUND},
+      {"RESOURCE_EXHAUSTED", StatusCode::RESOURCE_EXHAUSTED},
       {"UNAUTHENTICATED", StatusCode::UNAUTHENTICATED},
       {"UNAVAILABLE", StatusCode::UNAVAILABLE},
   };
@@ -340,7 +363,7 @@ TEST(Statuses, AreThoseOfTheManual) {
        ++at) {
     rows[std::stoi(at->str(1))] = statuses().at(at->str(2));
   }
-  EXPECT_EQ(19u, rows.size());
+  EXPECT_EQ(20u, rows.size());
   for (const auto& each : rows) {
     EXPECT_EQ(each.second, statusOf(each.first).error_code()) << each.first;
     EXPECT_EQ("text", statusOf(each.first).error_message());
@@ -403,6 +426,58 @@ TEST(Methods, WriteReportsWhereTheSessionSays) {
                    {"writeReport", "name: '' uuid: 's'"}});
   EXPECT_EQ("page of n", service.files().contents["r.html"]);
   EXPECT_THAT(service.files().contents["s.txtpb"], testing::HasSubstr("violation_count: 0"));
+}
+
+// A message of 2 GiB can't be serialized, and would be an empty answer.
+TEST(Answers, ThatAreTooLongAreRefused) {
+  vok::rulecheck::StatusResponse answer;
+  answer.set_code(0);
+  answer.mutable_msg()->resize(std::size_t{2} << 30);
+  grpc::ByteBuffer bytes;
+  const Status status = rule_grpc::serialize(answer, &bytes);
+  EXPECT_EQ(StatusCode::RESOURCE_EXHAUSTED, status.error_code());
+  EXPECT_EQ("the answer has more than 2 GiB: report to more sessions", status.error_message());
+}
+
+vok::rulecheck::Request parsed(const std::string& request) {
+  return tests::parse<vok::rulecheck::Request>(request);
+}
+
+// Collecting the result takes a second and more, and it waits for the page before it.
+TEST(Methods, AnswerWhileLongRequestsAreInProgress) {
+  Service service;
+  service.prepare({kStart, kRule, {"startSession", "name: 'n' uuid: 'other'"}});
+  const auto finding =
+      parsed("type: CREATE_VIOLATION create_violation { rule_key: 'W' session_uuid: 's' }");
+  for (int i = 0; i < 100000; ++i) {
+    service.rules().handle(finding);
+  }
+  using Clock = std::chrono::steady_clock;
+  std::vector<std::thread> collectors;
+  std::atomic<int> collecting{8};
+  const auto start = Clock::now();
+  for (int i = collecting; i > 0; --i) {
+    collectors.emplace_back([&] {
+      EXPECT_THAT(service.call({"getSessionResult", "name: '' uuid: 's'"}).answer,
+                  testing::HasSubstr("violation_count: 100000"));
+      --collecting;
+    });
+  }
+  int answered = 0;
+  Clock::duration longest{};
+  while (collecting > 0) {
+    const auto asked = Clock::now();
+    EXPECT_TRUE(service.call({"getSession", "session_uuid: 'other'"}).status.ok());
+    EXPECT_TRUE(service.call({"getSessionResult", "name: '' uuid: 'other'"}).status.ok());
+    longest = std::max(longest, Clock::now() - asked);
+    ++answered;
+  }
+  const auto took = Clock::now() - start;
+  for (std::thread& collector : collectors) {
+    collector.join();
+  }
+  EXPECT_GT(answered, 10);
+  EXPECT_LT(longest, took / 4);
 }
 
 }  // namespace

@@ -77,8 +77,10 @@ class Arguments(RefusalsTest):
                 self.assertEqual(len(content), size)
                 with self.subTest(method, size=size):
                     refused = refused or "token" in argument.DESCRIPTOR.fields_by_name
-                    self.assertEqual(
-                        self.client.refusal(method, content)[0] == "RESOURCE_EXHAUSTED", refused)
+                    status, text = self.client.refusal(method, content)
+                    too_long = status == "RESOURCE_EXHAUSTED" and (
+                        "larger than max" in text or "too long" in text)
+                    self.assertEqual(too_long, refused, text)
 
     def test_of_the_worst_kind_from_many_at_once(self):
         # Each takes some 60 MiB, but not all are in memory at once.
@@ -237,6 +239,19 @@ class Files(RefusalsTest):
         self.assertEqual((self.folder / "outside.pb").read_bytes(), b"")
         self.client.call("dumpRules", data_file=file("inside.txtpb"))
         self.assertIn("Widths", (self.folder / "files/inside.txtpb").read_text(encoding="utf-8"))
+
+
+class ServersWithoutFiles(ServerTest):
+    def test_refuse_requests_that_name_files(self):
+        client = self.channel(Server(self).address)
+        refused = ("FAILED_PRECONDITION", "this server was given no directory for files")
+        for method, argument in [
+                ("dumpRules", protocol.DumpRules(data_file=file("r.pb"))),
+                ("loadRuleDataFile", protocol.LoadRuleDataFile(data_file=file("r.pb"))),
+                ("startSession", protocol.Session(name="n", report_file=file("r.html"))),
+                ("startSession", protocol.Session(name="n", proto_file=file("s.pb")))]:
+            self.assertEqual(client.refusal(method, argument.SerializeToString()), refused, method)
+        self.assertEqual(list(self.folder.iterdir()), [])
 
 
 class Services(RefusalsTest):

@@ -65,7 +65,7 @@ class LintClient(SecurityTest):
             GRPC_LINT_CLIENT, "m.v", "--verilator", "./verilator", "--server", address, *options)
 
     def test_knows_the_server_and_is_known(self):
-        server = Server(self, *self.certificates.server_options())
+        server = Server(self, "--files", ".", *self.certificates.server_options())
         ended = self.report(server.address, *self.certificates.client_options())
         self.assertEqual((ended.returncode, ended.stderr), (0, ""))
 

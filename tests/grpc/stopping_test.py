@@ -4,6 +4,7 @@ import concurrent.futures
 import signal
 import socket
 import subprocess
+import time
 import unittest
 
 import grpc
@@ -48,7 +49,7 @@ class Servers(ServerTest):
         self.assertEqual(server.stop(), ENDED_WELL)
 
     def test_answer_what_they_have_begun_and_begin_nothing_more(self):
-        server = Server(self)
+        server = Server(self, "--files", ".")
         starter = self.channel(server.address)
         clients = [self.channel(server.address) for _ in range(3)]
         sessions = [self.session_with_report(starter, f"{i}.html") for i in range(30)]
@@ -71,6 +72,24 @@ class Servers(ServerTest):
         self.assertTrue(page.endswith("</html>\n"))
         print(finished, "of 30 requests were answered before the signal,",
               sum(answered) - finished, "after it")
+
+    def test_end_within_the_grace_period_although_long_requests_wait(self):
+        server = Server(self, "--files", ".")
+        client = self.channel(server.address)
+        session = client.start(report_file=protocol.Resource(
+            scheme=protocol.Resource.FILE, path="r.html"))
+        for _ in range(50):
+            client.find(session, "<" * 1000000)
+        content = protocol.Session(name="", uuid=session).SerializeToString()
+        calls = [self.channel(server.address).channel.unary_unary(
+            f"/{SERVICE}/writeReport").future(content, timeout=100) for _ in range(50)]
+        concurrent.futures.wait([done(call) for call in calls], return_when="FIRST_COMPLETED")
+        start = time.monotonic()
+        self.assertEqual(server.stop(), ENDED_WELL)
+        took = time.monotonic() - start
+        written = sum(call.code() == grpc.StatusCode.OK for call in calls)
+        print(f"ended after {took:.1f} s, with {written} of {len(calls)} reports written")
+        self.assertLess(took, 20)
 
     @staticmethod
     def session_with_report(client, path):
@@ -187,14 +206,14 @@ class LintClient(ServerTest):
             self.assert_lost(self.report(each))
 
     def test_tells_of_a_connection_that_breaks_and_sends_nothing_twice(self):
-        server = Server(self)
+        server = Server(self, "--files", ".")
         cable = Cable(self, server.address, length=60000)
         self.assert_lost(self.report(cable.address))
         self.assertEqual(cable.connections, 1)
         self.assertEqual(server.stop(), ENDED_WELL)
 
     def test_tells_what_the_server_refuses(self):
-        server = Server(self)
+        server = Server(self, "--files", ".")
         (self.folder / "report.html").mkdir()
         ended = self.report(server.address)
         self.assertEqual((ended.returncode, ended.stdout), (2, ""))

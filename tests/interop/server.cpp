@@ -28,8 +28,9 @@ namespace {
 using vok::rulecheck::Request;
 using vok::rulecheck::Response;
 
-rule_server::Environment environment() {
+rule_server::Environment environment(rule_server::Files& files) {
   rule_server::Environment environment;
+  environment.files = &files;
   environment.now = [] { return 1700000000123; };
   environment.newUuid = [] { return std::string("made by the server"); };
   return environment;
@@ -64,7 +65,8 @@ std::string answerAll(const std::string& received, const Answer& answer) {
 }
 
 void serve(const Replacements& replacements) {
-  rule_server::Server server(environment());
+  rule_server::DirectoryFiles files(".");
+  rule_server::Server server(environment(files));
   const auto answer = [&](const Request& request) {
     const Response response = server.handle(request);
     return replacements.empty() ? response : changed(response, replacements);

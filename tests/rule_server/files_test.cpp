@@ -3,7 +3,9 @@
 #include "rule_server/files.h"
 
 #include <gtest/gtest.h>
+#include <pwd.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <stdexcept>
@@ -29,6 +31,10 @@ class DirectoryFiles : public testing::Test {
     fs::create_symlink(base_ / "outside/file", base_ / "inside/file-outside");
     fs::create_symlink(base_ / "outside/new", base_ / "inside/nowhere");
     fs::create_symlink("file", base_ / "inside/file-inside");
+    fs::create_directories(base_ / "inside/.ssh");
+    examples::writeFile((base_ / "inside/.profile").string(), "hidden");
+    fs::create_symlink(".profile", base_ / "inside/to-hidden");
+    fs::create_symlink("file", base_ / "inside/file.html");
     fs::create_symlink("loop", base_ / "inside/loop");
   }
   ~DirectoryFiles() override { fs::remove_all(base_); }
@@ -69,14 +75,30 @@ TEST_F(DirectoryFiles, MustExist) {
 
 TEST_F(DirectoryFiles, RefusesPathsThatLeadOut) {
   rule_server::DirectoryFiles files(base_ / "inside");
-  for (const std::string& path :
-       {std::string("../outside/file"), std::string("sub/../../outside/file"),
-        (base_ / "outside/file").string(), (base_ / "inside/../outside/file").string(),
-        (base_ / "inside-out/file").string(), std::string("way-out/file"),
-        std::string("file-outside"), std::string("way-out/new"), std::string("nowhere"),
-        std::string("loop"), std::string("sub"), std::string("."), std::string(".."),
-        std::string("/"), std::string(""), std::string("fi\0le", 5), std::string("file\0", 5),
-        std::string("sub/") + std::string(5000, 'n'), std::string("/dev/null")}) {
+  for (const std::string& path : {std::string("../outside/file"),
+                                  std::string("sub/../../outside/file"),
+                                  (base_ / "outside/file").string(),
+                                  (base_ / "inside/../outside/file").string(),
+                                  (base_ / "inside-out/file").string(),
+                                  std::string("way-out/file"),
+                                  std::string("file-outside"),
+                                  std::string("way-out/new"),
+                                  std::string("nowhere"),
+                                  std::string("loop"),
+                                  std::string("to-hidden"),
+                                  std::string("sub"),
+                                  std::string("."),
+                                  std::string(".."),
+                                  std::string("/"),
+                                  std::string(""),
+                                  std::string("fi\0le", 5),
+                                  std::string("file\0", 5),
+                                  std::string(".ssh/keys"),
+                                  std::string(".profile"),
+                                  std::string("sub/.profile"),
+                                  std::string("file.html"),
+                                  std::string("sub/") + std::string(5000, 'n'),
+                                  std::string("/dev/null")}) {
     SCOPED_TRACE(path.substr(0, 80));
     EXPECT_THROW(files.read(path), examples::FileError);
     EXPECT_THROW(files.write(path, "x"), examples::FileError);
@@ -84,6 +106,30 @@ TEST_F(DirectoryFiles, RefusesPathsThatLeadOut) {
   EXPECT_EQ("secret", examples::readFile((base_ / "outside/file").string()));
   EXPECT_EQ("secret", examples::readFile((base_ / "inside-out/file").string()));
   EXPECT_FALSE(fs::exists(base_ / "outside/new"));
+  EXPECT_EQ("hidden", examples::readFile((base_ / "inside/.profile").string()));
+}
+
+TEST_F(DirectoryFiles, RefusesFilesThatAreTooLong) {
+  rule_server::DirectoryFiles files(base_ / "inside");
+  fs::resize_file(base_ / "inside/file", 16U << 20);
+  EXPECT_EQ(16U << 20, files.read("file").size());
+  fs::resize_file(base_ / "inside/file", (16U << 20) + 1);
+  EXPECT_THROW(files.read("file"), examples::FileError);
+}
+
+TEST_F(DirectoryFiles, MayBeOneThatHoldsAHome) {
+  const std::string home = (base_ / "inside/sub").string();
+  ASSERT_EQ(0, setenv("HOME", home.c_str(), 1));
+  fs::create_symlink(base_ / "inside", base_ / "alias");
+  for (const fs::path& directory :
+       {fs::path("/"), fs::path(home), base_ / "inside", base_ / "alias", base_}) {
+    EXPECT_TRUE(rule_server::holdsHome(directory)) << directory;
+  }
+  EXPECT_FALSE(rule_server::holdsHome(base_ / "outside"));
+  fs::create_directories(home + "/reports");
+  EXPECT_FALSE(rule_server::holdsHome(home + "/reports"));
+  ASSERT_EQ(0, unsetenv("HOME"));
+  EXPECT_TRUE(rule_server::holdsHome(getpwuid(getuid())->pw_dir));
 }
 
 TEST_F(DirectoryFiles, SaysWhatFails) {

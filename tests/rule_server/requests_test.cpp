@@ -211,9 +211,9 @@ TEST(Report, OfAStoppedSessionIsWritten) {
   TestServer server;
   server.prepare(
       {"type: START_SESSION start_session { name: 'n' uuid: 's'"
-       "  report_file { scheme: FILE path: 'r' } }",
+       "  report_file { scheme: FILE path: 'r.html' } }",
        kStop, "type: WRITE_REPORT write_report { session { name: '' uuid: 's' } }"});
-  EXPECT_EQ(1u, server.files.contents.count("r"));
+  EXPECT_EQ(1u, server.files.contents.count("r.html"));
 }
 
 TEST(Server, IsStoppedOnlyByItsToken) {

@@ -21,8 +21,9 @@ void MemoryFiles::write(const std::string& path, const std::string& content) {
   contents[path] = content;
 }
 
-rule_server::Environment Surroundings::environment() {
+rule_server::Environment Surroundings::environment(const rule_server::Limits& limits) {
   rule_server::Environment environment;
+  environment.limits = limits;
   environment.token = "secret";
   environment.files = &files;
   environment.now = [this] { return time_++; };

@@ -27,7 +27,7 @@ class MemoryFiles : public rule_server::Files {
 class Surroundings {
  public:
   // Refers to this object, which must outlive it.
-  rule_server::Environment environment();
+  rule_server::Environment environment(const rule_server::Limits& limits = {});
 
   MemoryFiles files;
 

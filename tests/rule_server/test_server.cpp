@@ -24,7 +24,7 @@ const char* const kReadOnlyRule =
     "type: UPSERT_RULESPEC upsert_rulespec {"
     "  rule_spec { key: 'R' full_name: 'Fixed' disposition: READONLY } }";
 
-TestServer::TestServer() : server(environment()) {}
+TestServer::TestServer(const rule_server::Limits& limits) : server(environment(limits)) {}
 
 Response TestServer::ask(const std::string& request) {
   return ask(parse<Request>(request));

@@ -13,7 +13,7 @@ namespace tests {
 
 class TestServer : public Surroundings {
  public:
-  TestServer();
+  explicit TestServer(const rule_server::Limits& limits = {});
 
   // Sends a request in text format, whose required fields may be missing, and checks
   // that the response is well-formed.

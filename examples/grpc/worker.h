@@ -1,0 +1,40 @@
+// A thread for requests that take long, so that short ones don't wait for them.
+
+#ifndef VOK_EXAMPLES_GRPC_WORKER_H_
+#define VOK_EXAMPLES_GRPC_WORKER_H_
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+namespace rule_grpc {
+
+// Does one work after the other.
+class Worker {
+ public:
+  explicit Worker(std::size_t mostWaiting);
+  // Does what waits.
+  ~Worker();
+  Worker(const Worker&) = delete;
+  Worker& operator=(const Worker&) = delete;
+
+  // Returns false, and doesn't do it, if too much waits. work throws nothing.
+  bool add(std::function<void()> work);
+
+ private:
+  void run();
+
+  const std::size_t mostWaiting_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<std::function<void()>> waiting_;
+  bool ends_ = false;
+  std::thread thread_;
+};
+
+}  // namespace rule_grpc
+
+#endif  // VOK_EXAMPLES_GRPC_WORKER_H_

@@ -1,0 +1,165 @@
+#include "rule_server/sessions.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "rule_server/errors.h"
+#include "rule_server/findings.h"
+
+namespace rule_server {
+namespace {
+
+using vok::rulecheck::Affirmation;
+using vok::rulecheck::CreateAffirmation;
+using vok::rulecheck::CreateViolation;
+using vok::rulecheck::RuleSpecMap;
+using vok::rulecheck::SessionResult;
+using vok::rulecheck::Violation;
+
+// What an entry of a map takes besides its message.
+constexpr std::size_t kEntryBytes = 64;
+
+template <typename Body, typename Made>
+Finding kept(const Rule& rule, const Body& body, const Made& made, Budget& budget,
+             bool isAffirmation) {
+  Finding finding{isAffirmation, rule, "", bytesOf(made) + kEntryBytes, nullptr};
+  if (!body.SerializeToString(&finding.body)) {
+    throw Failure(ErrorCode::LimitExceeded, "a finding has more than 2 GiB: shorten it");
+  }
+  finding.share = budget.take(sizeof(Finding) + finding.body.capacity() + kEntryBytes);
+  return finding;
+}
+
+template <typename Body>
+Body bodyOf(const Finding& finding) {
+  Body body;
+  if (!body.ParseFromString(finding.body)) {
+    throw std::logic_error("a recorded finding is malformed");
+  }
+  return body;
+}
+
+void add(const Finding& finding, std::int32_t id, SessionResult* result) {
+  if (finding.isAffirmation) {
+    Affirmation& affirmation = (*result->mutable_affirmations()->mutable_hashmap())[id];
+    affirmation = makeAffirmation(finding.rule->spec, bodyOf<CreateAffirmation>(finding));
+    affirmation.set_id(id);
+    return;
+  }
+  const auto body = bodyOf<CreateViolation>(finding);
+  auto* map = isWaived(body) ? result->mutable_waived_violations() : result->mutable_violations();
+  Violation& violation = (*map->mutable_hashmap())[id];
+  violation = makeViolation(finding.rule->spec, body);
+  violation.set_id(id);
+}
+
+}  // namespace
+
+Finding makeFinding(const Rule& rule, const CreateViolation& body, const Violation& violation,
+                    Budget& budget) {
+  return kept(rule, body, violation, budget, false);
+}
+
+Finding makeFinding(const Rule& rule, const CreateAffirmation& body, const Affirmation& affirmation,
+                    Budget& budget) {
+  return kept(rule, body, affirmation, budget, true);
+}
+
+void Findings::add(Finding finding) {
+  if (size_ % kBlock == 0) {
+    blocks_.emplace_back(new Finding[kBlock]);
+  }
+  blocks_.back().get()[size_ % kBlock] = std::move(finding);
+  ++size_;
+}
+
+SessionState::SessionState(const vok::rulecheck::Session& session, const Limits& limits,
+                           Budget& budget)
+    : about(std::make_shared<const vok::rulecheck::Session>(session)),
+      share(budget.take(2 * bytesOf(session) + sizeof(SessionState) +
+                        Findings::kBlock * sizeof(Finding))),
+      bytes(bytesOf(session)) {
+  checkBytes("session " + quoted(session.uuid()), bytes, limits.sessionBytes, "shorten it");
+}
+
+std::int32_t SessionState::add(Finding finding, const Limits& limits) {
+  const std::string name = "session " + quoted(about->uuid());
+  if (findings.size() >= limits.findings) {
+    throw Failure(ErrorCode::LimitExceeded,
+                  name + " has " + std::to_string(findings.size()) +
+                      " findings and takes no more: start another session");
+  }
+  std::set<std::string>& keys = finding.isAffirmation ? affirmed : violated;
+  const bool isNew = keys.count(finding.rule->spec.key()) == 0;
+  const std::size_t after = bytes + finding.bytes + (isNew ? finding.rule->bytes : 0);
+  checkBytes(name + " with this finding", after, limits.sessionBytes, "start another session");
+  if (isNew) {
+    keys.insert(finding.rule->spec.key());
+  }
+  bytes = after;
+  findings.add(std::move(finding));
+  return static_cast<std::int32_t>(findings.size());
+}
+
+void SessionState::reset(Findings* discarded) {
+  std::swap(*discarded, findings);
+  violated.clear();
+  affirmed.clear();
+  bytes = bytesOf(*about);
+}
+
+std::size_t bytesOf(const std::vector<Rule>& rules) {
+  std::size_t bytes = 0;
+  for (const Rule& rule : rules) {
+    bytes += rule->bytes + kEntryBytes;
+  }
+  return bytes;
+}
+
+RuleSpecMap specsOf(const std::vector<Rule>& rules) {
+  RuleSpecMap specs;
+  for (const Rule& rule : rules) {
+    (*specs.mutable_hashmap())[rule->spec.key()] = rule->spec;
+  }
+  return specs;
+}
+
+std::size_t bytesOf(const Snapshot& snapshot) {
+  std::size_t bytes =
+      bytesOf(*snapshot.about) + bytesOf(snapshot.violated) + bytesOf(snapshot.affirmed);
+  for (std::size_t i = 0; i < snapshot.findings.size(); ++i) {
+    bytes += snapshot.findings[i].bytes;
+  }
+  return bytes;
+}
+
+SessionResult specsOf(const Snapshot& snapshot) {
+  SessionResult specs;
+  *specs.mutable_session() = *snapshot.about;
+  *specs.mutable_specs_violated() = specsOf(snapshot.violated);
+  *specs.mutable_specs_affirmed() = specsOf(snapshot.affirmed);
+  return specs;
+}
+
+SessionResult resultOf(const Snapshot& snapshot) {
+  SessionResult result;
+  *result.mutable_session() = *snapshot.about;
+  if (!snapshot.violated.empty()) {
+    *result.mutable_specs_violated() = specsOf(snapshot.violated);
+  }
+  if (!snapshot.affirmed.empty()) {
+    *result.mutable_specs_affirmed() = specsOf(snapshot.affirmed);
+  }
+  const auto& violations = result.mutable_violations()->hashmap();
+  const auto& waived = result.mutable_waived_violations()->hashmap();
+  const auto& affirmations = result.mutable_affirmations()->hashmap();
+  for (std::size_t i = 0; i < snapshot.findings.size(); ++i) {
+    add(snapshot.findings[i], static_cast<std::int32_t>(i + 1), &result);
+  }
+  result.set_violation_count(static_cast<std::int32_t>(violations.size()));
+  result.set_waived_count(static_cast<std::int32_t>(waived.size()));
+  result.set_affirmation_count(static_cast<std::int32_t>(affirmations.size()));
+  return result;
+}
+
+}  // namespace rule_server

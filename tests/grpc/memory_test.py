@@ -1,0 +1,196 @@
+"""Memory that clients cost: the server lives on under a limit of its address space."""
+
+import random
+import unittest
+
+import grpc
+from servers import ENDED_WELL, METHODS, SERVICE, Server, ServerTest, protocol
+
+MEBIBYTE = 1 << 20
+ADDRESS_SPACE = 2048 * MEBIBYTE
+LIMITS = ["--max-bytes", 128 * MEBIBYTE, "--max-session-bytes", 128 * MEBIBYTE,
+          "--max-text-bytes", 16 * MEBIBYTE, "--max-rule-bytes", 2 * MEBIBYTE]
+HEALTH = "/grpc.health.v1.Health/Check"
+# Each repeated message of two bytes takes more than fifty in memory.
+HOSTILE_ARGUMENTS = b"\x0a\x00" * ((MEBIBYTE - 200) // 2)
+
+
+def file(path):
+    return protocol.Resource(scheme=protocol.Resource.FILE, path=path)
+
+
+class MemoryTest(ServerTest):
+    def setUp(self):
+        super().setUp()
+        (self.folder / "files").mkdir()
+        self.server = Server(self, "--files", "files", *LIMITS,
+                             prefix=["prlimit", f"--as={ADDRESS_SPACE}"])
+        self.client = self.large_channel()
+        self.kept = self.client.start()
+        self.client.find(self.kept, "mark")
+
+    def tearDown(self):
+        """Whatever was sent, the server works, and nothing that was recorded is lost."""
+        self.assertEqual(self.client.found(self.kept), {1: "mark"})
+        self.assertEqual(self.client.send(HEALTH, b""), b"\x08\x01")
+        print(f"{self.id()}: {self.server.most_memory() // MEBIBYTE} MiB at most")
+        self.client.channel.close()
+        self.assertEqual(self.server.stop(), ENDED_WELL)
+
+    def large_channel(self):
+        return self.channel(self.server.address, options=[
+            ("grpc.max_receive_message_length", -1), ("grpc.max_send_message_length", -1)])
+
+    def hostile_finding(self, session, rule="W"):
+        fields = protocol.CreateViolation(rule_key=rule, session_uuid=session).SerializeToString()
+        return fields + b"\x1a" + varint(len(HOSTILE_ARGUMENTS)) + HOSTILE_ARGUMENTS
+
+    def statuses(self, method, contents, clients=4):
+        """Of requests that are all sent at once."""
+        channels = [self.large_channel() for _ in range(clients)]
+        calls = [channels[i % clients].channel.unary_unary(f"/{SERVICE}/{method}").future(
+            content, timeout=120) for i, content in enumerate(contents)]
+        codes = {call.code().name for call in calls}
+        for channel in channels:
+            channel.channel.close()
+        return codes
+
+    def fill(self, session, text):
+        """Records findings until the session is full, and returns their number."""
+        for count in range(10000):
+            content = protocol.CreateViolation(
+                rule_key="W", session_uuid=session, args=protocol.ArgList(
+                    arg=[protocol.Arg(string_val=text)])).SerializeToString()
+            status, reason = self.client.refusal("createViolation", content)
+            if status != "OK":
+                self.assertEqual(status, "RESOURCE_EXHAUSTED")
+                self.assertRegex(reason, r"takes \d+ bytes, more than \d+: ")
+                return count
+        self.fail("no limit was reached")
+
+
+class Findings(MemoryTest):
+    def test_of_a_long_rule(self):
+        rule = protocol.RuleSpec(key="L", full_name="f")
+        rule.examples.uri.add(link_text="x" * (MEBIBYTE - 1000))
+        self.client.call("upsertRuleSpec", key="L", full_name="f", examples=rule.examples)
+        body = protocol.CreateViolation(rule_key="L", session_uuid=self.kept).SerializeToString()
+        for _ in range(20):
+            self.client.send("createViolation", body)
+        self.assertLess(self.server.most_memory(), 200 * MEBIBYTE)
+        status = self.client.refusal("resetSession", session(self.kept))[0]
+        self.assertEqual(status, "OK")
+        self.client.find(self.kept, "mark")
+
+    def test_of_the_worst_kind(self):
+        other = self.client.start()
+        codes = self.statuses("createViolation", [self.hostile_finding(other)] * 64)
+        self.assertEqual(codes, {"OK", "RESOURCE_EXHAUSTED"})
+        self.statuses("getSessionResult", [session(other)] * 16)
+
+    def test_of_rules_that_change(self):
+        other = self.client.start()
+        for i in range(300):
+            self.client.refusal("upsertRuleSpec", protocol.RuleSpec(
+                key="C", full_name="f", owner=str(i) * 300000).SerializeToString())
+            self.client.refusal("createViolation", protocol.CreateViolation(
+                rule_key="C", session_uuid=other).SerializeToString())
+
+
+class Sessions(MemoryTest):
+    def test_with_long_descriptions(self):
+        content = protocol.Session(name="n", report_file=file("r.html")).SerializeToString()
+        groups = b"\xa3\x06\xa4\x06" * 200000  # unknown groups in the session's own message
+        address = protocol.Resource(scheme=protocol.Resource.FILE).SerializeToString() + groups
+        content += b"\x2a" + varint(len(address)) + address
+        codes = self.statuses("startSession", [content] * 100)
+        self.assertIn("RESOURCE_EXHAUSTED", codes)
+
+    def test_whose_results_no_client_reads(self):
+        other = self.client.start()
+        self.fill(other, "x" * 900000)
+        channels = [self.large_channel() for _ in range(8)]
+        calls = [channel.channel.unary_stream(f"/{SERVICE}/getSessionResult")(session(other))
+                 for channel in channels for _ in range(16)]
+        calls += [channel.channel.unary_stream(f"/{SERVICE}/getSession")(
+            protocol.GetSession(session_uuid=other).SerializeToString()) for channel in channels]
+        self.assertEqual(self.client.send(HEALTH, b""), b"\x08\x01")
+        for call in calls:
+            call.cancel()
+        for channel in channels:
+            channel.channel.close()
+
+
+class Files(MemoryTest):
+    def test_in_all_formats(self):
+        # What HTML, JSON and the text format escape.
+        for text in ["\x01", "\"", "<", "&", "\u2028", "x"]:
+            for proto in ["s.pb", "s.txt", "s.json"]:
+                self.client.call("upsertRuleSpec", key="W", full_name="f")
+                other = self.client.start(report_file=file("r.html"), proto_file=file(proto))
+                for _ in range(14):
+                    self.client.find(other, text * (MEBIBYTE // len(text.encode()) - 1000))
+                status = self.client.refusal("writeReport", session(other))
+                self.assertEqual(status, ("OK", None), (text, proto))
+                self.client.refusal("resetSession", session(other))
+
+    def test_of_rules_in_all_formats(self):
+        for i in range(7):
+            self.client.refusal("upsertRuleSpec", protocol.RuleSpec(
+                key=f"K{i}", full_name="f", session_names=protocol.StringList(
+                    msg=["\x01"] * 30000)).SerializeToString())
+        for path in ["d.pb", "d.txt", "d.json"]:
+            dump = protocol.DumpRules(data_file=file(path)).SerializeToString()
+            self.assertEqual(self.client.refusal("dumpRules", dump)[0], "OK")
+            load = protocol.LoadRuleDataFile(data_file=file(path)).SerializeToString()
+            self.assertIn(self.client.refusal("loadRuleDataFile", load)[0],
+                          ["OK", "FAILED_PRECONDITION"])
+
+
+class Sequences(MemoryTest):
+    def test_at_random(self):
+        random.seed(1)
+        for _ in range(150):
+            name, content = self.request(random.choice(["s", "t", "u"]))
+            self.statuses(name, [content] * random.choice([1, 1, 1, 8]), clients=1)
+
+    @staticmethod
+    def request(uuid):
+        long = random.choice(["x", "\x01", "<"]) * random.choice([1, 1000, 300000])
+        bodies = {
+            "startSession": protocol.Session(
+                name="n", uuid=uuid, description=long, report_file=file("r.html"),
+                proto_file=file(random.choice(["p.pb", "p.json"]))),
+            "upsertRuleSpec": protocol.RuleSpec(
+                key="R", full_name="f", raw_msg=long, examples=protocol.Links(
+                    uri=[protocol.Link(link_text="l")] * random.choice([0, 10000]))),
+            "createViolation": protocol.CreateViolation(
+                rule_key="R", session_uuid=uuid, args=protocol.ArgList(
+                    arg=[protocol.Arg(string_val=long)])),
+            "createAffirmation": protocol.CreateAffirmation(
+                rule_key="R", session_uuid=uuid, args=protocol.ArgList(
+                    arg=[protocol.Arg()] * random.choice([0, 50000]))),
+            "dumpRules": protocol.DumpRules(data_file=file("d.pb")),
+            "loadRuleDataFile": protocol.LoadRuleDataFile(
+                data_file=file(random.choice(["d.pb", "p.pb"]))),
+        }
+        for method in ["getSessionResult", "writeReport", "resetSession"]:
+            bodies[method] = protocol.Session(name="", uuid=uuid)
+        method = random.choice(sorted(bodies))
+        return method, bodies[method].SerializeToString()
+
+
+def session(uuid):
+    return protocol.Session(name="", uuid=uuid).SerializeToString()
+
+
+def varint(number):
+    content = b""
+    while number > 0x7F:
+        content += bytes([number & 0x7F | 0x80])
+        number >>= 7
+    return content + bytes([number])
+
+
+if __name__ == "__main__":
+    unittest.main()
