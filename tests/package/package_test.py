@@ -399,12 +399,6 @@ class Refusals(PackageTest):
         self.refuse(SOURCE, "Protocol Buffers 3.2.0 is too old: release 3.3.0 or later is needed.",
                     f"-DCMAKE_PREFIX_PATH={prefix}")
 
-    def test_release_3_3_0_is_accepted(self):
-        prefix = self.fake_protobuf("3003000", "3.3.0")
-        result = self.configure(SOURCE, f"-DCMAKE_PREFIX_PATH={prefix}")
-        self.assertEqual(result.returncode, 0, result.stdout)
-        self.assertIn("-std=gnu++98", (self.build / "build.ninja").read_text())
-
     def test_a_compiler_of_another_release(self):
         prefix = self.fake_protobuf("3012004", "3.21.12")
         self.refuse(SOURCE, "does not match the runtime, Protocol Buffers 3.12.4: "
@@ -436,9 +430,10 @@ class Refusals(PackageTest):
                     f"-DCMAKE_PREFIX_PATH={prefix};{PREFIX}")
 
     def test_the_package_accepts_another_patch_of_the_same_release(self):
-        if not os.environ["PROTOBUF_RELEASE"].startswith("3.21."):
+        if not os.environ["PROTOBUF_RELEASE"].startswith("3."):
             self.skipTest("later releases have another ABI for each patch")
-        prefix = self.fake_protobuf("3021099", "3.21.99")
+        minor = int(os.environ["PROTOBUF_ABI"].split(".")[1])
+        prefix = self.fake_protobuf(f"3{minor:03}099", f"3.{minor}.99")
         result = self.configure(CONSUMERS / "find_package",
                                 f"-DCMAKE_PREFIX_PATH={prefix};{PREFIX}")
         self.assertEqual(result.returncode, 0, result.stdout)

@@ -174,7 +174,7 @@ class Test(ProgramTest):
         for option in ["--help", "-h"]:
             ended = self.run_program(TEST, option)
             self.assertEqual((ended.returncode, ended.stderr), (0, ""))
-            self.assertTrue(ended.stdout.startswith("Usage: tools/test [--all]\n"))
+            self.assertTrue(ended.stdout.startswith("Usage: tools/test [--all] [--with PREFIX]\n"))
 
     def test_unknown_argument(self):
         for words in [["--nosuch"], ["all"], ["--all", "more"]]:
@@ -182,6 +182,13 @@ class Test(ProgramTest):
                 self.assert_refused(
                     self.run_program(TEST, *words),
                     f"test: unknown argument {words[-1]} (see --help)")
+
+    def test_folder_without_protocol_buffers(self):
+        for folder, refusal in (
+                ("/usr/share/doc", "test: no Protocol Buffers is installed in /usr/share/doc"),
+                ("/nowhere", "test: --with needs the folder of an installation (see --help)")):
+            with self.subTest(folder):
+                self.assert_refused(self.run_program(TEST, "--with", folder), refusal)
 
 
 if __name__ == "__main__":

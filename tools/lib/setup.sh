@@ -25,6 +25,7 @@
   debian_test_packages=(lintian mmdebstrap pkg-config)
   matrix_packages=(mmdebstrap)
   docs_packages=(mkdocs mkdocs-material mscgen protobuf-compiler python3-protobuf)
+  source_packages=(g++ make xz-utils)
   recipe_packages=(make meson pkg-config)
 }
 
