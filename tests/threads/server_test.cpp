@@ -34,7 +34,8 @@ Request finding(const std::string& session, const std::string& mark) {
 
 Request start(const std::string& session) {
   auto request = parse<Request>(
-      "type: START_SESSION start_session { name: 'n' report_file { scheme: FILE path: 'r.html' } }");
+      "type: START_SESSION start_session { name: 'n' report_file { scheme: FILE path: 'r.html' } "
+      "}");
   request.mutable_start_session()->set_uuid(session);
   return request;
 }
