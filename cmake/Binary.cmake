@@ -29,14 +29,16 @@ endif()
 # GCC would also register the destructors of the default instances with
 # __cxa_atexit. With -fno-use-cxa-atexit it emits a finalizer for them, which the
 # optimizer finds to be empty and removes: hence -O1 where a build has less. Clang
-# emits an empty second initializer if the first has a priority; one needs none.
+# and g++ 11 emit an empty second initializer if the first has a priority; one
+# needs none.
 # Aligned loops and jumps only make the code larger.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   list(APPEND vok_generated_options -fno-use-cxa-atexit -falign-loops=1 -falign-jumps=1)
   if(NOT VOK_SANITIZED)
     list(APPEND vok_generated_options $<${vok_unoptimized}:-O1>)
   endif()
-elseif(BUILD_SHARED_LIBS)
+endif()
+if(BUILD_SHARED_LIBS AND (NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU" OR CMAKE_CXX_COMPILER_VERSION VERSION_LESS 12))
   list(APPEND vok_generated_options "-Dinit_priority(priority)=unused")
 endif()
 
