@@ -29,8 +29,8 @@ endif()
 # GCC would also register the destructors of the default instances with
 # __cxa_atexit. With -fno-use-cxa-atexit it emits a finalizer for them, which the
 # optimizer finds to be empty and removes: hence -O1 where a build has less. Clang
-# and g++ 11 emit an empty second initializer if the first has a priority; one
-# needs none.
+# and g++ 11 emit an empty second initializer if the first has a priority, which
+# a single initializer does not need.
 # Aligned loops and jumps only make the code larger.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   list(APPEND vok_generated_options -fno-use-cxa-atexit -falign-loops=1 -falign-jumps=1)

@@ -1,7 +1,7 @@
 # Finds Protocol Buffers, runtime and compiler, and says what differs between
 # its releases. This file is the one home of those differences; it is used by
-# the build and, installed beside it, by the package configuration. 3.3.0, 3.12.4,
-# 3.21.12 and 36.2 have been tried; no others near the borders at 3.4, 3.6 and 22.0.
+# the build and, once installed, by the package configuration. 3.3.0, 3.12.4, 3.21.12
+# and 36.2 have been tried; no others near the boundaries at 3.4, 3.6 and 22.0.
 #
 # Where the runtime's headers are found decides where the rest is looked for, so
 # that CMAKE_PREFIX_PATH alone selects a release. A release that brings a CMake

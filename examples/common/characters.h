@@ -14,7 +14,7 @@ struct CodePoint {
   std::size_t length;  // in bytes
 };
 
-// The code point that the text, which is not empty, begins with. One byte that begins no
+// The first code point of the text, which must not be empty. A byte that does not begin a
 // well-formed UTF-8 sequence counts as U+FFFD.
 CodePoint firstOf(std::string_view text);
 

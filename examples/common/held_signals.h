@@ -9,7 +9,7 @@ namespace examples {
 
 // Blocks SIGHUP, SIGINT, SIGQUIT and SIGTERM in this thread and all that it starts,
 // except those that the program ignores. One that arrives takes effect when the object
-// goes away.
+// is destroyed.
 class HeldSignals {
  public:
   HeldSignals();

@@ -12,16 +12,16 @@
 
 namespace rule_grpc {
 
-// Does one work after the other.
+// Performs one task at a time.
 class Worker {
  public:
   explicit Worker(std::size_t mostWaiting);
-  // Does what waits.
+  // Performs the tasks that still wait.
   ~Worker();
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
 
-  // Returns false, and doesn't do it, if too much waits. work throws nothing.
+  // Returns false, and does not call work, if too many tasks wait. work must not throw.
   bool add(std::function<void()> work);
 
  private:

@@ -30,7 +30,7 @@ enum class ErrorCode : std::int32_t {
   FileFormat = 32,        // unknown extension, or malformed content
   SelectionInvalid = 33,  // a regular expression that is malformed or refused
   Internal = 40,          // something that the server was given failed
-  LimitExceeded = 41,     // more than the server takes; nothing recorded is lost
+  LimitExceeded = 41,     // the request would exceed a limit; nothing recorded is lost
 };
 
 // An operation that failed. handle() turns it into an ErrorResponse.

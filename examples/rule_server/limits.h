@@ -32,7 +32,7 @@ std::size_t bytesOf(const google::protobuf::Message& message);
 void checkBytes(const std::string& what, std::size_t bytes, std::size_t limit,
                 const std::string& advice);
 
-// The bytes that are left for all that is recorded. For any number of threads.
+// The bytes that are left for all that is recorded. Thread-safe.
 class Budget {
  public:
   struct Return {

@@ -31,7 +31,7 @@
 //     arguments that no text names follow it. resolution has the arguments only if
 //     its text names one.
 //   * A dynamic category value is named by the number of a category that the rule's
-//     dynamic_categories has as true, and stands under that number in categories.
+//     dynamic_categories has as true, and is kept under that number in categories.
 //   * A violation whose dynamic category values have a "waiver" is recorded as
 //     waived. The waiver's value is its reason: not empty, and kept in categories
 //     under kWaiverCategory.
@@ -76,8 +76,8 @@ namespace rule_server {
 // their length in memory once they are parsed, so that this one takes 58 MiB.
 constexpr std::size_t kMaxRequestBytes = 1U << 20;
 
-// For any number of threads: one that performs a long request holds up no other. Each
-// function of the environment is called by one thread at a time.
+// Thread-safe; a long request delays no other. Each function of the environment is
+// called by one thread at a time.
 class Server {
  public:
   explicit Server(Environment environment);

@@ -29,8 +29,8 @@ struct Finding {
   Budget::Share share;
 };
 
-// Findings that are added and never change. A copy shares them, and is made in a short
-// time: it has a pointer for each block. To add is for the original alone.
+// Findings, to which more can be added and which never change. Copying is fast, since a
+// copy shares the blocks. Add to the original only.
 class Findings {
  public:
   static constexpr std::size_t kBlock = 64;
@@ -69,7 +69,7 @@ struct SessionState {
   bool stopped = false;
 };
 
-// A session as it was at a time. Whatever is made of it needs no lock.
+// A session as it was at one moment. Using it needs no lock.
 struct Snapshot {
   std::shared_ptr<const vok::rulecheck::Session> about;
   Findings findings;

@@ -1,4 +1,4 @@
-// A directory that goes away again.
+// A temporary directory, which the destructor removes.
 
 #ifndef VOK_TESTS_EXAMPLE_COMMON_DIRECTORY_H_
 #define VOK_TESTS_EXAMPLE_COMMON_DIRECTORY_H_

@@ -1,5 +1,5 @@
-// How much memory hostile bytes can take: the promises of docs/protocol.md, held
-// against what is measured.
+// How much memory hostile bytes can take: compares the numbers of docs/protocol.md with
+// measurements.
 
 #include <gmock/gmock.h>
 #include <google/protobuf/arena.h>

@@ -1,4 +1,4 @@
-// The client in C++, which the others are held against. See README.md for what it is
+// The client in C++, with which the others are compared. See README.md for what it is
 // asked and what it answers: what it writes is deterministic.
 
 #include <cstdio>

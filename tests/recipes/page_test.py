@@ -1,9 +1,9 @@
 """The code on docs/recipes.md, which is that of the files in docs/recipes.
 
-Before each block of code stands a comment that names its file. Of a file with
-marked lines the block has these, of any other all.
+A comment before each block of code names its file. If the file has marked lines,
+the block has these; otherwise it has the whole file.
 
-    page_test.py --renew    writes the blocks anew, instead
+    page_test.py --renew    updates the blocks instead
 """
 
 import pathlib
