@@ -17,12 +17,13 @@ using vok::rulecheck::Arg;
 using vok::rulecheck::Converter;
 using vok::rulecheck::MsgInst;
 
-// A text could name a long argument any number of times.
+// A text could name an argument any number of times, in each of many findings.
 constexpr std::size_t maxArgumentBytes = 1u << 20;
+constexpr int maxPlaces = 8;
 
 struct Argument {
   std::string html;
-  bool placed;
+  int places;
 };
 
 std::string argumentHtml(const Arg& arg) {
@@ -34,7 +35,7 @@ std::string argumentHtml(const Arg& arg) {
 std::vector<Argument> argumentsOf(const MsgInst& message) {
   std::vector<Argument> arguments;
   for (const Arg& arg : message.args().arg()) {
-    arguments.push_back({argumentHtml(arg), false});
+    arguments.push_back({argumentHtml(arg), 0});
   }
   return arguments;
 }
@@ -68,12 +69,12 @@ class Composer {
     const char* const digits = text.data() + 1;
     const char* const end = std::from_chars(digits, text.data() + text.size(), number).ptr;
     const bool fits = text.substr(1, 1) != "0" && number >= 1 && number <= arguments_.size();
-    if (!fits || argumentBytes_ > maxArgumentBytes) {
+    if (!fits || argumentBytes_ > maxArgumentBytes || arguments_[number - 1].places == maxPlaces) {
       html_ += '%';
       return 1;
     }
     Argument& argument = arguments_[number - 1];
-    argument.placed = true;
+    ++argument.places;
     argumentBytes_ += argument.html.size();
     html_ += argument.html;
     return static_cast<std::size_t>(end - text.data());
@@ -82,7 +83,7 @@ class Composer {
   void appendUnplaced() {
     const char* separator = " <span class=\"unplaced\">(";
     for (const Argument& argument : arguments_) {
-      if (!argument.placed) {
+      if (argument.places == 0) {
         html_ += separator + argument.html;
         separator = ", ";
       }
