@@ -32,6 +32,16 @@ bool isHidden(const fs::path& path) {
                      [](const fs::path& component) { return component.string()[0] == '.'; });
 }
 
+// Clients are not told where the directory is: work's failure begins with the target.
+template <typename Work>
+auto failingFor(const std::string& path, const std::string& target, Work work) {
+  try {
+    return work();
+  } catch (const examples::FileError& error) {
+    throw examples::FileError(path + std::string(error.what()).substr(target.size()));
+  }
+}
+
 }  // namespace
 
 DirectoryFiles::DirectoryFiles(const fs::path& directory) : directory_(fs::canonical(directory)) {}
@@ -68,11 +78,12 @@ std::string DirectoryFiles::read(const std::string& path) {
   if (!ignored && bytes > kMostBytes) {
     throw examples::FileError(path + ": has more than 16 MiB; split it");
   }
-  return examples::readFile(target);
+  return failingFor(path, target, [&] { return examples::readFile(target); });
 }
 
 void DirectoryFiles::write(const std::string& path, const std::string& content) {
-  examples::writeFile(resolved(path), content);
+  const std::string target = resolved(path);
+  failingFor(path, target, [&] { examples::writeFile(target, content); });
 }
 
 bool holdsHome(const fs::path& directory) {

@@ -134,18 +134,19 @@ TEST_F(DirectoryFiles, MayBeOneThatHoldsAHome) {
 
 TEST_F(DirectoryFiles, SaysWhatFails) {
   rule_server::DirectoryFiles files(base_ / "inside");
-  try {
-    files.read("missing");
-    FAIL();
-  } catch (const examples::FileError& error) {
-    EXPECT_EQ((base_ / "inside/missing").string() + ": cannot be read", error.what());
-  }
-  try {
-    files.read("../outside/file");
-    FAIL();
-  } catch (const examples::FileError& error) {
-    EXPECT_STREQ("../outside/file: outside of the server's directory", error.what());
-  }
+  const auto errorOf = [](const auto& work) -> std::string {
+    try {
+      work();
+    } catch (const examples::FileError& error) {
+      return error.what();
+    }
+    return "none";
+  };
+  EXPECT_EQ("missing: cannot be read", errorOf([&] { files.read("missing"); }));
+  EXPECT_EQ("../outside/file: outside of the server's directory",
+            errorOf([&] { files.read("../outside/file"); }));
+  EXPECT_EQ("missing/file: cannot be written: No such file or directory",
+            errorOf([&] { files.write("missing/file", ""); }));
 }
 
 }  // namespace
