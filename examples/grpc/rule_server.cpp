@@ -112,7 +112,10 @@ void limit(grpc::ServerBuilder& builder) {
   builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS, kMostRequestsOfAConnection);
   // Of what arrives and is not yet whole.
   constexpr std::size_t kMostReceivedBytes = std::size_t{256} << 20;
-  builder.SetResourceQuota(grpc::ResourceQuota().Resize(kMostReceivedBytes));
+  // A client of server reflection keeps one as long as it likes.
+  constexpr int kMostThreads = 8;
+  builder.SetResourceQuota(
+      grpc::ResourceQuota().Resize(kMostReceivedBytes).SetMaxThreads(kMostThreads));
   builder.SetMaxReceiveMessageSize(static_cast<int>(rule_server::kMaxRequestBytes));
   // The limit is on what travels, and bytes can be compressed to a thousandth.
   builder.SetCompressionAlgorithmSupportStatus(GRPC_COMPRESS_DEFLATE, false);

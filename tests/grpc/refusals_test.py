@@ -2,6 +2,7 @@
 
 import signal
 import socket
+import threading
 import time
 import unittest
 
@@ -269,6 +270,31 @@ class Services(RefusalsTest):
                      b"grpc.reflection.v1alpha.ServerReflection"]:
             self.assertIn(name, listed)
         self.assertIn(protocol.DESCRIPTOR.serialized_pb, described)
+
+    def test_of_reflection_have_few_threads(self):
+        clients = [self.channel(self.server.address) for _ in range(4)]
+        ends = threading.Event()
+        self.addCleanup(ends.set)
+
+        def ask():
+            yield b"\x3a\x00"
+            ends.wait()
+
+        calls = [client.channel.stream_stream(REFLECTION)(ask(), timeout=60)
+                 for client in clients for _ in range(16)]
+        statuses = []
+        for call in calls:
+            try:
+                next(call)
+                statuses.append("OK")
+            except grpc.RpcError as error:
+                statuses.append(error.code().name)
+        self.assertEqual(set(statuses), {"OK", "RESOURCE_EXHAUSTED"})
+        self.assertLessEqual(statuses.count("OK"), 8)
+        for call in calls:
+            call.cancel()
+        for client in clients:
+            client.channel.close()
 
 
 if __name__ == "__main__":
