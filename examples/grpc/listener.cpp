@@ -142,10 +142,12 @@ void raiseDescriptorLimit() {
   getrlimit(RLIMIT_NOFILE, &limit);
   limit.rlim_cur = limit.rlim_max;
   setrlimit(RLIMIT_NOFILE, &limit);
-  if (descriptorLimit() < kFewestDescriptors) {
+  // Those that were open at the start, but for the three usual ones, are not the server's.
+  const Descriptor next(eventfd(0, EFD_CLOEXEC));
+  const int left = next.number() < 0 ? 0 : descriptorLimit() - std::max(next.number() - 3, 0);
+  if (left < kFewestDescriptors) {
     throw std::runtime_error("needs " + std::to_string(kFewestDescriptors) +
-                             " file descriptors, and may have " +
-                             std::to_string(descriptorLimit()));
+                             " file descriptors, and may have " + std::to_string(left));
   }
 }
 
@@ -256,7 +258,7 @@ void Listener::acceptUntilStopped() {
     if (ready[0].revents != 0) {
       return;
     }
-    handOver(&ready[1 + sockets_.size()]);
+    handOver(ready.data() + 1 + sockets_.size());
     for (std::size_t i = 1; i <= sockets_.size(); ++i) {
       if (ready[i].revents != 0) {
         acceptOne(ready[i].fd);

@@ -86,6 +86,11 @@ class BadArguments(ProgramTest):
         self.assert_refused(
             self.run_program("prlimit", "--nofile=47:47", RULE_SERVER),
             "rule_server: needs 48 file descriptors, and may have 47")
+        self.assert_refused(
+            self.run_program(
+                "sh", "-c", 'exec prlimit --nofile=54:54 "$0" 3<&0 4<&0 5<&0 6<&0 7<&0 8<&0 9<&0',
+                RULE_SERVER),
+            "rule_server: needs 48 file descriptors, and may have 47")
 
     def test_with_a_token_that_is_too_long(self):
         for length in [4093, 4094]:
