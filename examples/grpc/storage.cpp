@@ -36,7 +36,9 @@ void define(CLI::App& app, Storage& storage) {
         ->check(CLI::Range(std::size_t{1}, kMost))
         ->capture_default_str();
   }
+  // CLI11 takes a negative number for an enormous one.
   app.add_option("--max-bytes", limits.bytes, "Bytes of all that is recorded, in memory")
+      ->check(CLI::Range(std::size_t{1}, std::numeric_limits<std::size_t>::max() / 2))
       ->capture_default_str();
 }
 

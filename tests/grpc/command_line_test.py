@@ -36,6 +36,8 @@ class BadArguments(ProgramTest):
             (["--files-may-hold-home"], "--files-may-hold-home requires --files"),
             (["--max-session-bytes", "2147483648"],
              "--max-session-bytes: Value 2147483648 not in range 1 to 2147483647"),
+            (["--max-bytes", "-1"],
+             "--max-bytes: Value -1 not in range 1 to 9223372036854775807"),
             (["--token-file", "missing"], "missing: cannot be read"),
             (["--token-file", "empty"], "empty: has no token"),
             (["--certificate", "a.pem"], "--certificate requires --key"),
