@@ -18,7 +18,9 @@ bool isPort(const std::string& digits) {
 
 Address parseAddress(const std::string& text) {
   Address address;
-  if (RE2::FullMatch(text, R"(unix:([^%?#,[:cntrl:]]+))", &address.path)) {
+  // gRPC's clients take a name after two slashes for a host.
+  if (RE2::FullMatch(text, R"(unix:([^%?#,[:cntrl:]]+))", &address.path) &&
+      !RE2::FullMatch(address.path, "//([^/].*)?")) {
     return address;
   }
   if ((RE2::FullMatch(text, R"(([\w.-]+):(\d{1,5}))", &address.host, &address.port) ||

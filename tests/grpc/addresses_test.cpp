@@ -49,6 +49,8 @@ TEST(Addresses, HaveAPortOrAPath) {
                                     "ipv4:127.0.0.1:1",
                                     "unix-abstract:name",
                                     "unix:",
+                                    "unix://",
+                                    "unix://tmp/socket",
                                     "unix:a%b",
                                     "unix:a?b",
                                     "unix:a#b",
