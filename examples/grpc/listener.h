@@ -56,7 +56,7 @@ class Listener {
 
   // Listens. Throws std::runtime_error if that is impossible, or if another process
   // answers at the address or has a file there that is not a socket.
-  explicit Listener(const std::string& address);
+  explicit Listener(const std::string& text);
   Listener(const Listener&) = delete;
   Listener& operator=(const Listener&) = delete;
   ~Listener();

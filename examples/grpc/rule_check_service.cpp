@@ -83,7 +83,7 @@ Read into(Request::RequestType type, std::function<Message*(Request*)> field) {
 Read through(Request (*requestOf)(const Session&)) {
   return [requestOf](const Bytes& bytes, Request* request) {
     Session session;
-    const Status status = parse(bytes, &session);
+    Status status = parse(bytes, &session);
     if (status.ok()) {
       *request = requestOf(session);
     }

@@ -102,7 +102,7 @@ class WrittenFiles : public testing::Test {
   }
 
   void writeAndRaise(int signal, const char* step) const {
-    fault = {step, [signal] { raise(signal); }};
+    fault = Fault{step, [signal] { raise(signal); }};
     examples::writeFile(path(), kNew);
   }
 

@@ -104,9 +104,9 @@ TEST(Interface, DestroysDefaultInstancesAtShutdown) {
 
 TEST(Interface, HasFieldNumbersWithAnAddress) {
   const int* address = &Resource::kMediaTypeFieldNumber;
-  const int& reference = Resource::kMediaTypeFieldNumber;
   EXPECT_EQ(*address, 7);
-  EXPECT_EQ(&reference, address);
+  const int& reference = Resource::kPathFieldNumber;
+  EXPECT_EQ(reference, 4);
 }
 
 // The first two are private to the class, but exported all the same.
