@@ -76,8 +76,10 @@ bool replace(const fs::path& path, const struct stat* old, const std::string& co
     return false;
   }
   const HeldSignals held;
+  // Others could open the file before it has the mode of the old one.
+  const mode_t mode = old == nullptr ? 0666 : 0600;
   const Descriptor file(
-      openat(folder.get(), temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+      openat(folder.get(), temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
   if (!file.isOpen()) {
     return false;
   }

@@ -118,7 +118,7 @@ class WrittenFiles : public testing::Test {
     }
   }
 
- private:
+ protected:
   const tests::Directory directory_;
 };
 
@@ -183,6 +183,14 @@ TEST_F(WrittenFiles, KeepTheirModeAndGetTheUsualOneIfTheyAreNew) {
     stat(path().c_str(), &status);
     EXPECT_EQ(S_IFREG | mode, status.st_mode);
   }
+  chmod(path().c_str(), 0600);
+  fault = Fault{"fchmod", [this, &status] {
+                  for (const auto& entry : fs::directory_iterator(directory_.path())) {
+                    stat(entry.path().c_str(), &status);
+                    EXPECT_EQ(mode_t{S_IFREG | 0600}, status.st_mode) << entry.path();
+                  }
+                }};
+  examples::writeFile(path(), kNew);
   const mode_t before = umask(027);
   examples::writeFile(path("new"), kNew);
   umask(before);
