@@ -108,6 +108,16 @@ Status busy(const std::string& reason) {
   return refusal(StatusCode::RESOURCE_EXHAUSTED, reason + ": try again later");
 }
 
+// An exception would end the process.
+template <typename Work>
+Status unlessMemoryLacks(Work work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    return busy("the server has no memory left");
+  }
+}
+
 Reactor* finish(Context* context, const Status& status) {
   Reactor* reactor = context->DefaultReactor();
   reactor->Finish(status);
@@ -159,32 +169,34 @@ RuleCheckService::RuleCheckService(rule_server::Server& server, std::function<vo
     : server_(server), stop_(std::move(stop)), worker_(kMostWaiting) {}
 
 Status RuleCheckService::perform(const Request& request, const Method& method, Bytes* answer) {
-  try {
+  return unlessMemoryLacks([&] {
     Response response = server_.handle(request);
     if (response.type() == Response::ERROR_RESPONSE) {
       return statusOf(response.error());
     }
     return serialize(*method.answer(&response), answer);
-  } catch (const std::bad_alloc&) {
-    return busy("the server has no memory left");
-  }
+  });
 }
 
 Status RuleCheckService::performNow(const Bytes& argument, const Method& method, Bytes* answer) {
   Request request;
-  const Status status = method.read(argument, &request);
+  const Status status = unlessMemoryLacks([&] { return method.read(argument, &request); });
   return status.ok() ? perform(request, method, answer) : status;
+}
+
+Status RuleCheckService::checkUnread() const {
+  return unreadBytes_ > kMostUnreadBytes ? busy("clients have not read what was answered")
+                                         : Status::OK;
 }
 
 Reactor* RuleCheckService::answerWith(Context* context, const Bytes* argument, Bytes* answer,
                                       const Method& method) {
   auto* reply = new Answer(&unreadBytes_);
-  if (unreadBytes_ > kMostUnreadBytes) {
-    reply->finish(busy("clients have not read what was answered"), *answer);
-    return reply;
-  }
   Request request;
-  Status status = method.read(*argument, &request);
+  Status status = checkUnread();
+  if (status.ok()) {
+    status = unlessMemoryLacks([&] { return method.read(*argument, &request); });
+  }
   if (!status.ok() || !server_.takesLong(request)) {
     status = status.ok() ? perform(request, method, answer) : status;
     reply->finish(status, *answer);
@@ -192,9 +204,8 @@ Reactor* RuleCheckService::answerWith(Context* context, const Bytes* argument, B
   }
   // The bytes are kept, since the request can take 58 times their length.
   const bool isTaken = worker_.add([this, context, argument, answer, method, reply] {
-    Request again;
-    const bool isWanted = !context->IsCancelled() && method.read(*argument, &again).ok();
-    reply->finish(isWanted ? perform(again, method, answer) : Status::CANCELLED, *answer);
+    const Status reason = context->IsCancelled() ? Status::CANCELLED : checkUnread();
+    reply->finish(reason.ok() ? performNow(*argument, method, answer) : reason, *answer);
   });
   if (!isTaken) {
     reply->finish(busy("too many long requests wait"), *answer);

@@ -77,6 +77,8 @@ class RuleCheckService : public MethodsOnBytes {
 
   Reactor* answerWith(Context* context, const Bytes* argument, Bytes* answer, const Method& method);
   grpc::Status perform(const vok::rulecheck::Request& request, const Method& method, Bytes* answer);
+  // Refuses while there are too many bytes that clients have not read.
+  grpc::Status checkUnread() const;
   grpc::Status performNow(const Bytes& argument, const Method& method, Bytes* answer);
 
   rule_server::Server& server_;
