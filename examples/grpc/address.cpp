@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <re2/re2.h>
+#include <sys/socket.h>
 
 #include <stdexcept>
 

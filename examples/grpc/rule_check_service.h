@@ -4,8 +4,10 @@
 #ifndef VOK_EXAMPLES_GRPC_RULE_CHECK_SERVICE_H_
 #define VOK_EXAMPLES_GRPC_RULE_CHECK_SERVICE_H_
 
+#include <google/protobuf/message.h>
 #include <grpcpp/grpcpp.h>
 #include <vok/rulecheck/RuleService.grpc.pb.h>
+#include <vok/rulecheck/RuleService.pb.h>
 
 #include <atomic>
 #include <chrono>

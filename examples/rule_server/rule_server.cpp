@@ -6,6 +6,9 @@
 #include <cstddef>
 #include <exception>
 #include <filesystem>
+#include <functional>
+#include <memory>
+#include <set>
 #include <utility>
 #include <vector>
 

@@ -60,13 +60,13 @@
 #include <vok/rulecheck/RuleService.pb.h>
 
 #include <cstddef>
-#include <cstdint>
 #include <map>
 #include <mutex>
 #include <string>
 
 #include "rule_server/catalogue.h"
 #include "rule_server/environment.h"
+#include "rule_server/files.h"
 #include "rule_server/limits.h"
 #include "rule_server/sessions.h"
 
