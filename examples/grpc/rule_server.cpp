@@ -3,18 +3,23 @@
 #include <grpcpp/ext/proto_server_reflection_plugin.h>
 #include <grpcpp/grpcpp.h>
 #include <grpcpp/health_check_service_interface.h>
+#include <grpcpp/resource_quota.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <unistd.h>
 #include <vok/rulecheck/RuleService.grpc.pb.h>
+#include <vok/rulecheck/RuleService.pb.h>
 
 #include <CLI/CLI.hpp>
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "common/command_line.h"
 #include "common/message_file.h"
@@ -24,6 +29,8 @@
 #include "grpc/storage.h"
 #include "html_report/html_report.h"
 #include "rule_server/environment.h"
+#include "rule_server/files.h"
+#include "rule_server/limits.h"
 #include "rule_server/rule_server.h"
 
 namespace {

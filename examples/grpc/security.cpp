@@ -1,10 +1,15 @@
 #include "grpc/security.h"
 
+#include <openssl/bio.h>
 #include <openssl/err.h>
+#include <openssl/evp.h>
 #include <openssl/pem.h>
+#include <openssl/types.h>
 #include <openssl/x509.h>
 
+#include <initializer_list>
 #include <stdexcept>
+#include <vector>
 
 #include "common/command_line.h"
 #include "common/message_file.h"
