@@ -94,7 +94,7 @@ TEST(PageOnTheProtocol, TellsTheLongestChainOfMessages) {
   }
   EXPECT_EQ(longest, longestChain(vok::rulecheck::Response::descriptor(), {}));
   EXPECT_THAT(section(),
-              testing::Contains(HasSubstr("from a `Response`, is of " + std::to_string(longest))));
+              testing::Contains(HasSubstr("from a `Response`, has " + std::to_string(longest))));
 }
 
 }  // namespace
