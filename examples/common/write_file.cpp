@@ -61,7 +61,7 @@ std::string temporaryName() {
   return ".part-" + std::to_string(random()) + std::to_string(random());
 }
 
-// Only root can keep the owner of somebody else's file.
+// Only root can keep another user's ownership of a file.
 bool takeModeOf(const struct stat& old, const Descriptor& file) {
   return (fchown(file.get(), old.st_uid, old.st_gid) == 0 || errno == EPERM) &&
          fchmod(file.get(), old.st_mode & 0777) == 0;
