@@ -101,6 +101,12 @@ class WrittenFiles : public testing::Test {
     return names;
   }
 
+  static mode_t modeOf(const std::string& path) {
+    struct stat status = {};
+    EXPECT_EQ(0, stat(path.c_str(), &status)) << path;
+    return status.st_mode;
+  }
+
   void writeAndRaise(int signal, const char* step) const {
     fault = Fault{step, [signal] { raise(signal); }};
     examples::writeFile(path(), kNew);
@@ -176,26 +182,22 @@ TEST_F(WrittenFiles, AreThoseOfOneOfTwoWriters) {
 }
 
 TEST_F(WrittenFiles, KeepTheirModeAndGetTheUsualOneIfTheyAreNew) {
-  struct stat status = {};
   for (const mode_t mode : {0600, 0644, 0755}) {
     chmod(path().c_str(), mode);
     examples::writeFile(path(), kNew);
-    stat(path().c_str(), &status);
-    EXPECT_EQ(S_IFREG | mode, status.st_mode);
+    EXPECT_EQ(S_IFREG | mode, modeOf(path()));
   }
   chmod(path().c_str(), 0600);
-  fault = Fault{"fchmod", [this, &status] {
+  fault = Fault{"fchmod", [this] {
                   for (const auto& entry : fs::directory_iterator(directory_.path())) {
-                    stat(entry.path().c_str(), &status);
-                    EXPECT_EQ(mode_t{S_IFREG | 0600}, status.st_mode) << entry.path();
+                    EXPECT_EQ(mode_t{S_IFREG | 0600}, modeOf(entry.path())) << entry.path();
                   }
                 }};
   examples::writeFile(path(), kNew);
   const mode_t before = umask(027);
   examples::writeFile(path("new"), kNew);
   umask(before);
-  stat(path("new").c_str(), &status);
-  EXPECT_EQ(mode_t{S_IFREG | 0640}, status.st_mode);
+  EXPECT_EQ(mode_t{S_IFREG | 0640}, modeOf(path("new")));
 }
 
 TEST_F(WrittenFiles, AreReachedThroughLinksThatStay) {
