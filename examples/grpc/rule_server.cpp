@@ -166,7 +166,6 @@ void endAfter(std::chrono::seconds time) {
 }
 
 void serve(const Options& options) {
-  constexpr auto kGrace = std::chrono::seconds(10);
   const StopSignals signals;
   rule_grpc::raiseDescriptorLimit();
   auto files = rule_grpc::filesOf(options.storage);
@@ -177,10 +176,12 @@ void serve(const Options& options) {
   const auto server = started(credentials, service, listener);
   std::cout << "Listening on " << listener.address() << std::endl;
   signals.wait();
-  listener.stop();
+  constexpr auto kGrace = std::chrono::seconds(10);
+  const auto end = std::chrono::system_clock::now() + kGrace;
   endAfter(kGrace + std::chrono::seconds(1));
+  listener.stop();
   server->GetHealthCheckService()->Shutdown();
-  server->Shutdown(std::chrono::system_clock::now() + kGrace);
+  server->Shutdown(end);
 }
 
 }  // namespace
