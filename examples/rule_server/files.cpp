@@ -15,6 +15,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// One answer for all paths outside, so that clients don't learn which of them exist.
+const char* const kUnreachable = ": outside of the server's directory, or unreachable";
+
 bool isBelow(const fs::path& directory, const fs::path& path) {
   return std::mismatch(directory.begin(), directory.end(), path.begin(), path.end()).first ==
          directory.end();
@@ -51,9 +54,10 @@ std::string DirectoryFiles::resolved(const std::string& path) const {
     throw examples::FileError("a path with a zero byte in it");
   }
   try {
-    const fs::path target = fs::weakly_canonical(directory_ / path);
+    // What is outside makes no difference, not even to "../directory/../inside".
+    const fs::path target = fs::weakly_canonical((directory_ / path).lexically_normal());
     if (!isBelow(directory_, target)) {
-      throw examples::FileError(path + ": outside of the server's directory");
+      throw examples::FileError(path + kUnreachable);
     }
     if (isHidden(target.lexically_relative(directory_))) {
       throw examples::FileError(path + ": a hidden file");
@@ -65,8 +69,8 @@ std::string DirectoryFiles::resolved(const std::string& path) const {
       throw examples::FileError(path + ": not a regular file");
     }
     return target.string();
-  } catch (const fs::filesystem_error& error) {
-    throw examples::FileError(path + ": " + error.code().message());
+  } catch (const fs::filesystem_error&) {
+    throw examples::FileError(path + kUnreachable);
   }
 }
 

@@ -236,7 +236,8 @@ class Files(RefusalsTest):
                     self.assertEqual(
                         self.client.refusal(
                             method, argument(data_file=file(path)).SerializeToString()),
-                        ("FAILED_PRECONDITION", f"{path}: outside of the server's directory"))
+                        ("FAILED_PRECONDITION",
+                         f"{path}: outside of the server's directory, or unreachable"))
         self.assertEqual((self.folder / "outside.pb").read_bytes(), b"")
         self.client.call("dumpRules", data_file=file("inside.txtpb"))
         self.assertIn("Widths", (self.folder / "files/inside.txtpb").read_text(encoding="utf-8"))

@@ -132,19 +132,46 @@ TEST_F(DirectoryFiles, MayBeOneThatHoldsAHome) {
   EXPECT_TRUE(rule_server::holdsHome(getpwuid(getuid())->pw_dir));
 }
 
+// What an attempt to use a file says, or "none".
+template <typename Work>
+std::string errorOf(Work work) {
+  try {
+    work();
+  } catch (const examples::FileError& error) {
+    return error.what();
+  }
+  return "none";
+}
+
+// Whether something exists outside, and what it is.
+TEST_F(DirectoryFiles, TellsNothingOfWhatIsOutside) {
+  rule_server::DirectoryFiles files(base_ / "inside");
+  fs::create_directories(base_ / "outside/private");
+  fs::create_symlink("loop", base_ / "outside/loop");
+  fs::create_symlink("../outside/private/file", base_ / "inside/to-private");
+  fs::permissions(base_ / "outside/private", fs::perms::none);
+  fs::permissions(base_, fs::perms{0755});
+  const bool root = geteuid() == 0;  // which reads all folders
+  ASSERT_TRUE(!root || seteuid(65534) == 0);
+  for (const char* const path : {"../outside/file", "../outside/missing", "../outside/private/file",
+                                 "../outside/loop", "../outside/file/file", "to-private", "loop"}) {
+    const std::string error =
+        std::string(path) + ": outside of the server's directory, or unreachable";
+    EXPECT_EQ(error, errorOf([&] { files.read(path); }));
+    EXPECT_EQ(error, errorOf([&] { files.write(path, ""); }));
+  }
+  for (const char* const path :
+       {"../outside/file/../../inside/file", "../outside/missing/../../inside/file",
+        "../outside/private/file/../../../inside/file", "../outside/loop/../../inside/file"}) {
+    EXPECT_EQ("none", errorOf([&] { files.read(path); })) << path;
+  }
+  EXPECT_TRUE(!root || seteuid(0) == 0);
+  fs::permissions(base_ / "outside/private", fs::perms::owner_all);
+}
+
 TEST_F(DirectoryFiles, SaysWhatFails) {
   rule_server::DirectoryFiles files(base_ / "inside");
-  const auto errorOf = [](const auto& work) -> std::string {
-    try {
-      work();
-    } catch (const examples::FileError& error) {
-      return error.what();
-    }
-    return "none";
-  };
   EXPECT_EQ("missing: cannot be read", errorOf([&] { files.read("missing"); }));
-  EXPECT_EQ("../outside/file: outside of the server's directory",
-            errorOf([&] { files.read("../outside/file"); }));
   EXPECT_EQ("missing/file: cannot be written: No such file or directory",
             errorOf([&] { files.write("missing/file", ""); }));
 }
