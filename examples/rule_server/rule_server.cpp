@@ -284,7 +284,8 @@ Response Server::perform(const vok::rulecheck::StartSession& body) {
   if (sessions_.size() >= environment_.limits.sessions) {
     throw Failure(ErrorCode::LimitExceeded,
                   "the server has " + std::to_string(sessions_.size()) +
-                      " sessions and takes no more: reset one, or restart the server");
+                      " sessions and takes no more: reset one that is not stopped and use it "
+                      "again, or restart the server with a higher limit");
   }
   sessions_.emplace(session.uuid(), SessionState(session, environment_.limits, budget_));
   return respond(std::move(session));

@@ -313,7 +313,8 @@ std::vector<Refusal> refusals() {
        {kStart, {"startSession", "name: 'n'"}, {"startSession", "name: 'n'"}},
        {"startSession", "name: 'n'"},
        StatusCode::RESOURCE_EXHAUSTED,
-       "the server has 3 sessions and takes no more: reset one, or restart the server"},
+       "the server has 3 sessions and takes no more: reset one that is not stopped and use it again, "
+       "or restart the server with a higher limit"},
       {ErrorCode::Internal,
        {{"startSession", "name: 'unprintable' uuid: 's'" + file("report_file", "r.html")}},
        {"writeReport", "name: '' uuid: 's'"},
