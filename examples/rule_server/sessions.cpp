@@ -67,7 +67,7 @@ Finding makeFinding(const Rule& rule, const CreateAffirmation& body, const Affir
 
 void Findings::add(Finding finding) {
   if (size_ % kBlock == 0) {
-    blocks_.emplace_back(new Finding[kBlock]);
+    blocks_.push_back(std::shared_ptr<Finding[]>(new Finding[kBlock]));
   }
   blocks_.back().get()[size_ % kBlock] = std::move(finding);
   ++size_;
@@ -93,11 +93,11 @@ std::int32_t SessionState::add(Finding finding, const Limits& limits) {
   const bool isNew = keys.count(finding.rule->spec.key()) == 0;
   const std::size_t after = bytes + finding.bytes + (isNew ? finding.rule->bytes : 0);
   checkBytes(name + " with this finding", after, limits.sessionBytes, "start another session");
-  if (isNew) {
-    keys.insert(finding.rule->spec.key());
-  }
-  bytes = after;
+  std::set<std::string> key = {finding.rule->spec.key()};
   findings.add(std::move(finding));
+  // Nothing can fail from here on.
+  keys.merge(key);
+  bytes = after;
   return static_cast<std::int32_t>(findings.size());
 }
 

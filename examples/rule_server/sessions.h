@@ -52,7 +52,7 @@ Finding makeFinding(const Rule& rule, const vok::rulecheck::CreateAffirmation& b
 struct SessionState {
   SessionState(const vok::rulecheck::Session& session, const Limits& limits, Budget& budget);
 
-  // Returns the id. Throws Failure (LimitExceeded), and adds nothing then.
+  // Returns the id. Throws Failure (LimitExceeded) or std::bad_alloc, and adds nothing then.
   std::int32_t add(Finding finding, const Limits& limits);
 
   // Moves the findings to where they can be destroyed without a lock.

@@ -6,22 +6,55 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <iostream>
+#include <new>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "rule_server/errors.h"
+#include "rule_server/findings.h"
 #include "support/messages.h"
 #include "test_server.h"
+
+namespace {
+
+// Which of this thread's next allocations fails, or none if it is negative.
+thread_local int failingAllocation = -1;
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  const bool fails = failingAllocation >= 0 && failingAllocation-- == 0;
+  void* const block = fails ? nullptr : std::malloc(size);
+  if (block == nullptr) {
+    throw std::bad_alloc();
+  }
+  return block;
+}
+
+// Inlined, GCC takes the call of free() for a mistake.
+[[gnu::noinline]] void operator delete(void* block) noexcept {
+  std::free(block);
+}
+
+void operator delete(void* block, std::size_t) noexcept {
+  operator delete(block);
+}
 
 namespace tests {
 namespace {
 
 using rule_server::ErrorCode;
+using rule_server::Finding;
 using rule_server::Limits;
+using vok::rulecheck::CreateViolation;
 using vok::rulecheck::Request;
 using vok::rulecheck::Response;
+using vok::rulecheck::RuleSpec;
+using vok::rulecheck::Session;
 
 const char* const kFinding =
     "type: CREATE_VIOLATION create_violation { rule_key: 'W' session_uuid: 's' }";
@@ -75,7 +108,7 @@ std::vector<LimitCase> limitCases() {
        {kStart},
        "type: START_SESSION start_session { name: 'n' }",
        "1 sessions",
-       "reset one"},
+       "reset one that is not stopped and use it again"},
       {"findings",
        with(&Limits::findings, 2),
        {kStart, kRule, kFinding, kFinding},
@@ -172,6 +205,32 @@ TEST(Limits, CountRulesThatWereReplaced) {
   EXPECT_GT(recorded, 5);
   EXPECT_LT(recorded, 10);
   EXPECT_EQ(recorded, server.result().violation_count());
+}
+
+TEST(Limits, CountNothingThatMemoryLacksFor) {
+  const Limits limits;
+  rule_server::Budget budget(limits.bytes);
+  rule_server::SessionState state(parse<Session>("name: 'n' uuid: 's'"), limits, budget);
+  const std::size_t empty = state.bytes;
+  const auto body = parse<CreateViolation>("rule_key: 'R' session_uuid: 's'");
+  const auto rule = rule_server::makeRule(
+      "R", parse<RuleSpec>("key: 'R' full_name: '" + std::string(100, 'f') + "'"), limits, budget);
+  std::int32_t id = 0;
+  int failures = 0;
+  for (; id == 0; ++failures) {
+    Finding finding = makeFinding(rule, body, rule_server::makeViolation(rule->spec, body), budget);
+    failingAllocation = failures;
+    try {
+      id = state.add(std::move(finding), limits);
+    } catch (const std::bad_alloc&) {
+      EXPECT_EQ(empty, state.bytes) << failures;
+      EXPECT_EQ(0U, state.findings.size() + state.violated.size()) << failures;
+    }
+    failingAllocation = -1;
+  }
+  EXPECT_GT(failures, 4);
+  EXPECT_EQ(1, id);
+  EXPECT_EQ(1U, state.violated.count("R"));
 }
 
 using Clock = std::chrono::steady_clock;
