@@ -80,7 +80,8 @@ as_root() {
 }
 
 # Ends the script unless it can build here, and keeps other tools from building in this
-# checkout until it ends. Those that it starts itself know that by the variable.
+# checkout until it ends. Those that it starts itself know that by the variable. The lock is
+# descriptor 9: close that for programs that can outlive the tool and don't build.
 prepare_builds() {
   local temporary=${TMPDIR:-/tmp} cache
   [[ -d $temporary && -w $temporary ]] ||
@@ -89,10 +90,10 @@ prepare_builds() {
   [[ $root != *[\;\"\\]* ]] || fail "$root: CMake takes no path with a semicolon, quote or backslash"
   [[ ${VOK_BUILDS_LOCKED-} != "$root" ]] || return 0
   mkdir -p "$root/build"
-  exec {builds_lock}> "$root/build/.lock"
-  if ! flock --nonblock "$builds_lock"; then
+  exec 9> "$root/build/.lock"
+  if ! flock --nonblock 9; then
     echo "Waiting for another tool that builds in this checkout" >&2
-    flock "$builds_lock"
+    flock 9
   fi
   export VOK_BUILDS_LOCKED=$root
   for cache in "$root"/build/*/CMakeCache.txt; do
