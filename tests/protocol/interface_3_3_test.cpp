@@ -2,30 +2,55 @@
 
 #include <dlfcn.h>
 #include <google/protobuf/arena.h>
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/stubs/common.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
-#include <vok/rulecheck/RuleService.pb.h>
 
 #include <cstdlib>
 #include <string>
 
-namespace vok {
-namespace rulecheck {
-
-// As the generated source defines it; the header only declares it.
-class RequestDefaultTypeInternal
-    : public google::protobuf::internal::ExplicitlyConstructed<Request> {};
-
-}  // namespace rulecheck
-}  // namespace vok
+#include "support/message_types.h"
+#include "support/messages.h"
+#include "vectors/golden_vectors.h"
 
 namespace {
 
+using google::protobuf::Arena;
+using google::protobuf::Message;
+using google::protobuf::internal::ExplicitlyConstructed;
 using namespace vok::rulecheck;
 namespace registration = vok::rulecheck::protobuf_RuleService_2eproto;
 
-TEST(Interface, HasFunctionsOfTheRegistration) {
+// What the library exports for a member of the package, or of one of its classes, from
+// the rest of its mangled name.
+void* exported(const std::string& name, const std::string& rest, const char* prefix = "_ZN") {
+  const std::string symbol =
+      prefix + std::string("3vok9rulecheck") + std::to_string(name.size()) + name + rest;
+  return dlsym(RTLD_DEFAULT, symbol.c_str());
+}
+
+void* defaultInstance(const std::string& type) {
+  return exported("_" + type + "_default_instance_", "E");
+}
+
+template <typename... Types>
+int constructedDefaultInstances(tests::TypeList<Types...> /*types*/) {
+  return (const_cast<ExplicitlyConstructed<Types>*>(
+              reinterpret_cast<const ExplicitlyConstructed<Types>*>(&Types::default_instance()))
+              ->IsInitialized() +
+          ...);
+}
+
+TEST(Interface, ExportsTheRegistration) {
+  for (const char* member :
+       {"12InitDefaultsEv", "14AddDescriptorsEv", "18AddDescriptorsImplEv",
+        "29static_descriptor_initializerE", "11TableStruct16InitDefaultsImplEv",
+        "11TableStruct8ShutdownEv", "11TableStruct7entriesE", "11TableStruct3auxE",
+        "11TableStruct6schemaE", "11TableStruct7offsetsE"}) {
+    EXPECT_NE(exported("protobuf_RuleService_2eproto", member), nullptr) << member;
+  }
   registration::AddDescriptors();
   registration::InitDefaults();
   // Builds the default instances anew, so not in this process.
@@ -38,112 +63,151 @@ TEST(Interface, HasFunctionsOfTheRegistration) {
 }
 
 TEST(Interface, NamesDefaultInstances) {
-  struct Case {
-    const void* object;
-    const void* instance;
-  };
-  const Case cases[] = {
-#define VOK_CASE(Type) {&_##Type##_default_instance_, &Type::default_instance()}
-      VOK_CASE(Affirmation),
-      VOK_CASE(AffirmationMap),
-      VOK_CASE(Arg),
-      VOK_CASE(ArgList),
-      VOK_CASE(CreateAffirmation),
-      VOK_CASE(CreateViolation),
-      VOK_CASE(DumpRules),
-      VOK_CASE(EmptyMessage),
-      VOK_CASE(ErrorResponse),
-      VOK_CASE(ExchangeToken),
-      VOK_CASE(GetRuleSpecs),
-      VOK_CASE(GetSession),
-      VOK_CASE(GetSessionResult),
-      VOK_CASE(GetVersion),
-      VOK_CASE(Link),
-      VOK_CASE(Links),
-      VOK_CASE(LoadRuleDataFile),
-      VOK_CASE(MsgInst),
-      VOK_CASE(RefList),
-      VOK_CASE(Reference),
-      VOK_CASE(Request),
-      VOK_CASE(ResetSession),
-      VOK_CASE(Resource),
-      VOK_CASE(Response),
-      VOK_CASE(RuleSpec),
-      VOK_CASE(RuleSpecMap),
-      VOK_CASE(Scalar),
-      VOK_CASE(Session),
-      VOK_CASE(SessionResult),
-      VOK_CASE(StartSession),
-      VOK_CASE(StatusResponse),
-      VOK_CASE(StopSession),
-      VOK_CASE(StringList),
-      VOK_CASE(UpsertRuleSpec),
-      VOK_CASE(Version),
-      VOK_CASE(Violation),
-      VOK_CASE(ViolationMap),
-      VOK_CASE(WriteReport)
-#undef VOK_CASE
-  };
-  for (const Case& c : cases) {
-    EXPECT_EQ(c.object, c.instance) << &c - cases;
+  int maps = 0;
+  for (const Message* message : tests::allMessages()) {
+    const auto* type = message->GetDescriptor();
+    EXPECT_EQ(defaultInstance(type->name()), message) << type->name();
+    for (int i = 0; i < type->nested_type_count(); ++i, ++maps) {
+      const auto* entry = type->nested_type(i);
+      EXPECT_EQ(defaultInstance(type->name() + "_" + entry->name()),
+                google::protobuf::MessageFactory::generated_factory()->GetPrototype(entry))
+          << entry->full_name();
+    }
   }
+  EXPECT_EQ(maps, 9);
 }
 
 TEST(Interface, DestroysDefaultInstancesAtShutdown) {
-  EXPECT_TRUE(_Request_default_instance_.IsInitialized());
+  EXPECT_EQ(constructedDefaultInstances(tests::MessageTypes()), 38);
   for (void (*shutDown)() :
        {&registration::TableStruct::Shutdown, &google::protobuf::ShutdownProtobufLibrary}) {
     EXPECT_EXIT(
         {
           shutDown();
-          std::_Exit(_Request_default_instance_.IsInitialized() ? 1 : 0);
+          std::_Exit(constructedDefaultInstances(tests::MessageTypes()));
         },
         testing::ExitedWithCode(0), "");
   }
 }
 
 TEST(Interface, HasFieldNumbersWithAnAddress) {
-  const int* address = &Resource::kMediaTypeFieldNumber;
-  EXPECT_EQ(*address, 7);
-  const int& reference = Resource::kPathFieldNumber;
-  EXPECT_EQ(reference, 4);
-}
-
-// The first two are private to the class, but exported all the same.
-TEST(Interface, ExportsTheFunctionsOfACachedSizeAndSwap) {
-  for (const char* name :
-       {"_ZNK3vok9rulecheck8Resource13SetCachedSizeEi",
-        "_ZN3vok9rulecheck8Resource12InternalSwapEPS1_",
-        "_ZNK3vok9rulecheck8Resource39InternalSerializeWithCachedSizesToArrayEbPh"}) {
-    EXPECT_NE(dlsym(RTLD_DEFAULT, name), nullptr) << name;
+  struct Case {
+    const int* constant;
+    int number;
+  };
+  const Case cases[] = {
+#define VOK_FIELD(message, name, constant, number) {&message::constant, number},
+#define VOK_STRING(message, name)
+#define VOK_MESSAGE(message, name)
+#include "fields.inc"
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(*c.constant, c.number) << &c - cases;
   }
-  Resource resource;
-  resource.set_host("a host");
-  std::string bytes(resource.ByteSizeLong(), '\0');
-  auto* start = reinterpret_cast<google::protobuf::uint8*>(&bytes[0]);
-  EXPECT_EQ(resource.InternalSerializeWithCachedSizesToArray(true, start), start + bytes.size());
-  EXPECT_EQ(bytes, resource.SerializePartialAsString());
 }
 
-TEST(Interface, SwapExchangesCachedSizes) {
-  Resource filled;
-  filled.set_host("a host");
-  const int size = static_cast<int>(filled.ByteSizeLong());
-  Resource empty;
-  empty.Swap(&filled);
-  EXPECT_EQ(empty.GetCachedSize(), size);
-  EXPECT_EQ(filled.GetCachedSize(), 0);
+template <typename Type>
+struct OfOneType {
+  const std::string name{Type::descriptor()->name()};
+  const std::string bytes = tests::everyField(name);
+
+  void parsesAndSerializesItself() const {
+    const auto* data = reinterpret_cast<const google::protobuf::uint8*>(bytes.data());
+    google::protobuf::io::CodedInputStream in(data, static_cast<int>(bytes.size()));
+    Type message;
+    EXPECT_TRUE(message.MergePartialFromCodedStream(&in)) << name;
+    EXPECT_EQ(message.ByteSizeLong(), bytes.size()) << name;
+
+    std::string array(bytes.size(), '\0');
+    auto* start = reinterpret_cast<google::protobuf::uint8*>(&array[0]);
+    EXPECT_EQ(message.InternalSerializeWithCachedSizesToArray(true, start), start + bytes.size());
+    EXPECT_EQ(array, bytes) << name;
+
+    std::string streamed;
+    {
+      google::protobuf::io::StringOutputStream sink(&streamed);
+      google::protobuf::io::CodedOutputStream out(&sink);
+      out.SetSerializationDeterministic(true);
+      message.SerializeWithCachedSizes(&out);
+    }
+    EXPECT_EQ(streamed, bytes) << name;
+  }
+
+  // The functions are private to the class, but exported all the same.
+  void swapsAndSetsCachedSizes() const {
+    const auto setCachedSize =
+        reinterpret_cast<void (*)(const Type*, int)>(exported(name, "13SetCachedSizeEi", "_ZNK"));
+    const auto internalSwap =
+        reinterpret_cast<void (*)(Type*, Type*)>(exported(name, "12InternalSwapEPS1_"));
+    ASSERT_NE(setCachedSize, nullptr) << name;
+    ASSERT_NE(internalSwap, nullptr) << name;
+    Type filled;
+    ASSERT_TRUE(filled.ParseFromString(bytes)) << name;
+    Type other;
+    setCachedSize(&filled, 7);
+    other.Swap(&filled);
+    EXPECT_EQ(other.GetCachedSize(), 7) << name;
+    EXPECT_EQ(filled.GetCachedSize(), 0) << name;
+    internalSwap(&filled, &other);
+    EXPECT_EQ(filled.GetCachedSize(), 7) << name;
+    EXPECT_EQ(tests::bytesOf(filled), bytes) << name;
+  }
+
+  void isOwnedByAnArenaButOnTheHeap() const {
+    Arena arena;
+    Type* message = Type::default_instance().New(&arena);
+    EXPECT_EQ(message->GetArena(), nullptr) << name;
+    message->mutable_unknown_fields()->AddLengthDelimited(1)->assign(100000, 'u');
+    EXPECT_LT(arena.SpaceUsed(), sizeof(Type)) << name;
+    const auto before = mallinfo2().uordblks;
+    arena.Reset();
+    EXPECT_LT(mallinfo2().uordblks + 100000, before) << name;
+  }
+
+  void namesItsDescriptorAndReflection() const {
+    const google::protobuf::Metadata metadata = Type().GetMetadata();
+    EXPECT_EQ(metadata.descriptor, Type::descriptor()) << name;
+    EXPECT_EQ(metadata.reflection, Type().GetReflection()) << name;
+  }
+
+  void sumsRequiredFieldsIfThereAreSome() const {
+    const bool several = name == "Violation" || name == "RuleSpec" || name == "Version";
+    EXPECT_EQ(exported(name, "30RequiredFieldsByteSizeFallbackEv", "_ZNK") != nullptr, several)
+        << name;
+  }
+};
+
+template <typename... Types>
+void checkAll(tests::TypeList<Types...> /*types*/) {
+  (OfOneType<Types>().parsesAndSerializesItself(), ...);
+  (OfOneType<Types>().swapsAndSetsCachedSizes(), ...);
+  (OfOneType<Types>().isOwnedByAnArenaButOnTheHeap(), ...);
+  (OfOneType<Types>().namesItsDescriptorAndReflection(), ...);
+  (OfOneType<Types>().sumsRequiredFieldsIfThereAreSome(), ...);
 }
 
-TEST(Interface, ArenasOwnMessagesOnTheHeap) {
-  google::protobuf::Arena arena;
-  Resource* resource = Resource::default_instance().New(&arena);
-  EXPECT_EQ(resource->GetArena(), nullptr);
-  resource->set_host(std::string(100000, 'h'));
-  EXPECT_LT(arena.SpaceUsed(), sizeof(Resource));
-  const auto before = mallinfo2().uordblks;
-  arena.Reset();
-  EXPECT_LT(mallinfo2().uordblks + 100000, before);
+TEST(Interface, HasTheFunctionsOfEveryClass) {
+  checkAll(tests::MessageTypes());
+}
+
+template <typename Entry>
+void expectArena() {
+  Arena arena;
+  Entry entry(&arena);
+  EXPECT_EQ(entry.GetArena(), &arena) << entry.GetTypeName();
+  EXPECT_EQ(Entry().GetArena(), nullptr) << entry.GetTypeName();
+}
+
+TEST(Interface, HasAClassForTheEntriesOfEachMapThatTakesAnArena) {
+  expectArena<Affirmation::Affirmation_CategoriesEntry>();
+  expectArena<AffirmationMap::AffirmationMap_HashmapEntry>();
+  expectArena<Violation::Violation_CategoriesEntry>();
+  expectArena<ViolationMap::ViolationMap_HashmapEntry>();
+  expectArena<RuleSpec::RuleSpec_CategoriesEntry>();
+  expectArena<RuleSpec::RuleSpec_DynamicCategoriesEntry>();
+  expectArena<RuleSpecMap::RuleSpecMap_HashmapEntry>();
+  expectArena<CreateAffirmation::CreateAffirmation_DynamicCategoryValuesEntry>();
+  expectArena<CreateViolation::CreateViolation_DynamicCategoryValuesEntry>();
 }
 
 }  // namespace

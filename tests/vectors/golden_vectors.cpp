@@ -35,4 +35,13 @@ const std::vector<GoldenVector>& goldenVectors() {
   return all;
 }
 
+const std::string& everyField(const std::string& type) {
+  for (const GoldenVector& vector : goldenVectors()) {
+    if (vector.name == type + ".every_field") {
+      return vector.wire;
+    }
+  }
+  throw std::invalid_argument("no vector has every field of " + type);
+}
+
 }  // namespace tests

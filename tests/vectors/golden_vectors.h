@@ -20,6 +20,9 @@ struct GoldenVector {
 // All of them, by name.
 const std::vector<GoldenVector>& goldenVectors();
 
+// The bytes of a message of that type with all fields set.
+const std::string& everyField(const std::string& type);
+
 }  // namespace tests
 
 #endif  // VOK_TESTS_VECTORS_GOLDEN_VECTORS_H_
