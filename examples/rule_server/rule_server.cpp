@@ -213,7 +213,7 @@ Response Server::perform(const vok::rulecheck::GetVersion& /*body*/) {
 
 // Lengths of keys are checked before a pattern sees them.
 Response Server::perform(const vok::rulecheck::LoadRuleDataFile& body) {
-  const Selection selection(body);
+  Selection selection(body);
   const std::string& path = dataFile(body);
   const std::lock_guard<std::mutex> filesLock(filesMutex_);
   const RuleSpecMap given =
@@ -341,7 +341,7 @@ Response Server::perform(const vok::rulecheck::WriteReport& body) {
 }
 
 Response Server::perform(const vok::rulecheck::DumpRules& body) {
-  const Selection selection(body);
+  Selection selection(body);
   const std::string& path = dataFile(body);
   const std::lock_guard<std::mutex> filesLock(filesMutex_);
   std::vector<Rule> rules = [&] {

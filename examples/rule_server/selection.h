@@ -5,6 +5,7 @@
 
 #include <re2/re2.h>
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -26,7 +27,8 @@ class Selection {
     }
   }
 
-  bool matches(const std::string& key) const;
+  // Throws Failure (LimitExceeded) once all calls together have taken five seconds.
+  bool matches(const std::string& key);
 
  private:
   using Expression = std::optional<RE2>;
@@ -37,6 +39,7 @@ class Selection {
 
   Expression pattern_;
   Expression regex_;
+  std::chrono::steady_clock::duration spent_{};
 };
 
 }  // namespace rule_server

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "common/message_file.h"
+#include "rule_server/errors.h"
 #include "rule_server/selection.h"
 #include "support/messages.h"
 #include "test_server.h"
@@ -88,7 +89,7 @@ const SelectionCase selectionCases[] = {
 
 TEST(Selections, TakeWhatAllGivenMeansMatch) {
   for (const SelectionCase& c : selectionCases) {
-    const rule_server::Selection selection(parse<LoadRuleDataFile>(c.body));
+    rule_server::Selection selection(parse<LoadRuleDataFile>(c.body));
     std::string keys;
     for (const char* const key : {"LATCH", "WIDTH", "WIDTHCONCAT"}) {
       keys += selection.matches(key) ? (keys.empty() ? "" : " ") + std::string(key) : "";
@@ -113,6 +114,19 @@ TEST(Selections, TakeLittleTimeForLongKeys) {
   body.set_pattern("*" + std::string(500, 'a') + "b*" + std::string(400, 'a') + "?b");
   const auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(rule_server::Selection(body).matches(std::string(3000000, 'a')));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+}
+
+// For 100,000 keys it would take hours.
+TEST(Selections, EndAfterFiveSeconds) {
+  const std::string thousand = "(((.?){10}){10}){10}";
+  LoadRuleDataFile body;
+  body.set_regex(thousand + thousand + thousand + thousand + "x");
+  rule_server::Selection selection(body);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_THROW(
+      for (int i = 0; i < 1000; ++i) { selection.matches(std::string(255, 'a')); },
+      rule_server::Failure);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
