@@ -19,9 +19,9 @@ struct Limits {
   std::size_t sessions = 10'000;
   // Of a session. Its bytes are those of its result.
   std::size_t findings = 1'000'000;
-  std::size_t sessionBytes = std::size_t{1} << 30;
+  std::size_t sessionBytes = std::size_t{512} << 20;
   // Of a message that is written as a page, text or JSON.
-  std::size_t textBytes = std::size_t{128} << 20;
+  std::size_t textBytes = std::size_t{64} << 20;
   // Of all rules, sessions and findings.
   std::size_t bytes = std::size_t{1} << 30;
 };
