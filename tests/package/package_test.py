@@ -217,8 +217,13 @@ class PkgConfig(PackageTest):
 
     def test_a_runtime_with_the_same_abi_is_required(self):
         major, minor = map(int, os.environ["PROTOBUF_ABI"].split("."))
-        self.assertEqual(pkg_config("--print-requires"),
-                         ["protobuf", ">=", f"{major}.{minor}", "protobuf", "<", f"{major}.{minor + 1}"])
+        for version, accepted in ((f"{major}.{minor - 1}.99", False), (f"{major}.{minor}.99", True),
+                                  (f"{major}.{minor + 1}.0", False)):
+            (self.build / "protobuf.pc").write_text(
+                f"Name: protobuf\nDescription: fake\nVersion: {version}\n")
+            result = run("pkg-config", "--exists", "vok_rulecheck",
+                         env={"PKG_CONFIG_PATH": f"{self.build}:{LIBRARY_DIR}/pkgconfig"})
+            self.assertEqual(result.returncode == 0, accepted, version)
         self.assertEqual(pkg_config("--modversion"), ["1.4.0"])
 
 
