@@ -27,7 +27,8 @@ std::string readFile(const std::string& path);
 // Writes the whole content of a file. The file keeps its old content, and a new file
 // does not appear, unless all is written and on the disk: the content goes into a
 // temporary file (.part-*) in the same folder first, which is renamed then, and removed
-// after a failure. SIGHUP, SIGINT, SIGQUIT and SIGTERM wait until that is done.
+// after a failure. SIGHUP, SIGINT, SIGQUIT and SIGTERM wait until that is done. If the
+// process ends before, the temporary file remains, and may be deleted.
 // The file keeps its mode and, if the program may do that, its owner; symbolic links are
 // followed and stay; other names of the same file keep the old content. Devices and FIFOs
 // are written to in place.
