@@ -1,6 +1,6 @@
 # What the compiler and the linker make of vok_rulecheck: what it exports, what
 # loading it costs, how it is hardened. Each option says what happens without it.
-# tests/binary checks the result. Sets, for other targets of the same sources:
+# tests/library/binary checks the result. Sets, for other targets of the same sources:
 #
 #   vok_generated_options  what the generated source is compiled with
 #   vok_exports            the version script of the shared object
@@ -96,8 +96,8 @@ endif()
 # LINKER: would split a path at its commas.
 target_link_options(vok_rulecheck PRIVATE
   "SHELL:-Xlinker \"--version-script=${vok_exports}\""
-  "$<$<BOOL:${VOK_DYNAMIC_LIST}>:SHELL:-Xlinker \"--dynamic-list=${vok_interposable}\">"
-  $<$<BOOL:${VOK_PACKED_RELOCATIONS}>:LINKER:-z,pack-relative-relocs> LINKER:--gc-sections
+  "$<$<BOOL:${VOK_RULECHECK_DYNAMIC_LIST}>:SHELL:-Xlinker \"--dynamic-list=${vok_interposable}\">"
+  $<$<BOOL:${VOK_RULECHECK_PACKED_RELOCATIONS}>:LINKER:-z,pack-relative-relocs> LINKER:--gc-sections
   LINKER:-z,nodelete LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack LINKER:-z,text)
 if(NOT VOK_SANITIZED)  # a sanitizer's runtime is the executable's
   target_link_options(vok_rulecheck PRIVATE LINKER:-z,defs)

@@ -41,7 +41,7 @@ endfunction()
 # Whether the linker packs relocations, from 24 bytes each to little more than a
 # bit, and makes the library ask for a loader that can read them. mold 1.10 leaves
 # the latter out: an older loader crashes, and a newer one refuses the library.
-vok_check_linker(VOK_PACKED_RELOCATIONS "\\(RELR\\).*GLIBC_ABI_DT_RELR"
+vok_check_linker(VOK_RULECHECK_PACKED_RELOCATIONS "\\(RELR\\).*GLIBC_ABI_DT_RELR"
   LINKER:-z,pack-relative-relocs)
 
 # Whether a program's definition replaces the library's of what is on the list.
@@ -49,4 +49,4 @@ vok_check_linker(VOK_PACKED_RELOCATIONS "\\(RELR\\).*GLIBC_ABI_DT_RELR"
 # default instances would get others than the library.
 set(vok_list "${CMAKE_CURRENT_BINARY_DIR}/CMakeFiles/vok_datum.map")
 file(WRITE "${vok_list}" "{ vok_datum; };\n")
-vok_check_linker(VOK_DYNAMIC_LIST "vok_datum" -Xlinker "--dynamic-list=${vok_list}")
+vok_check_linker(VOK_RULECHECK_DYNAMIC_LIST "vok_datum" -Xlinker "--dynamic-list=${vok_list}")

@@ -9,11 +9,11 @@
 
 #include "check.h"
 #include "common/framing.h"
-#include "ledger.h"
+#include "server_oracle.h"
 #include "rule_server/rule_server.h"
 #include "stream_input.h"
 #include "support/messages.h"
-#include "surroundings.h"
+#include "fake_environment.h"
 #include "target.h"
 
 namespace {
@@ -25,17 +25,17 @@ using vok::rulecheck::Response;
 void checkReading(const std::string& stream, std::size_t start, std::size_t end, bool isRequest) {
   Request request;
   std::size_t position = start;
-  check(examples::readFramed(stream, &position, &request) == isRequest, "framing",
+  check(apps::readFramed(stream, &position, &request) == isRequest, "framing",
         "a request is refused, or something else is taken for one");
   check(position == (isRequest ? end : start), "framing", "it leaves off at the wrong place");
 }
 
 void checkFraming(const Response& response) {
   std::string stream;
-  check(examples::appendFramed(response, &stream), "framing", "an answer cannot be framed");
+  check(apps::appendFramed(response, &stream), "framing", "an answer cannot be framed");
   std::size_t position = 0;
   Response received;
-  check(examples::readFramed(stream, &position, &received) && position == stream.size(), "framing",
+  check(apps::readFramed(stream, &position, &received) && position == stream.size(), "framing",
         "an answer is not the one message in its frame");
   fuzz::checkEqual(tests::bytesOf(received), tests::bytesOf(response), "response",
                    "it changes over the wire");
@@ -56,7 +56,7 @@ const std::vector<Request>& firstRequests() {
 
 class Conversation {
  public:
-  Conversation() : server_(surroundings_.environment()), ledger_(server_, surroundings_.files) {
+  Conversation() : server_(environment_.environment()), ledger_(server_, environment_.files) {
     for (const Request& request : firstRequests()) {
       send(request);
     }
@@ -65,7 +65,7 @@ class Conversation {
   // The content of files of rules that requests may name.
   void setRules(const std::string& content) {
     for (const char* name : {"rules.pb", "rules.txtpb", "rules.json"}) {
-      surroundings_.files.contents[name] = content;
+      environment_.files.contents[name] = content;
     }
   }
 
@@ -75,9 +75,9 @@ class Conversation {
   void checkEverything() { ledger_.checkEverything(); }
 
  private:
-  tests::Surroundings surroundings_;
+  tests::FakeEnvironment environment_;
   rule_server::Server server_;
-  fuzz::Ledger ledger_;
+  fuzz::ServerOracle ledger_;
 };
 
 }  // namespace

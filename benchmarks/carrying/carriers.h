@@ -1,8 +1,8 @@
 // The benchmarks of carrying, to be registered by main(). Names are
 // "what, operation/who"; each checks first that it carries the same content.
 
-#ifndef VOK_RULECHECK_BENCHMARKS_CARRYING_CARRIERS_H_
-#define VOK_RULECHECK_BENCHMARKS_CARRYING_CARRIERS_H_
+#ifndef VOK_BENCHMARKS_CARRYING_CARRIERS_H_
+#define VOK_BENCHMARKS_CARRYING_CARRIERS_H_
 
 namespace benchmarks {
 
@@ -24,4 +24,4 @@ void registerJson();
 
 }  // namespace benchmarks
 
-#endif  // VOK_RULECHECK_BENCHMARKS_CARRYING_CARRIERS_H_
+#endif  // VOK_BENCHMARKS_CARRYING_CARRIERS_H_

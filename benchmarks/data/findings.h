@@ -1,7 +1,7 @@
 // The parts that findings are made of, with lengths as in a real design.
 
-#ifndef VOK_RULECHECK_BENCHMARKS_DATA_FINDINGS_H_
-#define VOK_RULECHECK_BENCHMARKS_DATA_FINDINGS_H_
+#ifndef VOK_BENCHMARKS_DATA_FINDINGS_H_
+#define VOK_BENCHMARKS_DATA_FINDINGS_H_
 
 #include <vok/rulecheck/RuleService.pb.h>
 
@@ -35,4 +35,4 @@ void fillCreateViolation(Random& random, vok::rulecheck::CreateViolation* violat
 
 }  // namespace benchmarks
 
-#endif  // VOK_RULECHECK_BENCHMARKS_DATA_FINDINGS_H_
+#endif  // VOK_BENCHMARKS_DATA_FINDINGS_H_

@@ -1,7 +1,7 @@
 // The messages that are carried, and their bytes.
 
-#ifndef VOK_RULECHECK_BENCHMARKS_DATA_MESSAGES_H_
-#define VOK_RULECHECK_BENCHMARKS_DATA_MESSAGES_H_
+#ifndef VOK_BENCHMARKS_DATA_MESSAGES_H_
+#define VOK_BENCHMARKS_DATA_MESSAGES_H_
 
 #include <vok/rulecheck/RuleService.pb.h>
 
@@ -30,4 +30,4 @@ const std::vector<std::string>& requestBytes();
 
 }  // namespace benchmarks
 
-#endif  // VOK_RULECHECK_BENCHMARKS_DATA_MESSAGES_H_
+#endif  // VOK_BENCHMARKS_DATA_MESSAGES_H_

@@ -1,7 +1,7 @@
 // Numbers that are the same on each run, on any machine.
 
-#ifndef VOK_RULECHECK_BENCHMARKS_DATA_RANDOM_H_
-#define VOK_RULECHECK_BENCHMARKS_DATA_RANDOM_H_
+#ifndef VOK_BENCHMARKS_DATA_RANDOM_H_
+#define VOK_BENCHMARKS_DATA_RANDOM_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -35,4 +35,4 @@ class Random {
 
 }  // namespace benchmarks
 
-#endif  // VOK_RULECHECK_BENCHMARKS_DATA_RANDOM_H_
+#endif  // VOK_BENCHMARKS_DATA_RANDOM_H_

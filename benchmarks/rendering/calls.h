@@ -1,7 +1,7 @@
 // The benchmarks of rendering, to be registered by main().
 
-#ifndef VOK_RULECHECK_BENCHMARKS_RENDERING_CALLS_H_
-#define VOK_RULECHECK_BENCHMARKS_RENDERING_CALLS_H_
+#ifndef VOK_BENCHMARKS_RENDERING_CALLS_H_
+#define VOK_BENCHMARKS_RENDERING_CALLS_H_
 
 #include "rendering/findings.h"
 
@@ -19,4 +19,4 @@ void registerReports(const Findings& findings, const Findings& scattered);
 
 }  // namespace benchmarks
 
-#endif  // VOK_RULECHECK_BENCHMARKS_RENDERING_CALLS_H_
+#endif  // VOK_BENCHMARKS_RENDERING_CALLS_H_

@@ -1,7 +1,7 @@
 // The renderers return what Converter returns.
 
-#ifndef VOK_RULECHECK_BENCHMARKS_RENDERING_EQUALITY_H_
-#define VOK_RULECHECK_BENCHMARKS_RENDERING_EQUALITY_H_
+#ifndef VOK_BENCHMARKS_RENDERING_EQUALITY_H_
+#define VOK_BENCHMARKS_RENDERING_EQUALITY_H_
 
 #include "rendering/findings.h"
 
@@ -13,4 +13,4 @@ void requireEqualTexts(const Findings& findings);
 
 }  // namespace benchmarks
 
-#endif  // VOK_RULECHECK_BENCHMARKS_RENDERING_EQUALITY_H_
+#endif  // VOK_BENCHMARKS_RENDERING_EQUALITY_H_

@@ -1,7 +1,7 @@
 // Findings to render, and what is rendered of each.
 
-#ifndef VOK_RULECHECK_BENCHMARKS_RENDERING_FINDINGS_H_
-#define VOK_RULECHECK_BENCHMARKS_RENDERING_FINDINGS_H_
+#ifndef VOK_BENCHMARKS_RENDERING_FINDINGS_H_
+#define VOK_BENCHMARKS_RENDERING_FINDINGS_H_
 
 #include <vok/rulecheck/RuleService.pb.h>
 
@@ -38,4 +38,4 @@ void render(const vok::rulecheck::Violation& finding, Use use) {
 
 }  // namespace benchmarks
 
-#endif  // VOK_RULECHECK_BENCHMARKS_RENDERING_FINDINGS_H_
+#endif  // VOK_BENCHMARKS_RENDERING_FINDINGS_H_

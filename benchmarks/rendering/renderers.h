@@ -2,8 +2,8 @@
 // They have its functions and return the same texts; each function is composed
 // of the others' results.
 
-#ifndef VOK_RULECHECK_BENCHMARKS_RENDERING_RENDERERS_H_
-#define VOK_RULECHECK_BENCHMARKS_RENDERING_RENDERERS_H_
+#ifndef VOK_BENCHMARKS_RENDERING_RENDERERS_H_
+#define VOK_BENCHMARKS_RENDERING_RENDERERS_H_
 
 #include <vok/rulecheck/RuleService.pb.h>
 
@@ -58,4 +58,4 @@ class Format {
 
 }  // namespace benchmarks
 
-#endif  // VOK_RULECHECK_BENCHMARKS_RENDERING_RENDERERS_H_
+#endif  // VOK_BENCHMARKS_RENDERING_RENDERERS_H_

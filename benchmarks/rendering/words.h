@@ -1,7 +1,7 @@
 // The display words, for the three renderers.
 
-#ifndef VOK_RULECHECK_BENCHMARKS_RENDERING_WORDS_H_
-#define VOK_RULECHECK_BENCHMARKS_RENDERING_WORDS_H_
+#ifndef VOK_BENCHMARKS_RENDERING_WORDS_H_
+#define VOK_BENCHMARKS_RENDERING_WORDS_H_
 
 #include <vok/rulecheck/RuleService.pb.h>
 
@@ -16,4 +16,4 @@ const char* addressPrefix(vok::rulecheck::Resource_Scheme scheme);
 
 }  // namespace benchmarks
 
-#endif  // VOK_RULECHECK_BENCHMARKS_RENDERING_WORDS_H_
+#endif  // VOK_BENCHMARKS_RENDERING_WORDS_H_

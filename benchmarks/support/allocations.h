@@ -1,7 +1,7 @@
 // Counted allocations of this process.
 
-#ifndef VOK_RULECHECK_BENCHMARKS_SUPPORT_ALLOCATIONS_H_
-#define VOK_RULECHECK_BENCHMARKS_SUPPORT_ALLOCATIONS_H_
+#ifndef VOK_BENCHMARKS_SUPPORT_ALLOCATIONS_H_
+#define VOK_BENCHMARKS_SUPPORT_ALLOCATIONS_H_
 
 #include <cstdint>
 
@@ -18,4 +18,4 @@ struct Allocations {
 // null where that library is not preloaded.
 extern "C" __attribute__((weak)) benchmarks::Allocations countedAllocations();
 
-#endif  // VOK_RULECHECK_BENCHMARKS_SUPPORT_ALLOCATIONS_H_
+#endif  // VOK_BENCHMARKS_SUPPORT_ALLOCATIONS_H_

@@ -1,7 +1,7 @@
 // How a benchmark runs, and what it reports beside its time.
 
-#ifndef VOK_RULECHECK_BENCHMARKS_SUPPORT_MEASURE_H_
-#define VOK_RULECHECK_BENCHMARKS_SUPPORT_MEASURE_H_
+#ifndef VOK_BENCHMARKS_SUPPORT_MEASURE_H_
+#define VOK_BENCHMARKS_SUPPORT_MEASURE_H_
 
 #include <benchmark/benchmark.h>
 
@@ -80,4 +80,4 @@ inline int runBenchmarks(int count, char** arguments) {
 
 }  // namespace benchmarks
 
-#endif  // VOK_RULECHECK_BENCHMARKS_SUPPORT_MEASURE_H_
+#endif  // VOK_BENCHMARKS_SUPPORT_MEASURE_H_

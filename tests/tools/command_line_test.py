@@ -7,7 +7,6 @@ import unittest
 from program_test import ProgramTest
 
 TOOLS = pathlib.Path(os.environ["TOOLS_DIR"])
-ANALYSE = TOOLS / "analyse"
 BENCH = TOOLS / "bench"
 COVERAGE = TOOLS / "coverage"
 DEMO = TOOLS / "demo"
@@ -17,20 +16,6 @@ MUTATE = TOOLS / "mutate"
 PACKAGE = TOOLS / "package"
 SOAK = TOOLS / "soak"
 TEST = TOOLS / "test"
-
-
-class Analyse(ProgramTest):
-    def test_help(self):
-        for option in ["--help", "-h"]:
-            ended = self.run_program(ANALYSE, option)
-            self.assertEqual((ended.returncode, ended.stderr), (0, ""))
-            self.assertTrue(ended.stdout.startswith("Usage: tools/analyse\n"))
-
-    def test_unknown_argument(self):
-        for word in ["--nosuch", "rendering"]:
-            with self.subTest(word):
-                self.assert_refused(
-                    self.run_program(ANALYSE, word), f"analyse: unknown argument {word} (see --help)")
 
 
 class Bench(ProgramTest):

@@ -23,7 +23,7 @@ class Paths(ProgramTest):
                     shutil.copytree(SOURCE_DIR / part, source / part)
                 configured = self.run_program(
                     "cmake", "-G", "Ninja", "-S", source, "-B", build,
-                    "-DVOK_RULECHECK_BUILD_TESTS=OFF", "-DVOK_RULECHECK_BUILD_EXAMPLES=OFF")
+                    "-DVOK_RULECHECK_BUILD_TESTS=OFF", "-DVOK_RULECHECK_BUILD_APPS=OFF")
                 self.assertEqual(configured.returncode, 0, configured.stderr)
                 command = subprocess.run(
                     ["ninja", "-C", build, "-t", "commands", "vok_rulecheck"],

@@ -153,8 +153,8 @@ class DemoServer(SetupTest):
         super().setUp()
         self.add_program("cmake", "")
         self.add_program("dpkg-query", "echo ii")
-        (self.checkout / "examples/designs").mkdir(parents=True)
-        self.programs = self.checkout / "build/demo/examples/grpc"
+        (self.checkout / "apps/designs").mkdir(parents=True)
+        self.programs = self.checkout / "build/demo/apps/grpc"
         self.programs.mkdir(parents=True)
         for name in ["rule_server", "grpc_lint_client"]:
             self.add_program(

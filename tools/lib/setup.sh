@@ -9,13 +9,12 @@
     libprotobuf-c-dev libprotozero-dev libtcmalloc-minimal4 nanopb pkg-config protobuf-c-compiler
     python3 rapidjson-dev zlib1g-dev)
   build_packages=(g++ cmake ninja-build libprotobuf-dev protobuf-compiler)
-  example_packages=(libcli11-dev libkainjow-mustache-dev libre2-dev openssl pkg-config)
+  app_packages=(libcli11-dev libkainjow-mustache-dev libre2-dev openssl pkg-config)
   lint_packages=(verilator)
   test_packages=(binutils libgmock-dev libgtest-dev locales python3 valgrind)
-  style_packages=(clang clang-format clang-tidy shellcheck)
+  style_packages=(clang clang-format clang-tidy cppcheck shellcheck)
   browser_packages=(chromium poppler-utils)
   compatibility_packages=(abigail-tools)
-  analysis_packages=(clang cppcheck iwyu)
   coverage_packages=(gcovr)
   mutation_packages=(clang)
   fuzz_packages=(clang libclang-rt-dev llvm)
@@ -31,9 +30,9 @@
 
 # Installs what all tests need.
 install_for_all_tests() {
-  install_packages "${build_packages[@]}" "${example_packages[@]}" "${test_packages[@]}" \
+  install_packages "${build_packages[@]}" "${app_packages[@]}" "${test_packages[@]}" \
     "${lint_packages[@]}" "${style_packages[@]}" "${browser_packages[@]}" \
-    "${analysis_packages[@]}" "${bench_packages[@]}" "${compatibility_packages[@]}" \
+    "${bench_packages[@]}" "${compatibility_packages[@]}" \
     "${coverage_packages[@]}" "${fuzz_packages[@]}" "${interop_packages[@]}" \
     "${grpc_packages[@]}" "${debian_packages[@]}" "${debian_test_packages[@]}" \
     "${docs_packages[@]}" "${recipe_packages[@]}"

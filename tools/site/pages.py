@@ -98,7 +98,7 @@ class Pages:
                   "Programs": [], "Development": []}
         for page in sorted(self._files - {"README.md"}):
             folder = page.partition("/")[0]
-            groups[{"docs": "Guides", "examples": "Programs", "apps": "Programs"}.get(
+            groups[{"docs": "Guides", "apps": "Programs"}.get(
                 folder, "Development")].append(page)
         return [{"Overview": "README.md"}, *({group: pages} for group, pages in groups.items())]
 

@@ -1,0 +1,35 @@
+#include "common/command_line.h"
+
+#include <google/protobuf/stubs/logging.h>
+#include <signal.h>
+
+#include <exception>
+#include <iostream>
+#include <string>
+
+#include "common/characters.h"
+
+namespace apps {
+
+int run(CLI::App& app, int argc, const char* const* argv, const std::function<void()>& work) {
+  // Protocol Buffers would add lines of its own to an error's.
+  google::protobuf::SetLogHandler(nullptr);
+  // A file that is too long is an error, not the program's end.
+  signal(SIGXFSZ, SIG_IGN);
+  try {
+    app.parse(argc, argv);
+    work();
+    return 0;
+  } catch (const CLI::Success& request) {
+    return app.exit(request);
+  } catch (const std::exception& error) {
+    std::cerr << app.get_name() << ": " << oneLine(error.what()) << '\n';
+    return 2;
+  }
+}
+
+CLI::Validator notEmpty() {
+  return {[](const std::string& value) { return value.empty() ? "is empty" : std::string(); }, ""};
+}
+
+}  // namespace apps

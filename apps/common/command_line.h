@@ -1,0 +1,23 @@
+// How the example programs answer their users: a bad argument or file gives one
+// line on the standard error output and exit status 2.
+
+#ifndef VOK_APPS_COMMON_COMMAND_LINE_H_
+#define VOK_APPS_COMMON_COMMAND_LINE_H_
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+namespace apps {
+
+// Parses the arguments into what app's options are bound to, and runs work.
+// Returns the exit status: 0 after work or --help, 2 after a bad argument or
+// any exception from work, with oneLine() of the exception's text as the line. Nothing
+// that the Protocol Buffers runtime logs is printed.
+int run(CLI::App& app, int argc, const char* const* argv, const std::function<void()>& work);
+
+// For options whose value switches something on: an empty one is refused.
+CLI::Validator notEmpty();
+
+}  // namespace apps
+
+#endif  // VOK_APPS_COMMON_COMMAND_LINE_H_

@@ -1,0 +1,149 @@
+#include "common/message_file.h"
+
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/io/tokenizer.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+#include <google/protobuf/text_format.h>
+#include <google/protobuf/util/json_util.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <string_view>
+#include <system_error>
+
+namespace apps {
+namespace {
+
+enum class Format { Binary, Text, Json };
+
+Format formatOf(const std::string& path) {
+  const std::string extension = std::filesystem::path(path).extension().string();
+  if (isBinary(path)) {
+    return Format::Binary;
+  }
+  if (extension == ".txtpb" || extension == ".textproto" || extension == ".txt") {
+    return Format::Text;
+  }
+  if (extension == ".json") {
+    return Format::Json;
+  }
+  throw FileError(path +
+                  ": unknown extension, expected .pb, .bin, .txtpb, .textproto, .txt or .json");
+}
+
+bool encodeBinary(const google::protobuf::Message& message, std::string* bytes) {
+  google::protobuf::io::StringOutputStream sink(bytes);
+  google::protobuf::io::CodedOutputStream out(&sink);
+  out.SetSerializationDeterministic(true);
+  return message.SerializeToCodedStream(&out);
+}
+
+bool encodeJson(const google::protobuf::Message& message, std::string* json) {
+  google::protobuf::util::JsonPrintOptions options;
+  options.add_whitespace = true;
+  return google::protobuf::util::MessageToJsonString(message, json, options).ok();
+}
+
+bool encode(Format format, const google::protobuf::Message& message, std::string* content) {
+  switch (format) {
+    case Format::Binary: return encodeBinary(message, content);
+    case Format::Text: return google::protobuf::TextFormat::PrintToString(message, content);
+    case Format::Json: return encodeJson(message, content);
+  }
+  return false;
+}
+
+// Keeps the first error. Releases differ in the function they call, so neither
+// can be marked as an override.
+class FirstError : public google::protobuf::io::ErrorCollector {
+ public:
+  // NOLINTNEXTLINE(modernize-use-override)
+  void AddError(int line, int column, const std::string& message) {
+    RecordError(line, column, message);
+  }
+  // NOLINTNEXTLINE(modernize-use-override)
+  void RecordError(int line, int column, std::string_view message) {
+    if (text_.empty()) {
+      text_ = std::to_string(line + 1) + ":" + std::to_string(column + 1) + ": ";
+      text_ += message;
+    }
+  }
+  const std::string& text() const { return text_; }
+
+ private:
+  std::string text_;
+};
+
+// Returns what is wrong, or nothing.
+std::string decodeText(const std::string& content, google::protobuf::Message* message) {
+  FirstError error;
+  google::protobuf::TextFormat::Parser parser;
+  parser.RecordErrorsTo(&error);
+  parser.AllowPartialMessage(true);
+  return parser.ParseFromString(content, message) ? "" : error.text();
+}
+
+std::string decodeJson(const std::string& content, google::protobuf::Message* message) {
+  const auto status = google::protobuf::util::JsonStringToMessage(content, message);
+  if (status.ok()) {
+    return "";
+  }
+  const std::string text = status.ToString();
+  return text.substr(0, text.find('\n'));
+}
+
+}  // namespace
+
+std::string readFile(const std::string& path) {
+  std::error_code ignored;
+  std::ifstream in(path, std::ios::binary);
+  if (!in || std::filesystem::is_directory(path, ignored)) {
+    throw FileError(path + ": cannot be read");
+  }
+  std::string content{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  return content;
+}
+
+bool isBinary(const std::string& path) {
+  const std::string extension = std::filesystem::path(path).extension().string();
+  return extension == ".pb" || extension == ".bin";
+}
+
+std::string encodeFor(const std::string& path, const google::protobuf::Message& message) {
+  const Format format = formatOf(path);
+  if (!message.IsInitialized()) {
+    throw FileError(path + ": missing " + message.InitializationErrorString());
+  }
+  // The conversion to JSON takes a message that is too long for an empty one.
+  if (message.ByteSizeLong() > std::numeric_limits<std::int32_t>::max()) {
+    throw FileError(path + ": the message has more than 2 GiB");
+  }
+  std::string content;
+  if (!encode(format, message, &content)) {
+    throw FileError(path + ": the message cannot be written in this format");
+  }
+  return content;
+}
+
+void decodeFrom(const std::string& path, const std::string& content,
+                google::protobuf::Message* message) {
+  std::string error;
+  switch (formatOf(path)) {
+    case Format::Binary:
+      error = message->ParsePartialFromString(content) ? "" : "malformed bytes";
+      break;
+    case Format::Text: error = decodeText(content, message); break;
+    case Format::Json: error = decodeJson(content, message); break;
+  }
+  if (!error.empty()) {
+    throw FileError(path + ": " + error);
+  }
+  if (!message->IsInitialized()) {
+    throw FileError(path + ": missing " + message->InitializationErrorString());
+  }
+}
+
+}  // namespace apps

@@ -1,0 +1,34 @@
+// A rule server that is reached through gRPC, for lint_client's connection.
+
+#ifndef VOK_APPS_GRPC_REMOTE_SERVER_H_
+#define VOK_APPS_GRPC_REMOTE_SERVER_H_
+
+#include <grpcpp/grpcpp.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "grpc/security.h"
+#include "lint_client/connection.h"
+
+namespace rule_grpc {
+
+// The server can't be reached, or went away before it answered.
+class ConnectionLost : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// No request is sent twice, and large results are taken. Throws what parseAddress() and
+// clientCredentials() do.
+std::shared_ptr<grpc::Channel> channelTo(const std::string& address, const Security& security);
+
+// Carries those requests that report() of lint_client makes. It throws ConnectionLost,
+// or std::runtime_error if the server refuses a request. The bytes that it counts are
+// those of messages.
+lint_client::Transport remoteServer(const std::shared_ptr<grpc::Channel>& channel);
+
+}  // namespace rule_grpc
+
+#endif  // VOK_APPS_GRPC_REMOTE_SERVER_H_

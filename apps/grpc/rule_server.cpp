@@ -1,0 +1,197 @@
+// Serves the rule server of apps/rule_server through gRPC.
+
+#include <grpcpp/ext/proto_server_reflection_plugin.h>
+#include <grpcpp/grpcpp.h>
+#include <grpcpp/health_check_service_interface.h>
+#include <grpcpp/resource_quota.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <unistd.h>
+#include <vok/rulecheck/RuleService.grpc.pb.h>
+#include <vok/rulecheck/RuleService.pb.h>
+
+#include <CLI/CLI.hpp>
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "common/command_line.h"
+#include "common/message_file.h"
+#include "grpc/listener.h"
+#include "grpc/rule_check_service.h"
+#include "grpc/security.h"
+#include "grpc/storage.h"
+#include "html_report/html_report.h"
+#include "rule_server/environment.h"
+#include "rule_server/files.h"
+#include "rule_server/limits.h"
+#include "rule_server/rule_server.h"
+
+namespace {
+
+const char* const kTokenVariable = "RULE_SERVER_TOKEN";
+
+struct Options {
+  std::string address = "127.0.0.1:0";
+  std::string tokenFile;
+  rule_grpc::Security security;
+  rule_grpc::Storage storage;
+};
+
+void define(CLI::App& app, Options& options) {
+  app.add_option("--listen", options.address, "HOST:PORT or unix:PATH; port 0 picks a free one")
+      ->capture_default_str();
+  app.add_option("--token-file", options.tokenFile,
+                 "File with the token for stopServer; default: the environment variable " +
+                     std::string(kTokenVariable))
+      ->check(apps::notEmpty());
+  rule_grpc::define(app, "--client-ca", "Authority of clients: each must have a certificate of it",
+                    options.security);
+  app.get_option("--client-ca")->needs("--certificate");
+  rule_grpc::define(app, options.storage);
+}
+
+// A line break at the end of the file is not part of the token.
+std::string tokenOf(const std::string& file) {
+  std::string token = apps::readFile(file);
+  token.erase(token.find_last_not_of("\r\n") + 1);
+  if (token.empty()) {
+    throw std::runtime_error(file + ": has no token");
+  }
+  return token;
+}
+
+std::string tokenFor(const Options& options) {
+  const char* const variable = getenv(kTokenVariable);
+  std::string token = variable == nullptr ? "" : variable;
+  if (!options.tokenFile.empty()) {
+    token = tokenOf(options.tokenFile);
+  }
+  vok::rulecheck::ExchangeToken argument;
+  argument.set_token(token);
+  if (argument.ByteSizeLong() > rule_grpc::kMaxTokenBytes) {
+    throw std::runtime_error("the token is too long");
+  }
+  return token;
+}
+
+rule_server::Environment environmentOf(const Options& options, rule_server::Files* files) {
+  rule_server::Environment environment;
+  environment.token = tokenFor(options);
+  environment.files = files;
+  environment.limits = options.storage.limits;
+  environment.now = rule_server::millisecondsSince1970;
+  environment.newUuid = rule_server::randomUuid;
+  environment.page = html_report::page;
+  return environment;
+}
+
+// The signals that end the server: they are blocked in this thread and all that it
+// starts, so that wait() gets them. A closed pipe and a file that gets too long are
+// errors of the functions that write, and don't end it.
+class StopSignals {
+ public:
+  StopSignals() {
+    sigemptyset(&signals_);
+    sigaddset(&signals_, SIGINT);
+    sigaddset(&signals_, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
+    signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
+  }
+  void wait() const {
+    int signal = 0;
+    sigwait(&signals_, &signal);
+  }
+
+ private:
+  sigset_t signals_{};
+};
+
+void limit(grpc::ServerBuilder& builder) {
+  constexpr int kMostRequestsOfAConnection = 16;
+  builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS, kMostRequestsOfAConnection);
+  // Of what arrives and is not yet whole.
+  constexpr std::size_t kMostReceivedBytes = std::size_t{256} << 20;
+  // A client of server reflection keeps one as long as it likes.
+  constexpr int kMostThreads = 8;
+  builder.SetResourceQuota(
+      grpc::ResourceQuota().Resize(kMostReceivedBytes).SetMaxThreads(kMostThreads));
+  builder.SetMaxReceiveMessageSize(static_cast<int>(rule_server::kMaxRequestBytes));
+  // The limit is on what travels, and bytes can be compressed to a thousandth.
+  builder.SetCompressionAlgorithmSupportStatus(GRPC_COMPRESS_DEFLATE, false);
+  builder.SetCompressionAlgorithmSupportStatus(GRPC_COMPRESS_GZIP, false);
+}
+
+// A client that is gone, or that does nothing, gives its connection back. Pings would not
+// do: a server that is busy takes an answer too late for none.
+void limitIdleness(grpc::ServerBuilder& builder) {
+  constexpr int kMinute = 60000;
+  builder.AddChannelArgument(GRPC_ARG_SERVER_HANDSHAKE_TIMEOUT_MS, kMinute);
+  builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_IDLE_MS, kMinute);
+  builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_AGE_MS, 10 * kMinute);
+  builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_AGE_GRACE_MS, kMinute);
+}
+
+std::unique_ptr<grpc::Server> started(const std::shared_ptr<grpc::ServerCredentials>& credentials,
+                                      grpc::Service& service, rule_grpc::Listener& listener) {
+  grpc::EnableDefaultHealthCheckService(true);
+  grpc::reflection::InitProtoReflectionServerBuilderPlugin();
+  grpc::ServerBuilder builder;
+  limit(builder);
+  limitIdleness(builder);
+  builder.RegisterService(&service);
+  auto acceptor = builder.experimental().AddExternalConnectionAcceptor(
+      grpc::ServerBuilder::experimental_type::ExternalConnectionType::FROM_FD, credentials);
+  std::unique_ptr<grpc::Server> server = builder.BuildAndStart();
+  if (server == nullptr) {
+    throw std::runtime_error(listener.address() + ": gRPC cannot serve there");
+  }
+  listener.start(std::move(acceptor));
+  server->GetHealthCheckService()->SetServingStatus(
+      vok::rulecheck::RuleCheckService::service_full_name(), true);
+  return server;
+}
+
+// Ends the process even if a request in progress takes longer.
+void endAfter(std::chrono::seconds time) {
+  signal(SIGALRM, [](int) { _exit(0); });
+  alarm(static_cast<unsigned>(time.count()));
+}
+
+void serve(const Options& options) {
+  const StopSignals signals;
+  rule_grpc::raiseDescriptorLimit();
+  auto files = rule_grpc::filesOf(options.storage);
+  rule_server::Server rules(environmentOf(options, files ? &*files : nullptr));
+  rule_grpc::RuleCheckService service(rules, [] { kill(getpid(), SIGTERM); });
+  const auto credentials = rule_grpc::serverCredentials(options.security, options.address);
+  rule_grpc::Listener listener(options.address);
+  const auto server = started(credentials, service, listener);
+  std::cout << "Listening on " << listener.address() << std::endl;
+  signals.wait();
+  constexpr auto kGrace = std::chrono::seconds(10);
+  const auto end = std::chrono::system_clock::now() + kGrace;
+  endAfter(kGrace + std::chrono::seconds(1));
+  listener.stop();
+  server->GetHealthCheckService()->Shutdown();
+  server->Shutdown(end);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // gRPC's log would be more than the one line of an error.
+  setenv("GRPC_VERBOSITY", "NONE", 0);
+  CLI::App app("Serves a rule server in memory through gRPC, until SIGTERM or stopServer",
+               "rule_server");
+  Options options;
+  define(app, options);
+  return apps::run(app, argc, argv, [&options] { serve(options); });
+}

@@ -1,0 +1,32 @@
+// How serious a finding is, as the page says it.
+
+#ifndef VOK_APPS_HTML_REPORT_SEVERITY_H_
+#define VOK_APPS_HTML_REPORT_SEVERITY_H_
+
+#include <vok/rulecheck/RuleService.pb.h>
+
+#include <string>
+#include <vector>
+
+namespace html_report {
+
+struct Level {
+  int rank;          // 0 is the most serious
+  std::string word;  // for people
+  std::string slug;  // for style and script
+};
+
+// The word is Converter's. SEV_UNKNOWN, a severity that is absent or not listed,
+// reads "unknown".
+Level levelOf(vok::rulecheck::Violation::Severity severity);
+Level levelOf(const vok::rulecheck::Violation& violation);
+
+// An affirmation reads "affirmed".
+Level levelOf(const vok::rulecheck::Affirmation& affirmation);
+
+// The levels of violations, the most serious first.
+std::vector<Level> violationLevels();
+
+}  // namespace html_report
+
+#endif  // VOK_APPS_HTML_REPORT_SEVERITY_H_

@@ -1,0 +1,26 @@
+// What a finding is made of: the rule, and what the client says about the case.
+
+#ifndef VOK_APPS_RULE_SERVER_FINDINGS_H_
+#define VOK_APPS_RULE_SERVER_FINDINGS_H_
+
+#include <vok/rulecheck/RuleService.pb.h>
+
+#include <cstdint>
+
+namespace rule_server {
+
+// The category of a violation under which the reason of its waiver stands. The
+// dynamic category value "waiver" puts it there.
+constexpr std::int32_t kWaiverCategory = 1;
+
+bool isWaived(const vok::rulecheck::CreateViolation& body);
+
+// Without the id, which the caller sets. Throw Failure (CategoryRefused).
+vok::rulecheck::Violation makeViolation(const vok::rulecheck::RuleSpec& rule,
+                                        const vok::rulecheck::CreateViolation& body);
+vok::rulecheck::Affirmation makeAffirmation(const vok::rulecheck::RuleSpec& rule,
+                                            const vok::rulecheck::CreateAffirmation& body);
+
+}  // namespace rule_server
+
+#endif  // VOK_APPS_RULE_SERVER_FINDINGS_H_

@@ -1,0 +1,126 @@
+// Messages in files of three formats.
+
+#include "common/message_file.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "directory.h"
+#include "support/messages.h"
+
+namespace {
+
+using apps::decodeFrom;
+using apps::encodeFor;
+using apps::FileError;
+using vok::rulecheck::RuleSpecMap;
+using vok::rulecheck::Session;
+
+const char* const kSession =
+    "name: 'n \\303\\244 \"q\" \\n' uuid: '' timestamp: -9223372036854775808"
+    " report_file { scheme: FILE path: '/r' }";
+
+TEST(MessageFiles, KeepMessagesInEachFormat) {
+  const auto session = tests::parse<Session>(kSession);
+  for (const char* const path : {"a.pb", "a.bin", "a.txtpb", "a.textproto", "a.txt", "a.json",
+                                 "/some.where/a.b.pb", "dir.json/a.pb"}) {
+    Session read;
+    decodeFrom(path, encodeFor(path, session), &read);
+    EXPECT_EQ(tests::textOf(session), tests::textOf(read)) << path;
+  }
+}
+
+TEST(MessageFiles, HaveTheFormatThatTheExtensionNames) {
+  const auto session = tests::parse<Session>("name: 'n' timestamp: 5");
+  EXPECT_EQ(tests::fromHex("0a 01 6e 20 05"), encodeFor("a.pb", session));
+  EXPECT_EQ(encodeFor("a.pb", session), encodeFor("a.bin", session));
+  EXPECT_EQ("name: \"n\"\ntimestamp: 5\n", encodeFor("a.txtpb", session));
+  EXPECT_EQ(encodeFor("a.txtpb", session), encodeFor("a.txt", session));
+  EXPECT_EQ(encodeFor("a.txtpb", session), encodeFor("a.textproto", session));
+  EXPECT_EQ("{\n \"name\": \"n\",\n \"timestamp\": \"5\"\n}\n", encodeFor("a.json", session));
+}
+
+TEST(MessageFiles, HaveEqualBytesForEqualMaps) {
+  RuleSpecMap first;
+  RuleSpecMap second;
+  for (int i = 0; i < 50; ++i) {
+    const std::string up = "k" + std::to_string(i);
+    const std::string down = "k" + std::to_string(49 - i);
+    (*first.mutable_hashmap())[up] =
+        tests::parse<vok::rulecheck::RuleSpec>("key: '' full_name: ''");
+    (*second.mutable_hashmap())[down] =
+        tests::parse<vok::rulecheck::RuleSpec>("key: '' full_name: ''");
+  }
+  EXPECT_EQ(encodeFor("a.pb", first), encodeFor("a.pb", second));
+  EXPECT_EQ(encodeFor("a.txt", first), encodeFor("a.txt", second));
+}
+
+struct BadContent {
+  const char* path;
+  const char* content;
+  const char* error;
+};
+
+TEST(MessageFiles, ThatAreBadAreNamedInOneLine) {
+  const BadContent cases[] = {
+      {"a.xml", "", "a.xml: unknown extension, expected"},
+      {"a", "", "a: unknown extension, expected"},
+      {".pb", "", ".pb: unknown extension, expected"},
+      {"a.PB", "", "a.PB: unknown extension, expected"},
+      {"a.pb", "\x0a", "a.pb: malformed bytes"},
+      {"a.pb", "", "a.pb: missing name"},
+      {"a.txt", "", "a.txt: missing name"},
+      {"a.json", "{}", "a.json: "},
+      {"a.txt", "name: 'n'\n  nme: 'x'", "a.txt: 2:"},
+      {"a.txt", "name: 'n", "a.txt: 1:"},
+      {"a.txt", "name: 'n' report_file { scheme: GOPHER }", "a.txt: 1:"},
+      {"a.json", "{\"name\": ", "a.json: "},
+      {"a.json", "{\"name\": {}}", "a.json: "},
+      {"a.json", "", "a.json: "},
+  };
+  for (const BadContent& c : cases) {
+    SCOPED_TRACE(std::string(c.path) + " with " + c.content);
+    Session session;
+    try {
+      decodeFrom(c.path, c.content, &session);
+      ADD_FAILURE() << "accepted";
+    } catch (const FileError& error) {
+      EXPECT_THAT(error.what(), testing::StartsWith(c.error));
+      EXPECT_THAT(error.what(), testing::Not(testing::HasSubstr("\n")));
+    }
+  }
+}
+
+TEST(MessageFiles, TakeOnlyCompleteMessages) {
+  for (const char* const path : {"a.pb", "a.txt", "a.json"}) {
+    EXPECT_THROW(encodeFor(path, Session()), FileError) << path;
+  }
+  EXPECT_THROW(encodeFor("a.xml", tests::parse<Session>("name: 'n'")), FileError);
+}
+
+TEST(Files, AreReadAsTheyWereWritten) {
+  const tests::Directory directory;
+  const std::string path = directory.path() + "/f";
+  const std::string content("a\0\r\n\xff", 5);
+  apps::writeFile(path, "something longer than that");
+  apps::writeFile(path, content);
+  EXPECT_EQ(content, apps::readFile(path));
+  apps::writeFile(path, "");
+  EXPECT_EQ("", apps::readFile(path));
+}
+
+TEST(Files, ThatFailAreNamed) {
+  const tests::Directory directory;
+  for (const std::string& path : {directory.path() + "/missing", directory.path()}) {
+    try {
+      apps::readFile(path);
+      ADD_FAILURE() << "read " << path;
+    } catch (const FileError& error) {
+      EXPECT_EQ(path + ": cannot be read", error.what());
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,302 @@
+"""What the server refuses, and that it goes on."""
+
+import signal
+import socket
+import threading
+import time
+import unittest
+
+import grpc
+from proxy import Proxy
+from servers import ENDED_WELL, METHODS, SERVICE, Server, ServerTest, protocol
+
+MEBIBYTE = 1 << 20
+HEALTH = "/grpc.health.v1.Health/Check"
+REFLECTION = "/grpc.reflection.v1alpha.ServerReflection/ServerReflectionInfo"
+
+
+def file(path):
+    return protocol.Resource(scheme=protocol.Resource.FILE, path=path)
+
+
+class RefusalsTest(ServerTest):
+    def setUp(self):
+        super().setUp()
+        (self.folder / "files").mkdir()
+        self.server = Server(self, "--files", "files", environment={"RULE_SERVER_TOKEN": "secret"})
+        self.client = self.channel(self.server.address)
+
+    def tearDown(self):
+        """Whatever was refused, the server works and ends well."""
+        session = self.client.start()
+        self.assertEqual(self.client.find(session, "mark"), 1)
+        self.assertEqual(self.client.found(session), {1: "mark"})
+        self.client.channel.close()  # an idle client would have it wait for five seconds
+        self.assertEqual(self.server.stop(), ENDED_WELL)
+
+
+class Arguments(RefusalsTest):
+    def test_that_are_malformed(self):
+        malformed = {
+            "bytes that are no message": b"\xff" * 20,
+            "a length past the end": b"\x0a\x7f",
+            "a length of 50,000,000": b"\x0a\x80\xe1\xeb\x17\x61",
+            "a tag without value": b"\x08",
+            "nested groups": b"\xa3\x06" * 1000,
+        }
+        for method in METHODS:
+            for name, content in malformed.items():
+                with self.subTest(name, method=method):
+                    self.assertEqual(
+                        self.client.refusal(method, content),
+                        ("INVALID_ARGUMENT", "malformed bytes"))
+        self.assertLess(self.server.most_memory(), 200 * MEBIBYTE)
+
+    def test_that_lack_a_required_field(self):
+        for method, (argument, _) in METHODS.items():
+            missing = argument().FindInitializationErrors()
+            with self.subTest(method):
+                status = self.client.refusal(method)
+                if missing:
+                    self.assertEqual(
+                        status, ("INVALID_ARGUMENT", "missing " + ", ".join(missing)))
+                else:
+                    self.assertNotEqual(status[0], "INTERNAL")
+
+    def test_that_lack_so_many_that_the_text_is_cut(self):
+        # 150,000 references without type.
+        content = b"\x0a\x01W\x1a\xc0\xcf\x24" + b"\x0a\x02\x0a\x00" * 150000
+        status, text = self.client.refusal("createViolation", content)
+        self.assertEqual(status, "INVALID_ARGUMENT")
+        self.assertRegex(text, r"\Amissing args\.arg\[0\]\.ref\.type, .*\.\.\.\Z")
+        self.assertEqual(len(text), 1003)
+
+    def test_that_are_longer_than_a_mebibyte(self):
+        for method, (argument, _) in METHODS.items():
+            for size, refused in [(MEBIBYTE, False), (MEBIBYTE + 1, True), (50 * MEBIBYTE, True)]:
+                content = argument_of_size(argument, size)
+                self.assertEqual(len(content), size)
+                with self.subTest(method, size=size):
+                    refused = refused or "token" in argument.DESCRIPTOR.fields_by_name
+                    status, text = self.client.refusal(method, content)
+                    too_long = status == "RESOURCE_EXHAUSTED" and (
+                        "larger than max" in text or "too long" in text)
+                    self.assertEqual(too_long, refused, text)
+
+    def test_of_the_worst_kind_from_many_at_once(self):
+        # Each takes some 60 MiB, but not all are in memory at once.
+        references = b"\x0a\x02\x0a\x00" * ((MEBIBYTE - 20) // 4)
+        content = b"\x0a\x01W\x1a" + varint(len(references), 3) + references
+        clients = [self.channel(self.server.address) for _ in range(4)]
+        calls = [client.channel.unary_unary(f"/{SERVICE}/createViolation").future(
+            content, timeout=120) for client in clients for _ in range(16)]
+        self.assertEqual(
+            {call.code() for call in calls}, {grpc.StatusCode.INVALID_ARGUMENT})
+        self.assertLess(self.server.most_memory(), 1024 * MEBIBYTE)
+        for client in clients:
+            client.channel.close()
+
+    def test_that_are_compressed(self):
+        for compression in [grpc.Compression.Gzip, grpc.Compression.Deflate]:
+            status, text = self.client.refusal(
+                "exchangeToken", b"\x0a\x80\x80\x80\x60" + b"\0" * (200 * MEBIBYTE),
+                compression=compression)
+            self.assertEqual(status, "UNIMPLEMENTED", text)
+        self.assertLess(self.server.most_memory(), 200 * MEBIBYTE)
+
+    def test_for_methods_that_do_not_exist(self):
+        for method in ["/vok.rulecheck.RuleCheckService/getRuleSpecs", "/nothing.Here/getVersion"]:
+            self.assertEqual(self.client.refusal(method)[0], "UNIMPLEMENTED", method)
+
+
+def argument_of_size(argument, size):
+    """An argument with an unknown field of as many bytes as are missing."""
+    message = argument()
+    for field in message.FindInitializationErrors():
+        setattr(message, field, "x")
+    known = message.SerializeToString()
+    head = known + b"\xa2\x7d"
+    for width in (3, 4):
+        length = size - len(head) - width
+        if length >> 7 * width == 0:
+            return head + varint(length, width) + b"u" * length
+    raise ValueError(size)
+
+
+def varint(number, width):
+    """Of that many bytes."""
+    return bytes((number >> 7 * i & 0x7F) | (0x80 if i < width - 1 else 0) for i in range(width))
+
+
+class Bytes(RefusalsTest):
+    def test_that_are_no_conversation(self):
+        host, port = self.server.address.rsplit(":", 1)
+        for content in [b"GET / HTTP/1.1\r\n\r\n", b"\0" * 1000, b"\x16\x03\x01" + b"x" * 500,
+                        b"PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n" + b"\xff" * 1000]:
+            with socket.create_connection((host, int(port)), timeout=60) as connection:
+                connection.sendall(content)
+                connection.shutdown(socket.SHUT_WR)
+                try:
+                    while connection.recv(4096):
+                        pass
+                except ConnectionResetError:
+                    pass
+
+
+class Frames(RefusalsTest):
+    """What a client sends is changed on its way, as clients make no such frames."""
+
+    def test_that_are_malformed(self):
+        argument = protocol.ExchangeToken(token="secret").SerializeToString()
+        good = b"\0" + len(argument).to_bytes(4, "big") + argument
+        malformed = ("INVALID_ARGUMENT", "malformed bytes")
+        missing = ("INVALID_ARGUMENT", "missing token")
+        cases = {
+            good: ("OK", None),
+            b"\0\0\0\0\x09" + argument: malformed,
+            b"\0\0\x10\0\0" + argument: malformed,
+            b"\0\xff\xff\xff\xff" + argument: malformed,
+            b"\0\0\0\0\x07" + argument: malformed,
+            b"\0\0\0\0\0" + argument: missing,
+            b"\2" + good[1:]: missing,
+            b"\xff" + good[1:]: missing,
+        }
+        for frame, expected in cases.items():
+            with self.subTest(frame):
+                proxy = Proxy(self, self.server.address, change=lambda sent, new=frame:
+                              sent.replace(good, new))
+                client = self.channel(proxy.address)
+                self.assertEqual(client.refusal("exchangeToken", argument), expected)
+                client.channel.close()
+
+
+class Tokens(RefusalsTest):
+    @staticmethod
+    def attempt(client, token, method="exchangeToken"):
+        return client.channel.unary_unary(f"/{SERVICE}/{method}").future(
+            protocol.ExchangeToken(token=token).SerializeToString(), timeout=60)
+
+    def test_that_are_not_the_servers(self):
+        calls = {
+            (token, method): self.attempt(self.client, token, method)
+            for token in ["", "Secret", "secreT", "secret ", "secret\n", "\0secret",
+                          "secretsecret", "s", "secre"]
+            for method in ["exchangeToken", "stopServer"]}
+        for key, call in calls.items():
+            self.assertEqual(
+                (call.code().name, call.details()),
+                ("UNAUTHENTICATED", "the token is not this server's"), key)
+        self.assertEqual(self.client.call("exchangeToken", token="secret").code, 0)
+
+    def test_take_a_second_after_a_guess_and_nothing_else_does(self):
+        self.assertEqual(self.attempt(self.client, "first").code().name, "UNAUTHENTICATED")
+        begin = time.monotonic()
+        guesses = [self.attempt(self.client, str(i)) for i in range(40)]
+        other = self.channel(self.server.address)
+        right = self.attempt(other, "secret")
+        for _ in range(100):
+            other.call("getVersion")
+        self.assertLess(time.monotonic() - begin, 1)
+        self.assertIsNone(right.exception())
+        self.assertGreater(time.monotonic() - begin, 1)
+        self.assertLess(time.monotonic() - begin, 2)
+        other.channel.close()
+        for guess in guesses:
+            self.assertEqual(guess.code().name, "UNAUTHENTICATED")
+        # A connection has 16 requests at once.
+        self.assertGreater(time.monotonic() - begin, 3)
+
+
+class Signals(RefusalsTest):
+    def test_of_writing_do_not_end_the_server(self):
+        for number in [signal.SIGPIPE, signal.SIGXFSZ]:
+            self.server.send_signal(number)
+
+    def test_of_a_file_that_gets_too_long(self):
+        server = Server(self, "--files", "files", prefix=["prlimit", "--fsize=1000"])
+        client = self.channel(server.address)
+        session = client.start(report_file=file("report.html"))
+        status, _ = client.refusal(
+            "writeReport", protocol.Session(name="", uuid=session).SerializeToString())
+        self.assertEqual(status, "FAILED_PRECONDITION")
+        self.assertEqual(client.found(session), {})
+        client.channel.close()
+        self.assertEqual(server.stop(), ENDED_WELL)
+
+
+class Files(RefusalsTest):
+    def test_outside_of_the_directory(self):
+        self.client.start()
+        (self.folder / "outside.pb").write_bytes(b"")
+        (self.folder / "files/link.pb").symlink_to("../outside.pb")
+        for path in ["../outside.pb", str(self.folder / "outside.pb"), "link.pb", "/etc/rules.pb"]:
+            for method, argument in [("dumpRules", protocol.DumpRules),
+                                     ("loadRuleDataFile", protocol.LoadRuleDataFile)]:
+                with self.subTest(path, method=method):
+                    self.assertEqual(
+                        self.client.refusal(
+                            method, argument(data_file=file(path)).SerializeToString()),
+                        ("FAILED_PRECONDITION",
+                         f"{path}: outside of the server's directory, or unreachable"))
+        self.assertEqual((self.folder / "outside.pb").read_bytes(), b"")
+        self.client.call("dumpRules", data_file=file("inside.txtpb"))
+        self.assertIn("Widths", (self.folder / "files/inside.txtpb").read_text(encoding="utf-8"))
+
+
+class ServersWithoutFiles(ServerTest):
+    def test_refuse_requests_that_name_files(self):
+        client = self.channel(Server(self).address)
+        refused = ("FAILED_PRECONDITION", "this server was given no directory for files")
+        for method, argument in [
+                ("dumpRules", protocol.DumpRules(data_file=file("r.pb"))),
+                ("loadRuleDataFile", protocol.LoadRuleDataFile(data_file=file("r.pb"))),
+                ("startSession", protocol.Session(name="n", report_file=file("r.html"))),
+                ("startSession", protocol.Session(name="n", proto_file=file("s.pb")))]:
+            self.assertEqual(client.refusal(method, argument.SerializeToString()), refused, method)
+        self.assertEqual(list(self.folder.iterdir()), [])
+
+
+class Services(RefusalsTest):
+    def test_tell_of_health(self):
+        for service in [b"", b"vok.rulecheck.RuleCheckService"]:
+            request = b"\x0a" + bytes([len(service)]) + service
+            self.assertEqual(self.client.send(HEALTH, request), b"\x08\x01", service)
+        self.assertEqual(self.client.refusal(HEALTH, b"\x0a\x01x")[0], "NOT_FOUND")
+
+    def test_tell_of_themselves(self):
+        ask = self.client.channel.stream_stream(REFLECTION)
+        listed, described = ask(iter([
+            b"\x3a\x00", b"\x22\x1evok.rulecheck.RuleCheckService"]), timeout=60)
+        for name in [b"vok.rulecheck.RuleCheckService", b"grpc.health.v1.Health",
+                     b"grpc.reflection.v1alpha.ServerReflection"]:
+            self.assertIn(name, listed)
+        self.assertIn(protocol.DESCRIPTOR.serialized_pb, described)
+
+    def test_of_reflection_have_few_threads(self):
+        clients = [self.channel(self.server.address) for _ in range(4)]
+        ends = threading.Event()
+        self.addCleanup(ends.set)
+
+        def ask():
+            yield b"\x3a\x00"
+            ends.wait()
+
+        calls = [client.channel.stream_stream(REFLECTION)(ask(), timeout=60)
+                 for client in clients for _ in range(16)]
+        statuses = []
+        for call in calls:
+            try:
+                next(call)
+                statuses.append("OK")
+            except grpc.RpcError as error:
+                statuses.append(error.code().name)
+        self.assertEqual(set(statuses), {"OK", "RESOURCE_EXHAUSTED"})
+        self.assertLessEqual(statuses.count("OK"), 8)
+        for call in calls:
+            call.cancel()
+        for client in clients:
+            client.channel.close()
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,125 @@
+"""A rule server under test, and a client that sends it messages or bytes."""
+
+import os
+import pathlib
+import re
+import signal
+import subprocess
+import sys
+import tempfile
+
+import program_test
+
+BUILD_DIR = pathlib.Path(os.environ["BUILD_DIR"])
+SOURCE_DIR = pathlib.Path(os.environ["SOURCE_DIR"])
+README = SOURCE_DIR / "apps/grpc/README.md"
+RULE_SERVER = os.environ["RULE_SERVER"]
+GRPC_LINT_CLIENT = os.environ["GRPC_LINT_CLIENT"]
+SCHEMA = pathlib.Path(os.environ["SCHEMA"])
+SERVICE = "vok.rulecheck.RuleCheckService"
+
+# Also for programs that are started.
+os.environ["PYTHONPATH"] += os.pathsep + os.environ["MESSAGES_DIR"]
+sys.path.append(os.environ["MESSAGES_DIR"])
+
+import grpc  # noqa: E402
+import RuleService_pb2 as protocol  # noqa: E402
+
+# What each method takes and returns.
+METHODS = {
+    method.name: (getattr(protocol, method.input_type.name),
+                  getattr(protocol, method.output_type.name))
+    for method in protocol.DESCRIPTOR.services_by_name["RuleCheckService"].methods}
+
+
+class Client:
+    def __init__(self, channel):
+        self.channel = channel
+
+    def send(self, method, content, **options):
+        """Sends bytes to a method and returns the bytes of the answer."""
+        path = method if "/" in method else f"/{SERVICE}/{method}"
+        return self.channel.unary_unary(path)(content, timeout=60, **options)
+
+    def call(self, method, **fields):
+        argument, answer = METHODS[method]
+        return answer.FromString(self.send(method, argument(**fields).SerializeToString()))
+
+    def refusal(self, method, content=b"", **options):
+        """The status that refuses bytes, and its text."""
+        try:
+            self.send(method, content, **options)
+        except grpc.RpcError as error:
+            return error.code().name, error.details()
+        return "OK", None
+
+    def start(self, name="n", **fields):
+        """Opens a session, with the rule "W" to break."""
+        self.call("upsertRuleSpec", key="W", full_name="Widths")
+        return self.call("startSession", name=name, **fields).uuid
+
+    def find(self, session, mark):
+        arguments = protocol.ArgList(arg=[protocol.Arg(string_val=mark)])
+        return self.call(
+            "createViolation", rule_key="W", session_uuid=session, args=arguments).id
+
+    def found(self, session):
+        """The marks of a session's violations by number."""
+        result = self.call("getSessionResult", name="", uuid=session)
+        violations = result.violations.hashmap
+        assert result.violation_count == len(violations)
+        return {number: violation.details.args.arg[0].string_val
+                for number, violation in violations.items()}
+
+
+class Server:
+    """The program, from its start until the test ends it."""
+
+    def __init__(self, test, *options, environment=None, prefix=()):
+        self.errors = tempfile.TemporaryFile()
+        self.process = subprocess.Popen(
+            [*prefix, RULE_SERVER, *map(str, options)], stdout=subprocess.PIPE, stderr=self.errors,
+            text=True, cwd=test.folder, env={**os.environ, **(environment or {})})
+        test.addCleanup(self.kill)
+        line = self.process.stdout.readline()
+        test.assertRegex(line, r"\AListening on .+\n\Z", self.error_text())
+        self.address = line.removeprefix("Listening on ").rstrip("\n")
+
+    def error_text(self):
+        self.errors.seek(0)
+        return self.errors.read().decode()
+
+    def send_signal(self, number):
+        self.process.send_signal(number)
+
+    def end(self):
+        """What the program said at its end, in all: exit status, output and errors."""
+        status = self.process.wait(timeout=60)
+        return status, self.process.stdout.read(), self.error_text()
+
+    def stop(self, number=signal.SIGTERM):
+        self.send_signal(number)
+        return self.end()
+
+    def kill(self):
+        self.process.kill()
+        self.process.wait()
+        self.process.stdout.close()
+        self.errors.close()
+
+    def most_memory(self):
+        """In bytes."""
+        status = pathlib.Path(f"/proc/{self.process.pid}/status").read_text(encoding="ascii")
+        return int(re.search(r"VmHWM:\s+(\d+) kB", status)[1]) << 10
+
+
+ENDED_WELL = (0, "", "")
+
+
+class ServerTest(program_test.ProgramTest):
+    def channel(self, address, credentials=None, options=()):
+        options = [("grpc.enable_retries", 0), ("grpc.use_local_subchannel_pool", 1), *options]
+        channel = (grpc.insecure_channel(address, options) if credentials is None else
+                   grpc.secure_channel(address, credentials, options))
+        self.addCleanup(channel.close)
+        return Client(channel)

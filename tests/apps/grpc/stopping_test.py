@@ -1,0 +1,239 @@
+"""How the server ends, and what its clients see."""
+
+import concurrent.futures
+import fcntl
+import os
+import signal
+import socket
+import subprocess
+import tempfile
+import time
+import unittest
+
+import grpc
+from proxy import Proxy
+from servers import (
+    ENDED_WELL, GRPC_LINT_CLIENT, RULE_SERVER, SERVICE, Server, ServerTest, protocol)
+
+
+class Servers(ServerTest):
+    def test_end_with_a_signal(self):
+        for number in [signal.SIGTERM, signal.SIGINT]:
+            self.assertEqual(Server(self).stop(number), ENDED_WELL)
+
+    def test_end_although_a_client_is_connected(self):
+        server = Server(self)
+        client = self.channel(server.address)
+        client.start()
+        self.assertEqual(server.stop(), ENDED_WELL)
+        self.assertEqual(client.refusal("getVersion")[0], "UNAVAILABLE")
+
+    def test_end_with_the_token(self):
+        path = self.write("token", "from a file\n")
+        for options, environment, token in [
+                ([], {"RULE_SERVER_TOKEN": "of the environment"}, "of the environment"),
+                (["--token-file", path], {"RULE_SERVER_TOKEN": "another"}, "from a file")]:
+            server = Server(self, *options, environment=environment)
+            client = self.channel(server.address)
+            for wrong in ["", "wrong", token + "\n"]:
+                content = protocol.ExchangeToken(token=wrong).SerializeToString()
+                self.assertEqual(client.refusal("stopServer", content)[0], "UNAUTHENTICATED")
+            self.assertEqual(client.call("stopServer", token=token).msg, "server stopped")
+            client.channel.close()
+            self.assertEqual(server.end(), ENDED_WELL)
+
+    def test_without_token_are_not_ended_by_clients(self):
+        server = Server(self, environment={"RULE_SERVER_TOKEN": ""})
+        client = self.channel(server.address)
+        for token in ["", "secret"]:
+            content = protocol.ExchangeToken(token=token).SerializeToString()
+            self.assertEqual(client.refusal("stopServer", content)[0], "UNAUTHENTICATED")
+        client.channel.close()
+        self.assertEqual(server.stop(), ENDED_WELL)
+
+    def test_answer_what_they_have_begun_and_begin_nothing_more(self):
+        server = Server(self, "--files", ".")
+        starter = self.channel(server.address)
+        clients = [self.channel(server.address) for _ in range(3)]
+        sessions = [self.session_with_report(starter, f"{i}.html") for i in range(30)]
+        calls = [clients[i % 3].channel.unary_unary(f"/{SERVICE}/writeReport").future(
+            protocol.Session(name="", uuid=session).SerializeToString(), timeout=60)
+                 for i, session in enumerate(sessions)]
+        concurrent.futures.wait([done(call) for call in calls], return_when="FIRST_COMPLETED")
+        finished = sum(call.done() for call in calls)
+        server.send_signal(signal.SIGTERM)
+        answered = [call.code() == grpc.StatusCode.OK for call in calls]
+        starter.channel.close()
+        self.assertEqual(server.end(), ENDED_WELL)
+        written = [(self.folder / f"{i}.html").exists() for i in range(30)]
+        self.assertEqual(answered, written)
+        self.assertLessEqual(
+            {call.code() for call in calls},
+            {grpc.StatusCode.OK, grpc.StatusCode.UNAVAILABLE, grpc.StatusCode.CANCELLED})
+        self.assertGreater(sum(answered), finished)
+        page = (self.folder / f"{answered.index(True)}.html").read_text(encoding="utf-8")
+        self.assertTrue(page.endswith("</html>\n"))
+        print(finished, "of 30 requests were answered before the signal,",
+              sum(answered) - finished, "after it")
+
+    def test_end_within_the_grace_period_although_long_requests_wait(self):
+        sockets = tempfile.TemporaryDirectory()
+        self.addCleanup(sockets.cleanup)
+        server = Server(self, "--files", ".", "--listen", f"unix:{sockets.name}/socket")
+        folder = os.open(sockets.name, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        fcntl.flock(folder, fcntl.LOCK_EX)  # which delays the removal of the socket
+        client = self.channel(server.address)
+        session = client.start(report_file=protocol.Resource(
+            scheme=protocol.Resource.FILE, path="r.html"))
+        for _ in range(50):
+            client.find(session, "<" * 1000000)
+        content = protocol.Session(name="", uuid=session).SerializeToString()
+        calls = [self.channel(server.address).channel.unary_unary(
+            f"/{SERVICE}/writeReport").future(content, timeout=100) for _ in range(50)]
+        concurrent.futures.wait([done(call) for call in calls], return_when="FIRST_COMPLETED")
+        start = time.monotonic()
+        self.assertEqual(server.stop(), ENDED_WELL)
+        took = time.monotonic() - start
+        written = sum(call.code() == grpc.StatusCode.OK for call in calls)
+        print(f"ended after {took:.1f} s, with {written} of {len(calls)} reports written")
+        self.assertLess(took, 12)
+
+    @staticmethod
+    def session_with_report(client, path):
+        session = client.start(
+            report_file=protocol.Resource(scheme=protocol.Resource.FILE, path=path))
+        for mark in "abc":
+            client.find(session, mark * 300000)
+        return session
+
+    def test_do_not_wait_for_clients_that_watch(self):
+        server = Server(self)
+        watch = self.channel(server.address).channel.unary_stream("/grpc.health.v1.Health/Watch")
+        states = watch(b"")
+        self.assertEqual(next(states), b"\x08\x01")
+        self.assertEqual(server.stop(), ENDED_WELL)
+        self.assertEqual(next(states), b"\x08\x02")
+        with self.assertRaises(grpc.RpcError):
+            next(states)
+
+    def test_share_no_address(self):
+        server = Server(self)
+        self.assert_refused(
+            self.run_program("timeout", "60", RULE_SERVER, "--listen", server.address),
+            f"rule_server: {server.address}: cannot listen there: Address already in use")
+        self.assertEqual(server.stop(), ENDED_WELL)
+
+
+def done(call):
+    """A future of the standard library's for a call."""
+    future = concurrent.futures.Future()
+    call.add_done_callback(future.set_result)
+    return future
+
+
+class Sockets(ServerTest):
+    def setUp(self):
+        super().setUp()
+        self.path = self.folder / "socket"
+        self.address = f"unix:{self.path}"
+
+    def server(self):
+        server = Server(self, "--listen", self.address)
+        self.assertEqual(server.address, self.address)
+        return server
+
+    def assert_works(self, server):
+        client = self.channel(self.address)
+        self.assertEqual(client.found(client.start()), {})
+        client.channel.close()
+        self.assertEqual(server.stop(), ENDED_WELL)
+
+    def assert_not_taken(self, reason):
+        self.assert_refused(
+            self.run_program("timeout", "60", RULE_SERVER, "--listen", self.address),
+            f"rule_server: {self.address}: cannot listen there: {reason}")
+
+    def test_are_removed_in_the_end(self):
+        self.assert_works(self.server())
+        self.assertFalse(self.path.exists())
+
+    def test_are_not_taken_from_a_server(self):
+        server = self.server()
+        self.assert_not_taken("Address already in use")
+        self.assert_works(server)
+
+    def test_are_taken_from_a_server_that_was_killed(self):
+        self.server().kill()
+        self.assertTrue(self.path.is_socket())
+        self.assert_works(self.server())
+
+    def test_do_not_replace_files(self):
+        self.path.write_text("a file", encoding="utf-8")
+        self.assert_not_taken("a file that is not a socket is there")
+        self.assertEqual(self.path.read_text(encoding="utf-8"), "a file")
+
+    def test_of_successors_are_not_removed(self):
+        server = self.server()
+        self.path.unlink()
+        successor = self.server()
+        self.assertEqual(server.stop(), ENDED_WELL)
+        self.assert_works(successor)
+
+    def test_are_taken_by_one_of_many_that_start_at_once(self):
+        self.server().kill()
+        starting = [subprocess.Popen(
+            [RULE_SERVER, "--listen", self.address], stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE, text=True, cwd=self.folder) for _ in range(8)]
+        lines = [(server.stdout.readline(), server) for server in starting]
+        listening = [server for line, server in lines if line]
+        self.assertEqual(len(listening), 1)
+        client = self.channel(self.address)
+        self.assertEqual(client.found(client.start()), {})
+        client.channel.close()
+        listening[0].terminate()
+        for server in starting:
+            _, errors = server.communicate(timeout=60)
+            self.assertEqual((server.returncode, errors), (0, "") if server in listening else (
+                2, f"rule_server: {self.address}: cannot listen there: Address already in use\n"))
+
+
+class LintClient(ServerTest):
+    def report(self, address):
+        self.write("m.v", "module m; endmodule\n")
+        said = self.write("said", "".join(
+            f"%Warning-WIDTH: 0/m.v:{line}:1: text\n" for line in range(1, 1001)))
+        self.write("verilator", f"#!/bin/sh\ncat '{said}' >&2\n").chmod(0o755)
+        return self.run_program(
+            GRPC_LINT_CLIENT, "m.v", "--verilator", "./verilator", "--server", address)
+
+    def test_tells_of_a_server_that_is_not_there(self):
+        with socket.create_server(("127.0.0.1", 0)) as listener:
+            address = "127.0.0.1:%d" % listener.getsockname()[1]
+        for each in [address, f"unix:{self.folder}/none"]:
+            self.assert_lost(self.report(each))
+
+    def test_tells_of_a_connection_that_breaks_and_sends_nothing_twice(self):
+        server = Server(self, "--files", ".")
+        proxy = Proxy(self, server.address, length=60000)
+        self.assert_lost(self.report(proxy.address))
+        self.assertEqual(proxy.connections, 1)
+        self.assertEqual(server.stop(), ENDED_WELL)
+
+    def test_tells_what_the_server_refuses(self):
+        server = Server(self, "--files", ".")
+        (self.folder / "report.html").mkdir()
+        ended = self.report(server.address)
+        self.assertEqual((ended.returncode, ended.stdout), (2, ""))
+        self.assertEqual(
+            ended.stderr,
+            "grpc_lint_client: the server answered: ./report.html: not a regular file\n")
+
+    def assert_lost(self, ended):
+        self.assertEqual((ended.returncode, ended.stdout), (3, ""))
+        self.assertRegex(
+            ended.stderr, r"\Agrpc_lint_client: no connection to the server: [^\n]+\n\Z")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,101 @@
+"""The projects and commands of examples/, with the package installed as README.md says."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import unittest
+
+from program_test import ProgramTest
+
+EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
+PREFIX = pathlib.Path(os.environ["PREFIX"])
+RUNTIME_PREFIXES = [path for path in os.environ["RUNTIME_PREFIXES"].split(";") if path]
+
+
+class ProjectTest(ProgramTest):
+    def setUp(self):
+        super().setUp()
+        self.work = self.folder / "recipes"
+        shutil.copytree(EXAMPLES, self.work)
+        self.install()
+
+    def install(self):
+        """The package under the home folder, with its libraries in lib."""
+        installed = self.folder / "rulecheck"
+        installed.mkdir()
+        for path in PREFIX.iterdir():
+            (installed / path.name).symlink_to(path)
+        library = next(PREFIX.glob("**/libvok_rulecheck.so")).parent
+        if not (installed / "lib/pkgconfig").exists():
+            (installed / "lib").unlink(missing_ok=True)
+            (installed / "lib").symlink_to(library)
+
+    def run_script(self, name):
+        """What a script of the recipes prints."""
+        tools = [pathlib.Path(os.environ[tool]).parent for tool in ("PROTOC", "CMAKE")]
+        environment = {
+            **os.environ, "HOME": str(self.folder),
+            "PATH": ":".join([*map(str, tools), os.environ["PATH"]]),
+            "CMAKE_PREFIX_PATH": ":".join(RUNTIME_PREFIXES),
+            "CXXFLAGS": "-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror"}
+        ended = subprocess.run(["sh", "-e", self.work / name], cwd=self.work, env=environment,
+                               capture_output=True, text=True, check=False)
+        self.assertEqual(ended.returncode, 0, ended.stdout + ended.stderr)
+        return ended.stdout
+
+    def assert_sends(self, program):
+        """The program runs, and writes a request with the length that it says."""
+        sent = subprocess.run([program], capture_output=True, check=True).stdout
+        self.assertGreater(len(sent), 20)
+        self.assertEqual(sent[0], len(sent) - 1)
+
+
+class Cmake(ProjectTest):
+    def test_finds_the_library(self):
+        self.run_script("with_cmake.sh")
+        self.assert_sends(self.work / "build/send_finding")
+
+
+class Make(ProjectTest):
+    def test_finds_the_library(self):
+        self.run_script("with_make.sh")
+        self.assert_sends(self.work / "send_finding")
+
+
+class Meson(ProjectTest):
+    def test_finds_the_library(self):
+        self.run_script("with_meson.sh")
+        self.assert_sends(self.work / "build/send_finding")
+
+
+class Plugin(ProjectTest):
+    def test_it_is_loaded_and_unloaded_twice(self):
+        shutil.copy(self.work / "with_cmake.sh", self.work / "plugin")
+        shutil.copytree(self.work / "plugin", self.work, dirs_exist_ok=True)
+        self.run_script("with_cmake.sh")
+        ended = self.run_program(self.work / "build/host", self.work / "build/plugin.so")
+        self.assertEqual((ended.returncode, ended.stdout, ended.stderr),
+                         (0, 2 * "critical warning\n", ""))
+
+
+class Decode(ProjectTest):
+    def test_prints_what_the_page_says(self):
+        body = subprocess.run(
+            [os.environ["PROTOC"], "-I", PREFIX / "share/vok/rulecheck",
+             "--encode=vok.rulecheck.Request", PREFIX / "share/vok/rulecheck/RuleService.proto"],
+            input=(EXAMPLES / "request.txtpb").read_bytes(), capture_output=True, check=True).stdout
+        (self.work / "stream").write_bytes(bytes([len(body)]) + body)
+        self.assertEqual(self.run_script("decode.sh"), (EXAMPLES / "decode.txt").read_text())
+
+    def test_malformed_bytes_are_refused(self):
+        ended = subprocess.run(
+            [os.environ["PROTOC"], "-I", PREFIX / "share/vok/rulecheck",
+             "--decode=vok.rulecheck.Request", PREFIX / "share/vok/rulecheck/RuleService.proto"],
+            input=b"\x08", capture_output=True, check=False)
+        self.assertEqual(ended.returncode, 1)
+        self.assertIn(b"Failed to parse input.", ended.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()

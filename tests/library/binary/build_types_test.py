@@ -1,0 +1,32 @@
+"""The library has one initializer and no finalizer in every build type, added to a
+project that may have none."""
+
+import os
+import pathlib
+import tempfile
+import unittest
+
+from elf import own_functions_in, run
+
+SOURCE = pathlib.Path(__file__).resolve().parents[3]
+HOST = f"""cmake_minimum_required(VERSION 3.25)
+project(host LANGUAGES CXX)
+add_subdirectory("{SOURCE}" vok_rulecheck)
+"""
+
+
+class BuildTypes(unittest.TestCase):
+    def test_each_gives_one_initializer_and_no_finalizer(self):
+        for build_type in ("", "Debug", "Release", "RelWithDebInfo", "MinSizeRel"):
+            with self.subTest(build_type), tempfile.TemporaryDirectory() as folder:
+                (pathlib.Path(folder) / "CMakeLists.txt").write_text(HOST)
+                run("cmake", "-G", "Ninja", "-S", folder, "-B", f"{folder}/build",
+                    f"-DCMAKE_BUILD_TYPE={build_type}", *os.environ["OPTIONS"].split("|"))
+                run("cmake", "--build", f"{folder}/build")
+                library = next(pathlib.Path(folder).rglob("libvok_rulecheck.so")).resolve()
+                self.assertEqual(len(own_functions_in(library, ".init_array")), 1)
+                self.assertEqual(own_functions_in(library, ".fini_array"), [])
+
+
+if __name__ == "__main__":
+    unittest.main()
