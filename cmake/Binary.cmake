@@ -49,7 +49,7 @@ set_source_files_properties(${vok_generated} PROPERTIES
 
 # GCC assumes that snprintf never fails, and drops the code that handles it. A
 # host's warnings are not ours.
-set_source_files_properties(rendering/Converter.cpp PROPERTIES
+set_source_files_properties(${vok_rendering} PROPERTIES
   COMPILE_OPTIONS
     "$<IF:$<BOOL:${PROJECT_IS_TOP_LEVEL}>,${VOK_WARNINGS},-w>;${vok_no_iostream};$<$<CXX_COMPILER_ID:GNU>:-fno-printf-return-value>")
 

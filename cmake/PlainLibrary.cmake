@@ -7,8 +7,7 @@ function(vok_add_plain_library)
   if(TARGET vok_rulecheck_plain)
     return()
   endif()
-  add_library(vok_rulecheck_plain SHARED
-    "${PROJECT_SOURCE_DIR}/rendering/Converter.cpp" ${vok_generated})
+  add_library(vok_rulecheck_plain SHARED ${vok_rendering} ${vok_generated})
   set_source_files_properties(${vok_generated} TARGET_DIRECTORY vok_rulecheck_plain
     PROPERTIES COMPILE_OPTIONS "-std=gnu++${VOK_PROTOBUF_CXX_STANDARD}")
   add_dependencies(vok_rulecheck_plain vok_rulecheck)  # which generates the sources

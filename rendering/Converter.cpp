@@ -3,20 +3,13 @@
 
 #include <vok/rulecheck/Converter.h>
 
-#include <langinfo.h>
-
-#include <cfenv>
 #include <charconv>
-#include <climits>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
-#include <iterator>
-#include <limits>
-#include <new>
 #include <string_view>
+
+#include "numbers.h"
 
 // Each kind of value has one function that appends its pieces to an output. It
 // runs twice: on a Length, which adds the pieces up, and then on a Writer, which
@@ -86,96 +79,6 @@ std::string_view word(Violation_Severity severity) {
   return "<undefined>";
 }
 
-// Room for a number as printf's "%ld" or "%f" writes it, with its zero byte:
-// sign, digits, decimal point, decimals.
-using NumberBuffer = char[1 + std::numeric_limits<double>::max_exponent10 + 1 + MB_LEN_MAX + 6 + 1];
-
-std::string_view textUntil(const char* end, const NumberBuffer& buffer) {
-  return {buffer, static_cast<std::size_t>(end - buffer)};
-}
-
-std::string_view decimal(std::int64_t number, NumberBuffer& buffer) {
-  return textUntil(std::to_chars(std::begin(buffer), std::end(buffer), number).ptr, buffer);
-}
-
-#ifdef __SIZEOF_INT128__  // not on 32-bit targets
-
-constexpr std::uint64_t kMillion = 1000000;
-
-// Above, millionths need not fit into 64 bits.
-constexpr double kMostInMillionths = 1e13;
-
-// Returns a million times the number, which is at least 0 and less than
-// kMostInMillionths, rounded to nearest and ties to even. Exact: the significand
-// of 53 bits times a million fits into 128 bits.
-std::uint64_t millionths(double number) {
-  __extension__ using Uint128 = unsigned __int128;
-  constexpr int kFractionBits = std::numeric_limits<double>::digits - 1;
-  constexpr std::uint64_t kImplicitBit = std::uint64_t{1} << kFractionBits;
-  std::uint64_t bits;
-  std::memcpy(&bits, &number, sizeof bits);
-  // number = significand / 2^shift
-  const std::uint64_t shift = 1023 + kFractionBits - (bits >> kFractionBits);
-  const std::uint64_t significand = kImplicitBit | (bits & (kImplicitBit - 1));
-  if (shift > 74) {
-    return 0;  // less than half of a millionth
-  }
-  const Uint128 product = Uint128{significand} * kMillion;
-  const Uint128 half = Uint128{1} << (shift - 1);
-  const bool odd = (product >> shift & 1) != 0;
-  return static_cast<std::uint64_t>((product + half - (odd ? 0 : 1)) >> shift);
-}
-
-std::string_view fixedByMillionths(double number, NumberBuffer& buffer) {
-  const std::uint64_t count = millionths(std::fabs(number));
-  char* next = buffer;
-  if (std::signbit(number)) {
-    *next++ = '-';
-  }
-  char* const point = std::to_chars(next, std::end(buffer), count / kMillion).ptr;
-  // Seven digits, the first of which makes room for the decimal point.
-  char* const end = std::to_chars(point, std::end(buffer), kMillion + count % kMillion).ptr;
-  *point = '.';
-  return textUntil(end, buffer);
-}
-
-#endif
-
-std::string_view fixedByPrintf(double number, NumberBuffer& buffer) {
-  const int length = std::snprintf(buffer, sizeof buffer, "%f", number);
-  // Negative for lack of memory, too great where a malformed locale's decimal point is
-  // longer than MB_LEN_MAX and the text was cut.
-  if (static_cast<std::size_t>(length) >= sizeof buffer) {
-    throw std::bad_alloc();
-  }
-  return textUntil(buffer + length, buffer);
-}
-
-// The ways that are quicker than printf round to nearest and write a full stop,
-// whatever the rounding mode and the locale are.
-bool needsPrintf(double number) {
-  return !std::isfinite(number) || std::fegetround() != FE_TONEAREST ||
-         std::strcmp(nl_langinfo(RADIXCHAR), ".") != 0;
-}
-
-std::string_view fixed(double number, NumberBuffer& buffer) {
-  if (needsPrintf(number)) {
-    return fixedByPrintf(number, buffer);
-  }
-#ifdef __SIZEOF_INT128__
-  if (std::fabs(number) < kMostInMillionths) {
-    return fixedByMillionths(number, buffer);
-  }
-#endif
-#ifdef __cpp_lib_to_chars
-  const auto result =
-      std::to_chars(std::begin(buffer), std::end(buffer), number, std::chars_format::fixed, 6);
-  return textUntil(result.ptr, buffer);
-#else  // GCC 10 has it for integers only
-  return fixedByPrintf(number, buffer);
-#endif
-}
-
 std::size_t digits(std::uint32_t number) {
   std::size_t count = 1;
   for (; number >= 10; number /= 10) {
@@ -231,7 +134,7 @@ inline void copy(char* to, std::string_view piece) {
 
 class Writer {
  public:
-  explicit Writer(std::string& text) : next_(text.data()), end_(next_ + text.size()) {}
+  Writer(char* start, char* end) : next_(start), end_(end) {}
 
   void add(std::string_view piece) {
     copy(next_, piece);
@@ -250,33 +153,42 @@ template <typename Append>
 std::string render(Append append) {
   Length length;
   append(length);
-  std::string text(length.get(), '\0');
-  Writer writer(text);
-  append(writer);
+  const auto write = [&](char* start, std::size_t) {
+    Writer writer(start, start + length.get());
+    append(writer);
+    return length.get();
+  };
+  std::string text;
+#ifdef __cpp_lib_string_resize_and_overwrite  // saves filling the text with zeros
+  text.resize_and_overwrite(length.get(), write);
+#else
+  text.resize(length.get());
+  write(text.data(), length.get());
+#endif
   return text;
 }
 
 // The buffer holds the text where it is that of a number.
-std::string_view plainValue(const Scalar& scalar, NumberBuffer& buffer) {
+std::string_view plainValue(const Scalar& scalar, numbers::Buffer& buffer) {
   if (scalar.has_string_val()) {
     return scalar.string_val();
   }
   if (scalar.has_int_val()) {
-    return decimal(scalar.int_val(), buffer);
+    return numbers::decimal(scalar.int_val(), buffer);
   }
   if (scalar.has_double_val()) {
-    return fixed(scalar.double_val(), buffer);
+    return numbers::fixed(scalar.double_val(), buffer);
   }
   return scalar.address();
 }
 
 // Not plainValue: an argument's scalar puts its number first.
-std::string_view argumentValue(const Scalar& scalar, NumberBuffer& buffer) {
+std::string_view argumentValue(const Scalar& scalar, numbers::Buffer& buffer) {
   if (scalar.has_int_val()) {
-    return decimal(scalar.int_val(), buffer);
+    return numbers::decimal(scalar.int_val(), buffer);
   }
   if (scalar.has_double_val()) {
-    return fixed(scalar.double_val(), buffer);
+    return numbers::fixed(scalar.double_val(), buffer);
   }
   if (scalar.has_string_val()) {
     return scalar.string_val();
@@ -439,7 +351,7 @@ std::string Converter::toString(Violation_Severity severity) {
 }
 
 std::string Converter::toString(const Scalar& scalar) {
-  NumberBuffer buffer;
+  numbers::Buffer buffer;
   const std::string_view value = plainValue(scalar, buffer);
   return render([&](auto& out) {
     out.add(value);
@@ -486,7 +398,7 @@ std::string Converter::toHtml(const Arg& arg) {
   if (arg.has_string_val()) {
     return arg.string_val();
   }
-  NumberBuffer buffer;
+  numbers::Buffer buffer;
   return std::string(argumentValue(arg.scalar(), buffer));
 }
 

@@ -97,11 +97,12 @@ class Silence(unittest.TestCase):
         self.assertEqual([name for name in imports if "utf8" in name.lower()], [])
 
     def test_the_converter_has_no_static_object_and_no_iostream(self):
-        table = run("readelf", "-SW", object_of("Converter.cpp"))
-        self.assertEqual(re.findall(r" \.(?:init_array|fini_array|ctors|dtors)\S*", table), [])
-        writable = re.findall(r" (\.(?:data|bss|tdata|tbss)) +\w+ +\w+ \w+ (\w+)", table)
-        self.assertEqual([name for name, size in writable if int(size, 16)], [])
-        self.assertNotIn("ios_base", run("nm", object_of("Converter.cpp")))
+        for source in ("Converter.cpp", "numbers.cpp"):
+            table = run("readelf", "-SW", object_of(source))
+            self.assertEqual(re.findall(r" \.(?:init_array|fini_array|ctors|dtors)\S*", table), [])
+            writable = re.findall(r" (\.(?:data|bss|tdata|tbss)) +\w+ +\w+ \w+ (\w+)", table)
+            self.assertEqual([name for name, size in writable if int(size, 16)], [])
+            self.assertNotIn("ios_base", run("nm", object_of(source)))
 
 
 class Hardening(unittest.TestCase):

@@ -3,7 +3,7 @@
 What counts is what the library and the Protocol Buffers runtime execute
 themselves; the C library chooses its functions by processor, and is left out.
 
-    instructions_test.py --renew    writes the figures anew, instead
+    instructions_test.py --update    updates the figures instead
 """
 
 import collections
@@ -91,7 +91,7 @@ class Instructions(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    if sys.argv[1:] == ["--renew"]:
+    if sys.argv[1:] == ["--update"]:
         lines = [BUILT_WITH] + [f"{path} {number}" for path, number in measure().items()]
         FIGURES.write_text("\n".join(lines) + "\n")
     else:

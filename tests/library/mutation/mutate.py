@@ -16,6 +16,7 @@ import mutants
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[2]
 SOURCE = ROOT / "rendering/Converter.cpp"
+NUMBERS = [ROOT / "rendering/numbers.h", ROOT / "rendering/numbers.cpp"]
 EQUIVALENTS = HERE / "equivalent.txt"
 
 # The programs, in the order in which they run, and the memory that each gets: a
@@ -24,10 +25,15 @@ GIB = 1 << 30
 TESTS = {"tests/library/rendering/rendering_tests": 4 * GIB, "tests/library/failures/failures_tests": 1024 * GIB}
 
 # What is undefined is to end a test, in the classes of the standard library too.
-OPTIONS = ["-std=gnu++17", "-O0", "-fPIC", "-fvisibility-inlines-hidden", "-w",
+OPTIONS = ["-std=gnu++2b", "-O0", "-fPIC", "-fvisibility-inlines-hidden", "-w",
            "-D_GLIBCXX_ASSERTIONS", "-fsanitize=undefined", "-fno-sanitize=function,vptr",
            "-fsanitize-trap=undefined"]
 QUICK = 0.02  # seconds; tests that take longer run last
+
+
+def sources():
+    """The library's sources as one."""
+    return "".join(path.read_text() for path in [*NUMBERS, SOURCE]).replace('#include "numbers.h"\n', "")
 
 
 class Failure(Exception):
@@ -48,7 +54,7 @@ class Compiler:
                      if pathlib.Path(entry["file"]) == SOURCE)
         folders = [word for pair in zip(words, words[1:]) if pair[0] == "-isystem" for word in pair]
         headers, parsed, compiled = (folder / f"headers.{kind}" for kind in ("h", "pch", "o"))
-        headers.write_text("".join(line for line in SOURCE.read_text().splitlines(keepends=True)
+        headers.write_text("".join(line for line in sources().splitlines(keepends=True)
                                    if line.startswith("#include")))
         command = ["clang++", *OPTIONS]
         subprocess.run([*command, *folders, "-fpch-instantiate-templates", "-fpch-codegen",
@@ -168,7 +174,7 @@ def report(source, chosen, fates, equivalents):
 
 
 def main(build, text):
-    source = mutants.Source(SOURCE.read_text())
+    source = mutants.Source(sources())
     chosen = [mutant for mutant in source.mutants() if text in source.described(mutant)]
     equivalents = [line for line in read_equivalents() if text in line]
     try:

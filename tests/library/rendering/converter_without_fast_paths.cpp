@@ -1,7 +1,0 @@
-// Converter as a 32-bit target and GCC 10's library get it.
-
-#include <charconv>
-
-#undef __SIZEOF_INT128__
-#undef __cpp_lib_to_chars
-#include "rendering/Converter.cpp"
