@@ -1,24 +1,15 @@
-// What carrying costs, beside other ways to do it.
+// Benchmarks of the library's messages. With ALTERNATIVES also of other sizes and other libraries.
 
-#include <cstdio>
-#include <exception>
-
-#include "carrying/carriers.h"
-#include "support/measure.h"
+#include "carrying/codec.h"
 
 int main(int count, char** arguments) {
-  try {
+  return benchmarks::runBenchmarks(count, arguments, [] {
     benchmarks::registerMessages();
+#ifdef ALTERNATIVES
     benchmarks::registerGrowth();
-    benchmarks::registerUnusual();
-    benchmarks::registerMemory();
-    benchmarks::registerProtozero();
     benchmarks::registerProtobufC();
-    benchmarks::registerNanopb();
-    benchmarks::registerJson();
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "%s: %s\n", arguments[0], error.what());
-    return 1;
-  }
-  return benchmarks::runBenchmarks(count, arguments);
+    benchmarks::registerProtozero();
+    benchmarks::registerRapidJson();
+#endif
+  });
 }

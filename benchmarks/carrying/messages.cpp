@@ -4,9 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "carrying/carriers.h"
-#include "data/messages.h"
-#include "support/measure.h"
+#include "carrying/codec.h"
 
 namespace benchmarks {
 
@@ -16,7 +14,7 @@ using namespace vok::rulecheck;
 
 namespace {
 
-// Memory for an arena's first block, which the arena doesn't own.
+// Memory for the first block of an arena.
 class FirstBlock {
  public:
   explicit FirstBlock(std::size_t size) : memory_(size) {}
@@ -86,26 +84,6 @@ void registerResultReuse() {
           [&bytes, result = std::make_shared<SessionResult>()] { parse(result.get(), bytes); });
 }
 
-void registerResultDestruction() {
-  const std::string& bytes = resultBytes(resultViolations);
-  const auto result = std::make_shared<std::unique_ptr<SessionResult>>();
-  measurePrepared(
-      "result, destroy/heap", {resultViolations},
-      [&bytes, result] {
-        *result = std::make_unique<SessionResult>();
-        parse(result->get(), bytes);
-      },
-      [result] { result->reset(); });
-  const auto arena = std::make_shared<std::unique_ptr<Arena>>();
-  measurePrepared(
-      "result, destroy/arena", {resultViolations},
-      [&bytes, arena] {
-        *arena = std::make_unique<Arena>();
-        parseOn<SessionResult>(arena->get(), bytes);
-      },
-      [arena] { arena->reset(); });
-}
-
 void registerRequestParsing() {
   const std::vector<std::string>& stream = requestBytes();
   measure("requests, parse/fresh", {stream.size(), sizeOf(stream)}, [&stream] {
@@ -160,30 +138,25 @@ void requireSameBytes(const std::string& bytes) {
   require(bytesOf(message) == bytes, "a parsed message has other bytes than its source");
 }
 
-void requireMeanSize(double size, double expected, const std::string& what) {
-  require(size > 0.95 * expected && size < 1.05 * expected,
-          what + " are " + std::to_string(size) + " bytes long");
-}
-
-void requireExpectedSizes() {
-  const std::string violations = bytesOf(makeResult(resultViolations).violations());
-  requireMeanSize(static_cast<double>(violations.size()) / resultViolations, 480, "violations");
-  requireMeanSize(
-      static_cast<double>(sizeOf(requestBytes())) / static_cast<double>(requestBytes().size()), 260,
-      "requests");
+// The figures are about messages of these sizes.
+void requireMeanSize(std::size_t size, std::size_t count, double expected) {
+  const double mean = static_cast<double>(size) / static_cast<double>(count);
+  require(mean > 0.95 * expected && mean < 1.05 * expected,
+          "messages have " + std::to_string(mean) + " bytes");
 }
 
 }  // namespace
 
 void registerMessages() {
-  requireExpectedSizes();
+  const std::string violations = bytesOf(makeResult(resultViolations).violations());
+  requireMeanSize(violations.size(), resultViolations, 480);
+  requireMeanSize(sizeOf(requestBytes()), requestBytes().size(), 260);
   requireSameBytes<SessionResult>(resultBytes(resultViolations));
   for (const std::string& bytes : requestBytes()) {
     requireSameBytes<Request>(bytes);
   }
   registerResult(resultViolations);
   registerResultReuse();
-  registerResultDestruction();
   registerRequestParsing();
   registerRequestSerialization();
 }
@@ -193,33 +166,6 @@ void registerGrowth() {
     requireSameBytes<SessionResult>(resultBytes(violations));
     registerResult(violations);
   }
-}
-
-void registerUnusual() {
-  std::vector<Request> requests = makeRequests();
-  const auto stream = std::make_shared<std::vector<std::string>>();
-  for (Request& request : requests) {
-    auto& categories = *request.mutable_create_violation()->mutable_dynamic_category_values();
-    categories["area"] = "memory";
-    categories["owner"] = "architecture";
-    stream->push_back(bytesOf(request));
-  }
-  measure("requests with two categories, parse/reused", {stream->size()},
-          [stream, request = std::make_shared<Request>()] {
-            for (const std::string& bytes : *stream) {
-              parse(request.get(), bytes);
-            }
-          });
-  // An empty argument takes two bytes on the wire.
-  ArgList list;
-  for (int i = 0; i < 100000; ++i) {
-    list.add_arg();
-  }
-  const auto bytes = std::make_shared<std::string>(bytesOf(list));
-  measure("empty arguments, parse/heap", {100000, bytes->size()}, [bytes] {
-    ArgList parsed;
-    parse(&parsed, *bytes);
-  });
 }
 
 }  // namespace benchmarks

@@ -1,23 +1,169 @@
-// What rendering costs, beside other ways to do it.
+// Benchmarks Converter against other styles of rendering: single calls, and the texts of findings.
 
-#include <cstdio>
-#include <exception>
+#include <vok/rulecheck/Converter.h>
 
-#include "rendering/calls.h"
-#include "rendering/equality.h"
-#include "support/measure.h"
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "measure.h"
+#include "messages.h"
+#include "rendering/numbers.h"
+#include "rendering/styles.h"
+
+namespace benchmarks {
+namespace {
+
+using namespace vok::rulecheck;
+
+constexpr std::size_t hotFindings = 100;
+
+const auto keepText = [](std::string text) { benchmark::DoNotOptimize(text); };
+
+struct Samples {
+  Samples();
+
+  Resource file;
+  Resource page;
+  Link link;
+  Reference reference;
+  Arg toReference;
+  Arg toLink;
+  Arg toList;
+  Scalar integer;
+  Scalar number;
+};
+
+Samples::Samples() {
+  file.set_scheme(Resource::FILE);
+  file.set_path("/proj/soc/rtl/crossbar/crossbar_12.v");
+  file.set_fragment("L1207");
+  page.set_scheme(Resource::HTTP);
+  page.set_host("docs.example");
+  page.set_path("/rules/TIMING-104.html");
+  page.set_fragment("arbiter");
+  link.set_link_text("Design rules");
+  *link.mutable_url() = page;
+  reference.set_type(Reference::PORT);
+  reference.set_name("crossbar_12/wr_data");
+  *reference.mutable_url() = file;
+  *toReference.mutable_ref() = reference;
+  *toLink.mutable_uri() = link;
+  for (int i = 0; i < 4; ++i) {
+    *toList.mutable_refs()->add_ref() = reference;
+  }
+  integer.set_int_val(1024);
+  integer.set_units("bits");
+  number.set_double_val(350.25);
+  number.set_units("MHz");
+}
+
+// Calls add(name, call) for each of the calls.
+template <typename Renderer, typename Add>
+void forEachCall(Add add) {
+  static const Samples s;
+  add("toHtml(Arg) of a reference", [] { return Renderer::toHtml(s.toReference); });
+  add("toHtml(Arg) of a link", [] { return Renderer::toHtml(s.toLink); });
+  add("toHtml(Arg) of four references", [] { return Renderer::toHtml(s.toList); });
+  add("toHtml(Link)", [] { return Renderer::toHtml(s.link); });
+  add("toHtml(Reference)", [] { return Renderer::toHtml(s.reference); });
+  add("toHtml(Resource)", [] { return Renderer::toHtml(s.file, s.link.link_text()); });
+  add("href of a file", [] { return Renderer::href(s.file); });
+  add("href of a page", [] { return Renderer::href(s.page); });
+  add("toString(Scalar) of an integer", [] { return Renderer::toString(s.integer); });
+  add("toString(Scalar) of a double", [] { return Renderer::toString(s.number); });
+}
+
+// Calls use(text) for each of the ten texts that a report shows of a finding.
+template <typename Renderer, typename Use>
+void render(const Violation& finding, Use use) {
+  const auto& arguments = finding.details().args().arg();
+  const Link& page = arguments.Get(1).uri();
+  use(Renderer::toString(finding.severity()));
+  use(Renderer::toString(finding.actual_value()));
+  use(Renderer::toString(finding.threshold_value()));
+  use(Renderer::toString(arguments.Get(0).ref()));
+  use(Renderer::href(page.url()));
+  use(Renderer::toHtml(page.url(), finding.rule_key()));
+  use(Renderer::toHtml(page));
+  for (const Arg& argument : arguments) {
+    use(Renderer::toHtml(argument));
+  }
+}
+
+template <typename Renderer>
+std::vector<std::string> textsOf(const Findings& findings) {
+  std::vector<std::string> texts;
+  forEachCall<Renderer>([&texts](const char*, auto call) { texts.push_back(call()); });
+  for (const auto& finding : findings) {
+    render<Renderer>(*finding, [&texts](std::string text) { texts.push_back(std::move(text)); });
+  }
+  return texts;
+}
+
+template <typename Renderer>
+void renderFirst(const Findings& findings, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    render<Renderer>(*findings[i], keepText);
+  }
+}
+
+// More findings than fit into any cache, in random order. All benchmarks share the position, so a
+// finding is used again only after all the others.
+const Violation& nextColdFinding() {
+  static const Findings findings = [] {
+    Findings made = makeFindings(150000);
+    std::shuffle(made.begin(), made.end(), std::mt19937(4));
+    return made;
+  }();
+  static std::size_t position = 0;
+  position = (position + 1) % findings.size();
+  return *findings[position];
+}
+
+template <typename Renderer>
+void registerRenderer(const std::string& who, const Findings& findings,
+                      const std::vector<std::string>& expected) {
+  require(textsOf<Renderer>(findings) == expected, who + " renders other texts");
+  forEachCall<Renderer>([&who](const std::string& name, auto call) {
+    measure(name + "/" + who, {1}, [call] { keepText(call()); });
+  });
+  measure("findings, hot/" + who, {hotFindings},
+          [&findings] { renderFirst<Renderer>(findings, hotFindings); });
+  measure("findings, in order/" + who, {findings.size()},
+          [&findings] { renderFirst<Renderer>(findings, findings.size()); });
+  measure("findings, cold/" + who, {1}, [] { render<Renderer>(nextColdFinding(), keepText); });
+}
+
+// The least that rendering can cost: an allocation and a copy for each text.
+void registerFloor(const Findings& findings) {
+  const auto copy = [](const std::string& text) { keepText({text.data(), text.size()}); };
+  forEachCall<Converter>([copy](const std::string& name, auto call) {
+    measure(name + "/one copy", {1}, [copy, text = call()] { copy(text); });
+  });
+  std::vector<std::string> texts;
+  for (std::size_t i = 0; i < hotFindings; ++i) {
+    render<Converter>(*findings[i], [&texts](std::string text) { texts.push_back(text); });
+  }
+  measure("findings, hot/one copy", {hotFindings},
+          [copy, texts] { std::for_each(texts.begin(), texts.end(), copy); });
+}
+
+}  // namespace
+}  // namespace benchmarks
 
 int main(int count, char** arguments) {
-  const benchmarks::Findings findings = benchmarks::makeFindings(10000);
-  const benchmarks::Findings scattered = benchmarks::makeScatteredFindings();
-  try {
-    benchmarks::requireEqualTexts(findings);
-    benchmarks::registerCalls();
-    benchmarks::registerNumbers();
-    benchmarks::registerReports(findings, scattered);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "%s: %s\n", arguments[0], error.what());
-    return 1;
-  }
-  return benchmarks::runBenchmarks(count, arguments);
+  using namespace benchmarks;
+  const Findings findings = makeFindings(10000);
+  nextColdFinding();  // makes them
+  return runBenchmarks(count, arguments, [&findings] {
+    const std::vector<std::string> expected = textsOf<vok::rulecheck::Converter>(findings);
+    registerRenderer<vok::rulecheck::Converter>("Converter", findings, expected);
+    registerRenderer<Rendering<Concatenation>>("concatenation", findings, expected);
+    registerRenderer<Rendering<Format>>("{fmt}", findings, expected);
+    registerRenderer<Rendering<Streams>>("string streams", findings, expected);
+    registerFloor(findings);
+    registerNumbers();
+  });
 }

@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <string>
 
-#include "rendering/calls.h"
-#include "support/measure.h"
+#include "measure.h"
+#include "rendering/numbers.h"
 
 namespace benchmarks {
 
@@ -41,7 +41,7 @@ void registerNumber(const std::string& digits, double number) {
   });
 }
 
-// In another rounding mode than the usual one.
+// The C library formats doubles in other rounding modes than the usual one.
 void registerUpward(const std::string& digits, double number) {
   const std::string name = "double " + digits + ", rounding upward/Converter";
   const auto run = [scalar = scalarOf(number)](benchmark::State& state) {
