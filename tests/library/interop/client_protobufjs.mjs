@@ -1,177 +1,30 @@
-// The client of protobufjs. See README.md for what it is asked and what it answers.
+// The client of protobufjs.
 
-import { writeSync } from 'node:fs';
 import Long from 'long';
 import protobuf from 'protobufjs/minimal.js';
 import { vok } from './RuleService.js';
-import { answerLines, check, readInto } from './streams.mjs';
+import { run } from './javascript.mjs';
 
 const pb = vok.rulecheck;
-const keepUnknown = process.argv.includes('--keep-unknown');
+const [command, keeping] = process.argv.slice(2).reverse();
 
-// Reading and writing
-
-const parsed = (type, data, keep) => {
-  const reader = protobuf.Reader.create(data);
-  if (keep) reader.discardUnknown = false;
-  return type.decode(reader);
-};
-
-const copy = (type, data, keep) => {
-  let message;
-  try {
-    message = parsed(type, data, keep);
-  } catch (error) {
-    return `unreadable ${error.message}`;
-  }
-  try {
-    return `ok ${Buffer.from(type.encode(message).finish()).toString('hex')}`;
-  } catch (error) {
-    return `unwritable ${error.message}`;
-  }
-};
-
-const text = (data) => {
-  try {
-    return `text ${Buffer.from(parsed(pb.Link, data).linkText).toString('hex')}`;
-  } catch (error) {
-    return `unreadable ${error.message}`;
-  }
-};
-
-const answer = (line) => {
-  const [operation, type, digits] = line.split(' ');
-  const data = Buffer.from(digits, 'hex');
-  const reply =
-    operation === 'text' ? text(data) : copy(pb[type], data, operation === 'copy' && keepUnknown);
-  return reply.trim().replaceAll(/\s+/g, ' ');
-};
-
-// A conversation with a server
-
-const rule = () => {
-  const url = { scheme: pb.Resource.Scheme.HTTPS, host: 'host.example', path: '/width' };
-  const ruleSpec = {
-    key: 'WIDTH',
-    fullName: 'Width of a bus',
-    rawMsg: '%1 has %2: %3',
-    resolutionMsg: 'Make it narrower.',
-    severity: pb.Violation.Severity.SEV_WARNING,
-    categories: { 2: 'timing', '-1': 'unsorted' },
-    dynamicCategories: { 7: true },
-    examples: { uri: [{ linkText: 'manual', url }] },
-  };
-  return { type: pb.Request.RequestType.UPSERT_RULESPEC, upsertRulespec: { ruleSpec } };
-};
-
-const session = () => {
-  const reportFile = { scheme: pb.Resource.Scheme.FILE, path: '/reports/nightly.html' };
-  return {
-    type: pb.Request.RequestType.START_SESSION,
-    startSession: { name: 'nightly', pid: 4711, uuid: 's-1', reportFile },
-  };
-};
-
-const violation = () => {
-  const url = { scheme: pb.Resource.Scheme.FILE, path: '/rtl/fifo.v', fragment: 'L12' };
-  const createViolation = {
-    ruleKey: 'WIDTH',
-    sessionUuid: 's-1',
-    severity: pb.Violation.Severity.SEV_CRITICAL_WARNING,
-    args: {
-      arg: [
-        { ref: { type: pb.Reference.RefType.PORT, name: 'clk', id: -1, url } },
-        { scalar: { intVal: Long.fromString('-9007199254740993') } },
-        { stringVal: 'naïve – ✓ 🙂' },
-      ],
+run(
+  command,
+  {
+    ...pb.Resource.Scheme,
+    ...pb.Violation.Severity,
+    ...pb.Request.RequestType,
+    PORT: pb.Reference.RefType.PORT,
+  },
+  {
+    parse: (type, data) => {
+      const reader = protobuf.Reader.create(data);
+      if (keeping) reader.discardUnknown = false;
+      return pb[type].decode(reader);
     },
-    actualValue: { doubleVal: 187.5, units: 'MHz' },
-    thresholdValue: { intVal: Long.fromString('9223372036854775807') },
-    dynamicCategoryValues: { 7: 'team α' },
-  };
-  return { type: pb.Request.RequestType.CREATE_VIOLATION, createViolation };
-};
-
-const has = (message, name) => Object.hasOwn(message, name);
-
-const statusFacts = (response) => [
-  ['type', response.type, pb.Response.ResponseType.STATUS_RESPONSE],
-  ['status.code', response.status.code, 0],
-  ['status.msg', response.status.msg, 'rule stored'],
-  ['has_error', has(response, 'error'), false],
-];
-
-const sessionFacts = (response) => {
-  const opened = response.session;
-  return [
-    ['type', response.type, pb.Response.ResponseType.SESSION],
-    ['session.name', opened.name, 'nightly'],
-    ['session.uuid', opened.uuid, 's-1'],
-    ['session.has_description', has(opened, 'description'), false],
-    ['session.timestamp', String(opened.timestamp), '1700000000123'],
-    ['session.report_file.scheme', opened.reportFile.scheme, pb.Resource.Scheme.FILE],
-    ['session.report_file.path', opened.reportFile.path, '/reports/nightly.html'],
-    ['session.has_proto_file', has(opened, 'protoFile'), false],
-  ];
-};
-
-const violationFacts = (response) => {
-  const found = response.violation;
-  const [link] = found.examples.uri;
-  const [port, number, words] = found.details.args.arg;
-  return [
-    ['type', response.type, pb.Response.ResponseType.VIOLATION],
-    ['id', found.id, 1],
-    ['severity', found.severity, pb.Violation.Severity.SEV_CRITICAL_WARNING],
-    ['rule_key', found.ruleKey, 'WIDTH'],
-    ['examples.uri', found.examples.uri.length, 1],
-    ['examples.uri.link_text', link.linkText, 'manual'],
-    ['examples.uri.url.scheme', link.url.scheme, pb.Resource.Scheme.HTTPS],
-    ['examples.uri.url.host', link.url.host, 'host.example'],
-    ['examples.uri.url.has_port', has(link.url, 'port'), false],
-    ['examples.uri.url.path', link.url.path, '/width'],
-    ['has_build_target', has(found, 'buildTarget'), false],
-    ['has_expects', has(found, 'expects'), false],
-    ['actual_value.has_int_val', has(found.actualValue, 'intVal'), false],
-    ['actual_value.double_val', found.actualValue.doubleVal, 187.5],
-    ['actual_value.units', found.actualValue.units, 'MHz'],
-    ['threshold_value.int_val', String(found.thresholdValue.intVal), '9223372036854775807'],
-    ['details.text', found.details.text, '%1 has %2: %3'],
-    ['arg', found.details.args.arg.length, 3],
-    ['arg.ref.type', port.ref.type, pb.Reference.RefType.PORT],
-    ['arg.ref.name', port.ref.name, 'clk'],
-    ['arg.ref.id', port.ref.id, -1],
-    ['arg.ref.url.scheme', port.ref.url.scheme, pb.Resource.Scheme.FILE],
-    ['arg.ref.url.path', port.ref.url.path, '/rtl/fifo.v'],
-    ['arg.ref.url.fragment', port.ref.url.fragment, 'L12'],
-    ['arg.scalar.int_val', String(number.scalar.intVal), '-9007199254740993'],
-    ['arg.string_val', words.stringVal, 'naïve – ✓ 🙂'],
-    ['resolution.text', found.resolution.text, 'Make it narrower.'],
-    ['resolution.has_args', has(found.resolution, 'args'), false],
-    ['categories', { ...found.categories }, { '-1': 'unsorted', 2: 'timing', 7: 'team α' }],
-  ];
-};
-
-const received = () => {
-  const prefix = [];
-  do {
-    prefix.push(...readInto(Buffer.alloc(1)));
-  } while (prefix.at(-1) > 127);
-  const length = protobuf.Reader.create(Uint8Array.from(prefix)).uint32();
-  return pb.Response.decode(readInto(Buffer.alloc(length)));
-};
-
-const ask = (request) => {
-  writeSync(1, pb.Request.encodeDelimited(request).finish());
-  return received();
-};
-
-if (process.argv.includes('converse')) {
-  check([
-    ...statusFacts(ask(rule())),
-    ...sessionFacts(ask(session())),
-    ...violationFacts(ask(violation())),
-  ]);
-} else {
-  answerLines(answer);
-}
+    write: (type, message) => pb[type].encode(message).finish(),
+    delimited: (request) => pb.Request.encodeDelimited(request).finish(),
+    has: (message, field) => Object.hasOwn(message, field),
+    long: Long.fromString,
+  },
+);
