@@ -25,7 +25,7 @@ class BuildError(Exception):
 def dump(source, build, *options):
     """Builds the library of a source tree; what its interface is, as text.
 
-    Nothing is optimised: what is inlined or folded would show. Neither the exported
+    Nothing is optimized: what is inlined or folded would show. Neither the exported
     symbols nor any layout depend on that.
     """
     flags = f'-O0 -g "-ffile-prefix-map={build}=build" "-ffile-prefix-map={source}=."'

@@ -84,7 +84,7 @@ class Statics(LifeTest):
     def test_of_a_library_that_is_linked_after_ours(self):
         self.expect_use("life_statics_after", "needing_library")
 
-    def test_of_a_library_that_is_initialised_before_ours(self):
+    def test_of_a_library_that_is_initialized_before_ours(self):
         self.expect_use("life_statics_first", "other_library")
         log = self.run_program("env", "LD_DEBUG=files", PROGRAMS / "life_statics_first").stderr
         self.assertEqual(re.findall(r"calling init: .*(other_library|vok_rulecheck)\.so", log),

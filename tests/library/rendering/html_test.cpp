@@ -88,7 +88,7 @@ const HtmlCase linkCases[] = {
      "url { scheme: FILE path: '/r' media_type: '' }", "<a href=\"file:///r\"></a>"},
     {"without a media type the text is link", "url { scheme: FILE path: '/r' }",
      "<a href=\"file:///r\">link</a>"},
-    {"inline data is labelled by its media type",
+    {"inline data is labeled by its media type",
      "url { scheme: DATA media_type: 'text/plain' data: 'hi' }",
      "<a href=\"data:text/plain,hi\">text/plain</a>"},
     {"inline HTML drops the text",
