@@ -3,57 +3,48 @@
 #include <google/protobuf/descriptor.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
-#include <iterator>
 #include <limits>
 
 namespace fuzz {
 
 using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
-using google::protobuf::Reflection;
 
-Mutation::Mutation(unsigned seed, const Words& words) : random_(seed), words_(words) {}
+namespace {
 
-std::size_t Mutation::below(std::size_t count) {
-  return std::uniform_int_distribution<std::size_t>(0, count - 1)(random_);
+bool isMessage(const FieldDescriptor* field) {
+  return field->cpp_type() == FieldDescriptor::CPPTYPE_MESSAGE;
 }
+
+}  // namespace
 
 void Mutation::change(Message* message) {
   const auto* descriptor = message->GetDescriptor();
-  const int index = static_cast<int>(below(static_cast<std::size_t>(descriptor->field_count())));
-  const FieldDescriptor* field = descriptor->field(index);
-  const Reflection* reflection = message->GetReflection();
+  const auto count = static_cast<std::size_t>(descriptor->field_count());
+  const FieldDescriptor* field = descriptor->field(static_cast<int>(below(count)));
   if (field->is_repeated()) {
     changeList(message, field);
-  } else if (!reflection->HasField(*message, field)) {
-    set(message, field);
-  } else if (oneIn(5)) {
-    reflection->ClearField(message, field);
-  } else if (field->cpp_type() == FieldDescriptor::CPPTYPE_MESSAGE) {
-    change(reflection->MutableMessage(message, field));
+  } else if (message->GetReflection()->HasField(*message, field) && oneIn(5)) {
+    message->GetReflection()->ClearField(message, field);
   } else {
     set(message, field);
   }
 }
 
 void Mutation::changeList(Message* message, const FieldDescriptor* field) {
-  const Reflection* reflection = message->GetReflection();
+  const auto* reflection = message->GetReflection();
   const int size = reflection->FieldSize(*message, field);
   if (size == 0 || oneIn(3)) {
     add(message, field);
     return;
   }
-  const int index = static_cast<int>(below(static_cast<std::size_t>(size)));
-  if (oneIn(3)) {
-    reflection->SwapElements(message, field, index, size - 1);
-    reflection->RemoveLast(message, field);
-  } else if (field->cpp_type() == FieldDescriptor::CPPTYPE_MESSAGE) {
-    change(reflection->MutableRepeatedMessage(message, field, index));
+  reflection->SwapElements(message, field, static_cast<int>(below(static_cast<std::size_t>(size))),
+                           size - 1);
+  if (isMessage(field) && !oneIn(3)) {
+    change(reflection->MutableRepeatedMessage(message, field, size - 1));
   } else {
-    reflection->SetRepeatedString(
-        message, field, index, text(field, reflection->GetRepeatedString(*message, field, index)));
+    reflection->RemoveLast(message, field);
   }
 }
 
@@ -66,7 +57,7 @@ void Mutation::fill(Message* message) {
     }
     if (field->is_repeated()) {
       add(message, field);
-    } else if (field->cpp_type() == FieldDescriptor::CPPTYPE_MESSAGE) {
+    } else if (isMessage(field)) {
       fill(message->GetReflection()->MutableMessage(message, field));
     } else {
       set(message, field);
@@ -76,27 +67,26 @@ void Mutation::fill(Message* message) {
 
 void Mutation::complete(Message* message) {
   const auto* descriptor = message->GetDescriptor();
-  const Reflection* reflection = message->GetReflection();
+  const auto* reflection = message->GetReflection();
   for (int i = 0; i < descriptor->field_count(); ++i) {
     const FieldDescriptor* field = descriptor->field(i);
+    if (field->is_repeated()) {
+      for (int j = 0; isMessage(field) && j < reflection->FieldSize(*message, field); ++j) {
+        complete(reflection->MutableRepeatedMessage(message, field, j));
+      }
+      continue;
+    }
     if (field->is_required() && !reflection->HasField(*message, field)) {
       set(message, field);
     }
-    if (field->cpp_type() != FieldDescriptor::CPPTYPE_MESSAGE) {
-      continue;
-    }
-    if (field->is_repeated()) {
-      for (int j = 0; j < reflection->FieldSize(*message, field); ++j) {
-        complete(reflection->MutableRepeatedMessage(message, field, j));
-      }
-    } else if (reflection->HasField(*message, field)) {
+    if (isMessage(field) && reflection->HasField(*message, field)) {
       complete(reflection->MutableMessage(message, field));
     }
   }
 }
 
 void Mutation::set(Message* message, const FieldDescriptor* field) {
-  const Reflection* reflection = message->GetReflection();
+  const auto* reflection = message->GetReflection();
   switch (field->cpp_type()) {
     case FieldDescriptor::CPPTYPE_MESSAGE:
       change(reflection->MutableMessage(message, field));
@@ -124,79 +114,53 @@ void Mutation::set(Message* message, const FieldDescriptor* field) {
 }
 
 void Mutation::add(Message* message, const FieldDescriptor* field) {
-  const Reflection* reflection = message->GetReflection();
-  if (field->cpp_type() == FieldDescriptor::CPPTYPE_STRING) {
-    reflection->AddString(message, field, text(field, ""));
-  } else {
+  const auto* reflection = message->GetReflection();
+  if (isMessage(field)) {
     fill(reflection->AddMessage(message, field));
+  } else {
+    reflection->AddString(message, field, text(field, ""));
   }
 }
 
-const std::vector<std::string>& Mutation::wordsFor(const FieldDescriptor* field) {
+std::string Mutation::text(const FieldDescriptor* field, std::string current) {
+  if (oneIn(5)) {
+    change(&current);
+    return current;
+  }
   const std::string name(field->name());
   auto found = words_.find(std::string(field->containing_type()->name()) + "." + name);
   if (found == words_.end()) {
     found = words_.find(name);
   }
-  return found == words_.end() || oneIn(5) ? words_.at("") : found->second;
-}
-
-std::string Mutation::text(const FieldDescriptor* field, const std::string& current) {
-  if (!oneIn(5)) {
-    const auto& words = wordsFor(field);
-    return words[below(words.size())];
-  }
-  if (oneIn(3)) {
-    return std::string(below(80), 'n');
-  }
-  std::string changed = current;
-  change(&changed);
-  return changed;
+  const auto& words = found == words_.end() || oneIn(5) ? words_.at("") : found->second;
+  return words[below(words.size())];
 }
 
 void Mutation::change(std::string* bytes) {
-  constexpr std::size_t kGrowth = 8;
   const std::size_t size = bytes->size();
-  bytes->resize(size + kGrowth);
+  bytes->resize(size + 8);
   bytes->resize(
       LLVMFuzzerMutate(reinterpret_cast<std::uint8_t*>(&(*bytes)[0]), size, bytes->size()));
 }
 
+// Of any length, often small, and now and then an extreme.
 std::int64_t Mutation::number() {
-  using Limits = std::numeric_limits<std::int64_t>;
-  using Limits32 = std::numeric_limits<std::int32_t>;
-  const std::int64_t remarkable[] = {Limits::min(), Limits::max(), Limits32::min(), Limits32::max(),
-                                     Limits32::max() + std::int64_t{1}};
-  if (oneIn(4)) {
-    return remarkable[below(std::size(remarkable))];
+  const auto bits = static_cast<std::int64_t>(random_() >> 1 >> below(63));
+  switch (below(8)) {
+    case 0: return std::numeric_limits<std::int64_t>::min();
+    case 1: return std::numeric_limits<std::int32_t>::min();
+    case 2: return -bits;
+    default: return oneIn(2) ? bits : static_cast<std::int64_t>(below(10));
   }
-  return static_cast<std::int64_t>(below(oneIn(4) ? Limits32::max() : 10)) - 2;
 }
 
+// Any bits, or a number that can be halfway between two texts.
 double Mutation::real() {
-  using Limits = std::numeric_limits<double>;
-  const double remarkable[] = {0.0,
-                               0.5,
-                               2.5,
-                               0.9999995,
-                               1e20,
-                               Limits::max(),
-                               Limits::min(),
-                               Limits::denorm_min(),
-                               Limits::infinity(),
-                               Limits::quiet_NaN()};
-  const double sign = oneIn(2) ? 1 : -1;
-  const auto whole = static_cast<double>(below(std::size_t{1} << below(53)));
-  switch (below(4)) {
-    case 0: return sign * remarkable[below(std::size(remarkable))];
-    case 1: return sign * whole / std::pow(10, static_cast<int>(below(12)));
-    case 2:  // halfway between two texts
-      return sign * (whole + static_cast<double>(2 * below(64) + 1) / 128);
-    default: break;
+  const std::uint64_t bits = random_();
+  double number = static_cast<double>(static_cast<std::int64_t>(bits) >> below(64)) / 128;
+  if (oneIn(3)) {
+    std::memcpy(&number, &bits, sizeof number);
   }
-  const std::uint64_t bits = std::uint64_t{random_()} << 32 | random_();
-  double number = 0;
-  std::memcpy(&number, &bits, sizeof number);
   return number;
 }
 

@@ -1,5 +1,5 @@
-// Changes of messages that keep them messages, for fuzzers whose input holds some:
-// a changed byte mostly leaves bytes that can't be parsed.
+// Changes of messages that keep them messages, for fuzzers whose input holds some: a changed byte
+// mostly leaves bytes that cannot be parsed.
 
 #ifndef VOK_FUZZ_MUTATION_H_
 #define VOK_FUZZ_MUTATION_H_
@@ -13,37 +13,36 @@
 #include <string>
 #include <vector>
 
-// What a fuzzer calls to get the next input, if it is there; the mutation of bytes
-// that libFuzzer offers for its use.
+// libFuzzer calls the first function for the next input, and offers the second one.
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
                                                std::size_t maxSize, unsigned seed);
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t maxSize);
 
 namespace fuzz {
 
-// Texts that fields often get: by "MESSAGE.FIELD" or else by the name of the field, and
-// under "" for any field.
+// Texts that fields often get: by "MESSAGE.FIELD" or else by the name of the field, and under ""
+// for any field.
 using Words = std::map<std::string, std::vector<std::string>>;
 
 class Mutation {
  public:
   // Refers to the words.
-  Mutation(unsigned seed, const Words& words);
+  Mutation(unsigned seed, const Words& words) : random_(seed), words_(words) {}
 
   // Changes one field of the message or of a message in it.
   void change(google::protobuf::Message* message);
 
-  // Sets most of the fields, in messages in it too.
-  void fill(google::protobuf::Message* message);
-
-  // Sets the required fields that are absent.
-  void complete(google::protobuf::Message* message);
-
   // Changes bytes in any way.
   void change(std::string* bytes);
 
+  // Sets most of the fields, in messages in it too.
+  void fill(google::protobuf::Message* message);
+
+  // Sets the required fields that are absent, in messages in it too.
+  void complete(google::protobuf::Message* message);
+
   bool oneIn(std::size_t count) { return below(count) == 0; }
-  std::size_t below(std::size_t count);
+  std::size_t below(std::size_t count) { return random_() % count; }
 
  private:
   using Field = google::protobuf::FieldDescriptor;
@@ -51,17 +50,16 @@ class Mutation {
   void changeList(google::protobuf::Message* message, const Field* field);
   void set(google::protobuf::Message* message, const Field* field);
   void add(google::protobuf::Message* message, const Field* field);
-  const std::vector<std::string>& wordsFor(const Field* field);
-  std::string text(const Field* field, const std::string& current);
+  std::string text(const Field* field, std::string current);
   std::int64_t number();
   double real();
 
-  std::mt19937 random_;
+  std::mt19937_64 random_;
   const Words& words_;
 };
 
-// Copies the bytes to an input of at most that size and returns their number; where
-// they are too many, the input is changed as bytes instead.
+// Copies the bytes to an input of at most that size and returns their number. If they are too many,
+// the input is changed as bytes instead.
 std::size_t put(const std::string& bytes, std::uint8_t* data, std::size_t size,
                 std::size_t maxSize);
 

@@ -1,16 +1,11 @@
-// The main function of a target without a fuzzer: replays inputs. The arguments
-// are files, and folders whose files are taken.
-//
-// The input that is replayed is named before it is: the last name printed is that
-// of the input that ended the process.
+// The main function of a target without a fuzzer: replays files, and the files of folders. Each
+// name is printed before its input is replayed, so the last one ended the process.
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <string>
-#include <vector>
 
 #include "target.h"
 
@@ -18,42 +13,32 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<fs::path> filesOf(const fs::path& path) {
-  if (!fs::is_directory(path)) {
-    return {path};
-  }
-  std::vector<fs::path> files;
-  for (const auto& entry : fs::recursive_directory_iterator(path)) {
-    if (entry.is_regular_file()) {
-      files.push_back(entry.path());
-    }
-  }
-  std::sort(files.begin(), files.end());
-  return files;
-}
+int count = 0;
 
 bool replay(const fs::path& path) {
+  if (fs::is_directory(path)) {
+    for (const auto& entry : fs::directory_iterator(path)) {
+      if (!replay(entry.path())) {
+        return false;
+      }
+    }
+    return true;
+  }
   std::cout << path.string() << std::endl;
   std::ifstream in(path, std::ios::binary);
-  if (!in) {
-    return false;
-  }
   const std::string input{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
   LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
-  return true;
+  ++count;
+  return in.good() || in.eof();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  int count = 0;
-  for (const std::string& argument : std::vector<std::string>(argv + 1, argv + argc)) {
-    for (const fs::path& path : filesOf(argument)) {
-      if (!replay(path)) {
-        std::cerr << "cannot read " << path.string() << "\n";
-        return 2;
-      }
-      ++count;
+  for (int i = 1; i < argc; ++i) {
+    if (!replay(argv[i])) {
+      std::cerr << "cannot read " << argv[i] << "\n";
+      return 2;
     }
   }
   if (count == 0) {

@@ -24,8 +24,8 @@
 #include <set>
 #include <string>
 
-#include "rule_server/rule_server.h"
 #include "fake_environment.h"
+#include "rule_server/rule_server.h"
 
 namespace fuzz {
 

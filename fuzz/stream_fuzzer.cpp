@@ -9,11 +9,11 @@
 
 #include "check.h"
 #include "common/framing.h"
-#include "server_oracle.h"
+#include "fake_environment.h"
 #include "rule_server/rule_server.h"
+#include "server_oracle.h"
 #include "stream_input.h"
 #include "support/messages.h"
-#include "fake_environment.h"
 #include "target.h"
 
 namespace {
