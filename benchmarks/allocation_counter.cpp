@@ -2,8 +2,7 @@
 // the C++ library calls malloc, so it is counted too.
 
 #include <cstddef>
-
-#include "allocations.h"
+#include <cstdint>
 
 extern "C" {
 
@@ -12,7 +11,12 @@ void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* memory, std::size_t size);
 
-static benchmarks::Allocations counted = {0, 0};
+struct Allocations {  // as in measure.h
+  std::uint64_t number;
+  std::uint64_t bytes;
+};
+
+static Allocations counted = {0, 0};
 
 static std::size_t count(std::size_t size) {
   ++counted.number;
@@ -20,7 +24,7 @@ static std::size_t count(std::size_t size) {
   return size;
 }
 
-benchmarks::Allocations countedAllocations() {
+Allocations countedAllocations() {
   return counted;
 }
 

@@ -6,12 +6,18 @@
 #include <benchmark/benchmark.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <stdexcept>
 #include <string>
 
-#include "allocations.h"
+// The allocations since the start of the process. Null unless allocation_counter.cpp is preloaded.
+struct Allocations {
+  std::uint64_t number;
+  std::uint64_t bytes;
+};
+extern "C" __attribute__((weak)) Allocations countedAllocations();
 
 namespace benchmarks {
 

@@ -113,26 +113,10 @@ void fillValue(Random& random, Scalar* value) {
   }
 }
 
-// The argument %3 of a text: mostly a value, sometimes text or a list.
-void fillDetail(Random& random, Arg* detail) {
-  const int kind = random.below(10);
-  if (kind == 0) {
-    detail->set_string_val(random.pick(words));
-  } else if (kind == 1) {
-    for (int i = 0; i < 3; ++i) {
-      Reference* element = detail->mutable_refs()->add_ref();
-      element->set_type(Reference::PORT);
-      element->set_id(random.below(64));
-    }
-  } else {
-    fillValue(random, detail->mutable_scalar());
-  }
-}
-
 void fillArguments(Random& random, ArgList* arguments) {
   fillReference(random, arguments->add_arg()->mutable_ref());
   fillLink(random, arguments->add_arg()->mutable_uri());
-  fillDetail(random, arguments->add_arg());
+  fillValue(random, arguments->add_arg()->mutable_scalar());
 }
 
 // The fields that violations and affirmations share.

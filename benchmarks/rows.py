@@ -47,9 +47,9 @@ def rendering(name, by="Converter"):
 
 # Parsing and serializing
 
-RESULT = ("heap", "reused", "arena", "arena with a first block", "protobuf-c", "RapidJSON", "protozero")
+RESULT = ("heap", "reused", "arena", "arena with a first block", "RapidJSON", "protozero")
 REQUESTS = ("fresh", *RESULT[1:])
-SERIALIZED = ("heap", "fresh", "protobuf-c", "RapidJSON")
+SERIALIZED = ("heap", "fresh", "RapidJSON")
 SIZES = (100, 1000, 10000, 100000)
 OPERATIONS = ("parse/heap", "parse/arena", "serialize/heap")
 ALLOCATORS = ("messages", "jemalloc", "mimalloc", "tcmalloc")

@@ -1,13 +1,12 @@
 // Benchmarks of the library's messages. With ALTERNATIVES also of other sizes and other libraries.
 
-#include "carrying/codec.h"
+#include "carrying/carrying.h"
 
 int main(int count, char** arguments) {
   return benchmarks::runBenchmarks(count, arguments, [] {
     benchmarks::registerMessages();
 #ifdef ALTERNATIVES
     benchmarks::registerGrowth();
-    benchmarks::registerProtobufC();
     benchmarks::registerProtozero();
     benchmarks::registerRapidJson();
 #endif

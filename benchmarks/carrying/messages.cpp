@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "carrying/codec.h"
+#include "carrying/carrying.h"
 
 namespace benchmarks {
 

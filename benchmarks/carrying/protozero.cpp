@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "carrying/codec.h"
+#include "carrying/carrying.h"
 
 namespace benchmarks {
 

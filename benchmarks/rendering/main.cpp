@@ -3,19 +3,19 @@
 #include <vok/rulecheck/Converter.h>
 
 #include <algorithm>
+#include <cfenv>
+#include <cstdio>
+#include <cstdlib>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "measure.h"
 #include "messages.h"
-#include "rendering/numbers.h"
 #include "rendering/styles.h"
 
 namespace benchmarks {
 namespace {
-
-using namespace vok::rulecheck;
 
 constexpr std::size_t hotFindings = 100;
 
@@ -150,6 +150,39 @@ void registerFloor(const Findings& findings) {
           [copy, texts] { std::for_each(texts.begin(), texts.end(), copy); });
 }
 
+std::string printed(double number) {
+  char text[400];
+  const int length = std::snprintf(text, sizeof text, "%f", number);
+  return std::string(text, static_cast<std::size_t>(length));
+}
+
+// Doubles, against snprintf. In other rounding modes than the usual one the C library formats them.
+void registerDoubles() {
+  for (const char* const digits : {"0.5", "1.234567", "350.25", "1e20", "1e300", "5e-324"}) {
+    const std::string name = std::string("double ") + digits;
+    const double number = std::strtod(digits, nullptr);
+    Scalar scalar;
+    scalar.set_double_val(number);
+    require(Converter::toString(scalar) == printed(number),
+            name + " is not printed as by snprintf");
+    const auto render = [scalar] { keepText(Converter::toString(scalar)); };
+    measure(name + "/Converter", {1}, render);
+    measure(name + "/snprintf", {1}, [number]() mutable {
+      benchmark::DoNotOptimize(number);
+      keepText(printed(number));
+    });
+    benchmark::RegisterBenchmark((name + ", rounding upward/Converter").c_str(),
+                                 [render](benchmark::State& state) {
+                                   std::fesetround(FE_UPWARD);
+                                   for (auto _ : state) {
+                                     render();
+                                   }
+                                   std::fesetround(FE_TONEAREST);
+                                   state.counters["items"] = 1;
+                                 });
+  }
+}
+
 }  // namespace
 }  // namespace benchmarks
 
@@ -158,12 +191,12 @@ int main(int count, char** arguments) {
   const Findings findings = makeFindings(10000);
   nextColdFinding();  // makes them
   return runBenchmarks(count, arguments, [&findings] {
-    const std::vector<std::string> expected = textsOf<vok::rulecheck::Converter>(findings);
-    registerRenderer<vok::rulecheck::Converter>("Converter", findings, expected);
+    const std::vector<std::string> expected = textsOf<Converter>(findings);
+    registerRenderer<Converter>("Converter", findings, expected);
     registerRenderer<Rendering<Concatenation>>("concatenation", findings, expected);
     registerRenderer<Rendering<Format>>("{fmt}", findings, expected);
     registerRenderer<Rendering<Streams>>("string streams", findings, expected);
     registerFloor(findings);
-    registerNumbers();
+    registerDoubles();
   });
 }
