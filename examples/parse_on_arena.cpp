@@ -17,8 +17,8 @@ class ResultReader {
  public:
   ResultReader() : block_(1 << 20), arena_(options(&block_)) {}
 
-  // Returns null if the bytes are malformed or incomplete. The result is the arena's: nobody
-  // deletes it, and the next call ends it.
+  // Returns null if the bytes are malformed or incomplete. The arena owns the result, until the
+  // next call.
   const SessionResult* read(const std::string& bytes) {
     arena_.Reset();
     SessionResult* result = SessionResult::default_instance().New(&arena_);

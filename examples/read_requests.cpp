@@ -14,7 +14,7 @@ using vok::rulecheck::Request;
 enum class Frame { Read, End, Bad };
 
 // Reads the next message. It is bad if the stream ends within it, and if it is longer than
-// maxBytes, malformed or incomplete. After a bad one nobody knows where the next one begins.
+// maxBytes, malformed or incomplete. After a bad one the start of the next one is unknown.
 Frame readFrame(google::protobuf::io::ZeroCopyInputStream* stream, int maxBytes,
                 google::protobuf::MessageLite* message) {
   google::protobuf::io::CodedInputStream in(stream);

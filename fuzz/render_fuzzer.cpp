@@ -72,7 +72,7 @@ class Settings {
   std::unique_ptr<GroupingLocale> grouping_;
 };
 
-// Puts a number that need not be listed in the place of schemes and kinds.
+// Replaces schemes and kinds by a number, which an enumeration may not list.
 struct Renumbering {
   void apply(Resource* resource) const {
     resource->set_scheme(static_cast<Resource_Scheme>(number));

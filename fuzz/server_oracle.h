@@ -1,7 +1,7 @@
-// What a rule server has acknowledged, kept beside it, for comparison with what it
-// answers later. Whatever does not fit ends the process with a sentence.
+// Remembers what a rule server has acknowledged, and compares it with later answers. Whatever does
+// not agree ends the process with a sentence.
 //
-// What has to hold:
+// What must hold:
 //   * Each response is complete and has the body of its type and no other. An error
 //     has a listed code and one line of text.
 //   * Requests that succeed are answered with the body that belongs to their type.

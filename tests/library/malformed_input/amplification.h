@@ -21,7 +21,7 @@ std::size_t memoryToRead(const google::protobuf::Message& prototype, const std::
 // Bytes of a message type that take much memory.
 struct Flood {
   std::string bytes;
-  std::string repeated;  // the path of the field that stands in them many times
+  std::string repeated;  // the path of the field that they repeat
   std::size_t memory = 0;
 
   double ratio() const { return static_cast<double>(memory) / static_cast<double>(bytes.size()); }

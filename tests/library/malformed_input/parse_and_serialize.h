@@ -1,4 +1,4 @@
-// What becomes of bytes that may come from anybody.
+// Parses and serializes untrusted bytes.
 
 #ifndef VOK_TESTS_LIBRARY_MALFORMED_INPUT_PARSE_AND_SERIALIZE_H_
 #define VOK_TESTS_LIBRARY_MALFORMED_INPUT_PARSE_AND_SERIALIZE_H_

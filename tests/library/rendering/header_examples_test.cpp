@@ -56,7 +56,7 @@ int depthOf(const std::string& text) {
 }
 
 // The examples are the comment lines indented by three spaces; one ends with the
-// line on which its braces are balanced and a result stands in double quotes.
+// line on which its braces are balanced and a result is in double quotes.
 std::vector<Example> examplesIn(const std::vector<std::string>& comment) {
   const std::regex last(R"re((.*[})])(?:, "A")? {2,}"(.*)"(?:  \(.*\))?)re");
   const std::regex onlyResult(R"re((.*[})])(?:, "A")? +"(.*)"(?:  \(.*\))?)re");
