@@ -38,10 +38,10 @@ class Coverage(ProgramTest):
         for option in ["--help", "-h"]:
             ended = self.run_program(COVERAGE, option)
             self.assertEqual((ended.returncode, ended.stderr), (0, ""))
-            self.assertTrue(ended.stdout.startswith("Usage: tools/coverage [--all]\n"))
+            self.assertTrue(ended.stdout.startswith("Usage: tools/coverage\n"))
 
     def test_unknown_argument(self):
-        for words in [["--nosuch"], ["all"], ["--all", "more"]]:
+        for words in [["--nosuch"], ["all"]]:
             with self.subTest(words):
                 self.assert_refused(
                     self.run_program(COVERAGE, *words),

@@ -95,6 +95,10 @@ prepare_builds() {
     flock 9
   fi
   export VOK_BUILDS_LOCKED=$root
+  if command -v ccache > /dev/null; then
+    export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}
+    export CCACHE_BASEDIR=${CCACHE_BASEDIR-$root}
+  fi
   for cache in "$root"/build/*/CMakeCache.txt; do
     # A build folder that was copied here would build the other checkout's sources.
     if [[ -e $cache && ! "$(sed -n 's/^CMAKE_CACHEFILE_DIR:INTERNAL=//p' "$cache")" -ef ${cache%/*} ]]; then
