@@ -35,6 +35,11 @@ void* operator new(std::size_t size) {
   return block;
 }
 
+// AddressSanitizer has one of its own, whose memory free() must not get.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return std::malloc(size);
+}
+
 // Inlined, GCC takes the call of free() for a mistake.
 [[gnu::noinline]] void operator delete(void* block) noexcept {
   std::free(block);
