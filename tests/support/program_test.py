@@ -15,7 +15,7 @@ class ProgramTest(unittest.TestCase):
     def run_program(self, *words):
         return subprocess.run(
             [str(word) for word in words], cwd=self.folder, capture_output=True, text=True,
-            check=False)
+            check=False, timeout=300)
 
     def assert_refused(self, ended, line):
         """The program said that line and nothing else, with exit status 2."""

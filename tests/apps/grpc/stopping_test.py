@@ -180,6 +180,12 @@ class Sockets(ServerTest):
         self.assertEqual(server.stop(), ENDED_WELL)
         self.assert_works(successor)
 
+    def test_are_not_taken_while_the_folder_is_locked(self):
+        folder = os.open(self.folder, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        fcntl.flock(folder, fcntl.LOCK_EX)
+        self.assert_not_taken("the folder cannot be locked: Resource temporarily unavailable")
+
     def test_are_taken_by_one_of_many_that_start_at_once(self):
         self.server().kill()
         starting = [subprocess.Popen(
