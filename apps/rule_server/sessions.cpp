@@ -67,7 +67,8 @@ Finding makeFinding(const Rule& rule, const CreateAffirmation& body, const Affir
 
 void Findings::add(Finding finding) {
   if (size_ % kBlock == 0) {
-    blocks_.push_back(std::shared_ptr<Finding[]>(new Finding[kBlock]));
+    // GCC 12 destroys the findings twice if "new Finding[kBlock]" is the argument and memory lacks.
+    blocks_.push_back(std::make_unique<Finding[]>(kBlock));
   }
   blocks_.back().get()[size_ % kBlock] = std::move(finding);
   ++size_;
