@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "check.h"
-#include "support/completeness.h"
 #include "support/message_types.h"
 #include "support/messages.h"
 #include "target.h"

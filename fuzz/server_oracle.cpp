@@ -5,7 +5,6 @@
 #include "check.h"
 #include "rule_server/errors.h"
 #include "rule_server/findings.h"
-#include "support/completeness.h"
 #include "support/messages.h"
 
 namespace fuzz {

@@ -1,5 +1,6 @@
 #include "support/messages.h"
 
+#include <google/protobuf/descriptor.h>
 #include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/wire_format_lite.h>
 
@@ -63,6 +64,32 @@ std::string bytesOf(const Message& message) {
     }
   }
   return bytes;
+}
+
+bool isComplete(const Message& message) {
+  const auto* type = message.GetDescriptor();
+  const auto* reflection = message.GetReflection();
+  for (int i = 0; i < type->field_count(); ++i) {
+    if (type->field(i)->is_required() && !reflection->HasField(message, type->field(i))) {
+      return false;
+    }
+  }
+  std::vector<const google::protobuf::FieldDescriptor*> fields;
+  reflection->ListFields(message, &fields);
+  for (const auto* field : fields) {
+    if (field->cpp_type() != google::protobuf::FieldDescriptor::CPPTYPE_MESSAGE) {
+      continue;
+    }
+    if (!field->is_repeated() && !isComplete(reflection->GetMessage(message, field))) {
+      return false;
+    }
+    for (int i = 0; field->is_repeated() && i < reflection->FieldSize(message, field); ++i) {
+      if (!isComplete(reflection->GetRepeatedMessage(message, field, i))) {
+        return false;
+      }
+    }
+  }
+  return true;
 }
 
 std::string fromHex(const std::string& digits) {

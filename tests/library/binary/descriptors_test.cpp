@@ -11,7 +11,7 @@
 #include <memory>
 #include <string>
 
-#include "support/counted_allocations.h"
+#include "support/allocations.h"
 #include "support/messages.h"
 
 namespace {

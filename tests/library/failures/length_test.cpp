@@ -9,8 +9,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "allocations.h"
 #include "huge_text.h"
+#include "support/allocations.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "support/counted_allocations.h"
+#include "support/allocations.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <string>
 
-#include "support/counted_allocations.h"
+#include "support/allocations.h"
 
 namespace tests {
 

@@ -1,15 +1,19 @@
-#include "allocations.h"
+#include "support/allocations.h"
 
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <iterator>
 #include <limits>
 #include <new>
 
 // A sanitizer has a malloc of its own, which can't be replaced.
-#ifndef SANITIZED
+#ifdef SANITIZED
+#define VOK_LIBC(function) std::function
+#else
+#define VOK_LIBC(function) __libc_##function
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
@@ -23,7 +27,11 @@ namespace {
 constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
 constexpr std::size_t large = std::size_t{1} << 30;
 
-std::ptrdiff_t outstanding = 0;
+thread_local std::size_t countOfThread = 0;
+thread_local std::size_t bytesOfThread = 0;
+std::atomic<std::ptrdiff_t> outstanding{0};
+std::atomic<std::size_t> taken{0};
+std::atomic<std::size_t> mostTaken{0};
 std::size_t limit = unlimited;
 std::size_t beforeFailure = unlimited;
 bool failed = false;
@@ -44,25 +52,24 @@ bool isToFail(std::size_t size) {
   return true;
 }
 
-void* counted(void* block) {
-  outstanding += block != nullptr ? 1 : 0;
-  return block;
+// Before each block of operator new is its size. Asking the allocator for it would
+// give another answer under a sanitizer.
+constexpr std::size_t header = 16;
+
+// What the C library's allocator takes for a block of that size.
+std::size_t withOverhead(std::size_t size) {
+  return std::max(std::size_t{32}, (size + 8 + 15) / 16 * 16);
 }
 
-void* plainAllocate(std::size_t size) {
-#ifdef SANITIZED
-  return std::malloc(size);
-#else
-  return __libc_malloc(size);
-#endif
-}
-
-void plainFree(void* block) {
-#ifdef SANITIZED
-  std::free(block);
-#else
-  __libc_free(block);
-#endif
+void* allocateSmall(std::size_t size) {
+  auto* const start = static_cast<char*>(VOK_LIBC(malloc)(header + size));
+  if (start == nullptr) {
+    return nullptr;
+  }
+  *reinterpret_cast<std::size_t*>(start) = size;
+  const std::size_t now = taken += withOverhead(size);
+  mostTaken = std::max(mostTaken.load(), now);
+  return start + header;
 }
 
 struct LargeBlock {
@@ -94,14 +101,18 @@ void* allocateLarge(std::size_t size) {
 
 }  // namespace
 
+// The C++ library's other forms of new and delete call these.
 void* operator new(std::size_t size) {
   void* block = nullptr;
   if (!isToFail(size)) {
-    block = counted(size < large ? plainAllocate(size) : allocateLarge(size));
+    block = size < large ? allocateSmall(size) : allocateLarge(size);
   }
   if (block == nullptr) {
     throw std::bad_alloc();
   }
+  ++countOfThread;
+  bytesOfThread += size;
+  ++outstanding;
   return block;
 }
 
@@ -112,7 +123,9 @@ void operator delete(void* block) noexcept {
   --outstanding;
   LargeBlock* const place = findLargeBlock(block);
   if (place == nullptr) {
-    plainFree(block);
+    char* const start = static_cast<char*>(block) - header;
+    taken -= withOverhead(*reinterpret_cast<std::size_t*>(start));
+    VOK_LIBC(free)(start);
     return;
   }
   munmap(place->start, place->size);
@@ -124,6 +137,15 @@ void operator delete(void* block, std::size_t) noexcept {
 }
 
 #ifndef SANITIZED
+namespace {
+
+void* counted(void* block) {
+  outstanding += block != nullptr ? 1 : 0;
+  return block;
+}
+
+}  // namespace
+
 extern "C" {
 
 void* malloc(std::size_t size) noexcept {
@@ -152,8 +174,24 @@ void free(void* block) noexcept {
 
 namespace tests {
 
+std::size_t allocations() {
+  return countOfThread;
+}
+
+std::size_t allocatedBytes() {
+  return bytesOfThread;
+}
+
 std::ptrdiff_t outstandingAllocations() {
   return outstanding;
+}
+
+HeapMeter::HeapMeter() : before_(taken) {
+  mostTaken = before_;
+}
+
+std::size_t HeapMeter::peak() const {
+  return mostTaken - before_;
 }
 
 FailingAllocation::FailingAllocation(std::size_t number) {

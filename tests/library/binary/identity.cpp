@@ -1,4 +1,7 @@
-#include "client.h"
+// A client of the library, as a program and as a plugin: each is compiled from this
+// file, with options of its own. The program checks that both see the library's objects.
+//
+// usage: program PLUGIN
 
 #include <dlfcn.h>
 #include <google/protobuf/descriptor.h>
@@ -13,6 +16,16 @@
 #include <vector>
 
 #include "support/messages.h"
+
+// What a client sees, for each type of message, in the order of declaration.
+struct ClientView {
+  const void* default_instance;
+  const void* descriptor;
+};
+
+// Checks what the client named so sees: prints what is wrong, and returns
+// null then. The array ends in nulls.
+extern "C" const ClientView* clientView(const char* client);
 
 namespace {
 
@@ -136,3 +149,34 @@ extern "C" const ClientView* clientView(const char* client) {
   view.push_back({nullptr, nullptr});
   return failures == 0 ? view.data() : nullptr;
 }
+
+#ifdef PROGRAM
+static const ClientView* viewOfPlugin(const char* path) {
+  void* plugin = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+  if (plugin == nullptr) {
+    std::printf("%s\n", dlerror());
+    return nullptr;
+  }
+  return reinterpret_cast<decltype(&clientView)>(dlsym(plugin, "clientView"))("the plugin");
+}
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    return 2;
+  }
+  const ClientView* own = clientView("the program");
+  const ClientView* other = viewOfPlugin(argv[1]);
+  if (own == nullptr || other == nullptr) {
+    return 1;
+  }
+  int types = 0;
+  for (; own->default_instance != nullptr; ++own, ++other, ++types) {
+    if (own->default_instance != other->default_instance || own->descriptor != other->descriptor) {
+      std::printf("the program and the plugin see different objects of type %d\n", types);
+      return 1;
+    }
+  }
+  std::printf("%d types\n", types);
+  return 0;
+}
+#endif
