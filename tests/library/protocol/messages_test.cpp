@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <google/protobuf/arena.h>
 #include <google/protobuf/descriptor.h>
+#include <google/protobuf/descriptor.pb.h>
 #include <google/protobuf/message.h>
 #include <gtest/gtest.h>
 
@@ -37,17 +38,6 @@ TEST(DefaultInstances, AreTheSameFromEveryThreadBeforeAnyDescriptorIsAskedFor) {
   EXPECT_THAT(seen, testing::Each(expected));
 }
 
-TEST(DefaultInstances, AreReturnedByGettersOfAbsentSubMessages) {
-  EXPECT_EQ(&Link().url(), &Resource::default_instance());
-  EXPECT_EQ(&Arg().ref(), &Reference::default_instance());
-  EXPECT_EQ(&Arg().refs(), &RefList::default_instance());
-  EXPECT_EQ(&Arg().uri(), &Link::default_instance());
-  EXPECT_EQ(&Arg().uris(), &Links::default_instance());
-  EXPECT_EQ(&Arg().scalar(), &Scalar::default_instance());
-  EXPECT_EQ(&Reference().value(), &Scalar::default_instance());
-  EXPECT_EQ(&GetRuleSpecs().session(), &Session::default_instance());
-}
-
 // Every singular message field of every type, through reflection.
 TEST(DefaultInstances, AreReturnedForEveryAbsentSubMessage) {
   int fields = 0;
@@ -66,15 +56,6 @@ TEST(DefaultInstances, AreReturnedForEveryAbsentSubMessage) {
     }
   }
   EXPECT_EQ(fields, 70);
-}
-
-TEST(DefaultInstances, AreThePrototypesOfTheGeneratedFactory) {
-  for (const Message* message : tests::allMessages()) {
-    EXPECT_EQ(google::protobuf::MessageFactory::generated_factory()->GetPrototype(
-                  message->GetDescriptor()),
-              message)
-        << std::string(message->GetDescriptor()->full_name());
-  }
 }
 
 TEST(Messages, AreEmptyWhenNew) {
@@ -206,54 +187,18 @@ TEST(Clear, ReturnsAViolationToItsDefaults) {
   EXPECT_EQ(violation.ByteSizeLong(), 0u);
 }
 
-TEST(Clear, ReturnsARuleSpecToItsDefaults) {
-  auto spec = tests::parse<RuleSpec>("severity: SEV_WARNING disposition: READONLY msg_id: 5");
-  spec.Clear();
-  EXPECT_EQ(spec.severity(), Violation::SEV_FATAL);
-  EXPECT_EQ(spec.disposition(), RuleSpec::ENABLED);
-  EXPECT_EQ(spec.msg_id(), 0);
-  EXPECT_FALSE(spec.has_severity());
-  EXPECT_FALSE(spec.has_disposition());
+TEST(Registration, ServiceIsFoundByItsName) {
+  EXPECT_NE(google::protobuf::DescriptorPool::generated_pool()->FindServiceByName(
+                "vok.rulecheck.RuleCheckService"),
+            nullptr);
 }
 
-TEST(Clear, DropsUnknownFields) {
-  Reference reference;
-  ASSERT_TRUE(reference.ParsePartialFromString(tests::fromHex("08 1d")));
-  reference.Clear();
-  EXPECT_EQ(tests::bytesOf(reference), "");
-}
-
-TEST(Envelope, BodiesOfRequestsAreOneAboveTheirTypes) {
-  const auto* types = Request::RequestType_descriptor();
-  for (int i = 0; i < types->value_count() - 1; ++i) {
-    const int number = types->value(i)->number();
-    std::string name(types->value(i)->name());
-    for (char& c : name) {
-      c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    const FieldDescriptor* body = Request::descriptor()->FindFieldByName(name);
-    ASSERT_NE(body, nullptr) << name;
-    EXPECT_EQ(body->number(), number + 1) << name;
-  }
-  EXPECT_EQ(Request::descriptor()->FindFieldByName("stop_server"), nullptr);
-}
-
-TEST(Envelope, BodiesOfResponsesAreTwoAboveTheirTypes) {
-  struct Row {
-    Response::ResponseType type;
-    const char* body;
-  };
-  const Row rows[] = {
-      {Response::STATUS_RESPONSE, "status"},        {Response::ERROR_RESPONSE, "error"},
-      {Response::AFFIRMATION, "affirmation"},       {Response::SESSION, "session"},
-      {Response::SESSION_RESULT, "session_result"}, {Response::VERSION, "version"},
-      {Response::VIOLATION, "violation"},
-  };
-  for (const Row& row : rows) {
-    const FieldDescriptor* body = Response::descriptor()->FindFieldByName(row.body);
-    ASSERT_NE(body, nullptr) << row.body;
-    EXPECT_EQ(body->number(), row.type + 2) << row.body;
-  }
+TEST(Registration, EmbeddedDescriptorHas9019BytesAndNoSyntaxLine) {
+  google::protobuf::FileDescriptorProto proto;
+  Request::descriptor()->file()->CopyTo(&proto);
+  EXPECT_EQ(proto.name(), "RuleService.proto");
+  EXPECT_EQ(proto.SerializeAsString().size(), 9019u);
+  EXPECT_FALSE(proto.has_syntax());
 }
 
 }  // namespace

@@ -14,7 +14,6 @@ namespace {
 using google::protobuf::UnknownField;
 using tests::bytesOf;
 using tests::fromHex;
-using tests::parse;
 using tests::toHex;
 using namespace vok::rulecheck;
 
@@ -98,16 +97,9 @@ TEST(Encoding, IsExactlyTheBytesOfTheTable) {
     tests::fill(c.text, message.get());
     EXPECT_EQ(toHex(bytesOf(*message)), c.bytes) << c.name;
     EXPECT_EQ(message->ByteSizeLong(), fromHex(c.bytes).size()) << c.name;
-  }
-}
-
-TEST(Encoding, IsReadBackAsTheSameMessage) {
-  for (const EncodingCase& c : encodingCases) {
-    const auto expected = tests::newMessage(c.type);
-    const auto actual = tests::newMessage(c.type);
-    tests::fill(c.text, expected.get());
-    ASSERT_TRUE(actual->ParsePartialFromString(fromHex(c.bytes))) << c.name;
-    EXPECT_EQ(tests::textOf(*actual), tests::textOf(*expected)) << c.name;
+    const auto parsed = tests::newMessage(c.type);
+    ASSERT_TRUE(parsed->ParsePartialFromString(fromHex(c.bytes))) << c.name;
+    EXPECT_EQ(tests::textOf(*parsed), tests::textOf(*message)) << c.name;
   }
 }
 
@@ -143,33 +135,15 @@ TEST(UnlistedEnumNumbers, StayAbsentAndLeaveUnchanged) {
     const auto message = tests::newMessage(c.type);
     ASSERT_TRUE(message->ParsePartialFromString(fromHex(c.arriving))) << c.name;
     EXPECT_EQ(toHex(bytesOf(*message)), c.leaving) << c.name;
-    EXPECT_EQ(message->GetReflection()->GetUnknownFields(*message).field_count(), 1) << c.name;
+    const auto& unknown = message->GetReflection()->GetUnknownFields(*message);
+    ASSERT_EQ(unknown.field_count(), 1) << c.name;
+    EXPECT_EQ(unknown.field(0).type(), UnknownField::TYPE_VARINT) << c.name;
 
     const auto known = tests::newMessage(c.type);
     tests::fill(c.text, known.get());
+    EXPECT_EQ(message->IsInitialized(), known->IsInitialized()) << c.name;
     message->GetReflection()->MutableUnknownFields(message.get())->Clear();
     EXPECT_EQ(tests::textOf(*message), tests::textOf(*known)) << c.name;
-  }
-}
-
-TEST(UnlistedEnumNumbers, AreUnknownVarintsUnderTheSameFieldNumber) {
-  Reference reference;
-  ASSERT_TRUE(reference.ParsePartialFromString(fromHex("08 1d")));
-  EXPECT_FALSE(reference.has_type());
-  const auto& unknown = reference.GetReflection()->GetUnknownFields(reference);
-  ASSERT_EQ(unknown.field_count(), 1);
-  EXPECT_EQ(unknown.field(0).number(), 1);
-  ASSERT_EQ(unknown.field(0).type(), UnknownField::TYPE_VARINT);
-  EXPECT_EQ(unknown.field(0).varint(), 29u);
-}
-
-TEST(UnlistedEnumNumbers, LeaveRequiredTypesAbsentAndMessagesIncomplete) {
-  for (const char* bytes : {"08 00", "08 10"}) {
-    Request request;
-    ASSERT_TRUE(request.ParsePartialFromString(fromHex(bytes)));
-    EXPECT_FALSE(request.has_type()) << bytes;
-    EXPECT_FALSE(request.IsInitialized()) << bytes;
-    EXPECT_EQ(request.type(), Request::CREATE_AFFIRMATION) << bytes;
   }
 }
 
@@ -198,43 +172,6 @@ TEST(UnknownFields, FollowTheKnownOnes) {
   ExchangeToken token;
   ASSERT_TRUE(token.ParseFromString(fromHex("a0 06 05 0a 01 74")));
   EXPECT_EQ(toHex(bytesOf(token)), "0a 01 74 a0 06 05");
-}
-
-TEST(LookAlikes, AnAffirmationReadFromAViolationIsMisread) {
-  const auto violation =
-      parse<Violation>("id: 1 severity: SEV_ERROR rule_key: 'k' build_target: 'hw'");
-  Affirmation affirmation;
-  ASSERT_FALSE(affirmation.ParseFromString(bytesOf(violation)));  // 'k' is not a list of links
-  const auto small = parse<Violation>("id: 1 severity: SEV_ERROR build_target: 'hw'");
-  ASSERT_TRUE(affirmation.ParseFromString(bytesOf(small)));
-  EXPECT_FALSE(affirmation.has_build_target());
-  EXPECT_EQ(affirmation.expects(), "hw");
-}
-
-TEST(LookAlikes, ASessionReadFromAStartSessionIsMisread) {
-  const auto start =
-      parse<StartSession>("name: 'n' pid: 42 uuid: 'u' proto_file { scheme: FILE path: 'p' }");
-  Session session;
-  ASSERT_TRUE(session.ParseFromString(bytesOf(start)));
-  EXPECT_EQ(session.report_file().path(), "p");
-  EXPECT_FALSE(session.has_proto_file());
-  EXPECT_EQ(session.description(), "u");
-  EXPECT_FALSE(session.has_uuid());
-  const auto& unknown = session.GetReflection()->GetUnknownFields(session);
-  ASSERT_EQ(unknown.field_count(), 1);
-  EXPECT_EQ(unknown.field(0).number(), 2);
-  EXPECT_EQ(unknown.field(0).varint(), 42u);
-}
-
-TEST(Counts, AreNotTiedToTheirMaps) {
-  const auto result =
-      parse<SessionResult>("session { name: 'n' } violation_count: 3 violations { }");
-  EXPECT_TRUE(result.IsInitialized());
-  SessionResult copy;
-  ASSERT_TRUE(copy.ParseFromString(bytesOf(result)));
-  EXPECT_EQ(copy.violation_count(), 3);
-  EXPECT_EQ(copy.violations().hashmap().size(), 0u);
-  EXPECT_TRUE(copy.has_violations());
 }
 
 }  // namespace
