@@ -5,17 +5,13 @@
 
 #include <vok/rulecheck/Converter.h>
 
-#include "check.h"
-
 #if !defined(major) || !defined(minor)
 #error the macros are not there
 #endif
 
-void checkMacrosIncludedBefore() {
+bool worksWithMacrosBefore() {
   vok::rulecheck::Version version;
   version.set_major(1);
   version.set_minor(4);
-  version.set_patch(0);
-  CHECK(version.major() == 1 && version.minor() == 4 && version.IsInitialized());
-  CHECK(major(makedev(8, 1)) == 8);
+  return version.major() == 1 && version.minor() == 4 && major(makedev(8, 1)) == 8;
 }
