@@ -67,7 +67,7 @@ class Forking(LifeTest):
     def test_a_child_uses_everything_before_and_after_the_first_use(self):
         for time in ("before", "after"):
             with self.subTest(time):
-                self.expect([PROGRAMS / "life_forking", time], ["done in the child", "done"])
+                self.expect([PROGRAMS / "life_program", f"fork_{time}"], ["done in the child", "done"])
 
 
 class Statics(LifeTest):
@@ -98,13 +98,13 @@ class Statics(LifeTest):
 class Shutdown(LifeTest):
     def test_leaves_nothing_to_be_freed(self):
         later = not os.environ["PROTOBUF_RELEASE"].startswith("3.")  # they keep more
-        self.expect([PROGRAMS / "life_shutdown"], ["done"],
+        self.expect([PROGRAMS / "life_program", "shutdown"], ["done"],
                     leaks="definite,indirect" if later else "all")
 
     def test_leaves_a_leak_to_be_seen(self):
         if not WITH_VALGRIND and os.environ["ADDRESS_SANITIZER"] == "0":
             self.skipTest("nothing looks for leaks")
-        ended = self.run_checked(PROGRAMS / "life_shutdown", "leaking")
+        ended = self.run_checked(PROGRAMS / "life_program", "leaking")
         self.assertRegex(ended.stderr, "definitely lost|detected memory leaks")
         self.assertIn("makeResult", ended.stderr)
         self.assertNotEqual(ended.returncode, 0)

@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "run_at_once.h"
-#include "rule_server/rule_server.h"
-#include "support/messages.h"
 #include "fake_environment.h"
+#include "rule_server/rule_server.h"
+#include "run_at_once.h"
+#include "support/messages.h"
 
 namespace {
 
@@ -89,9 +89,10 @@ class Servers : public testing::Test {
 TEST_F(Servers, KeepEachFindingOnceWhenManyThreadsReport) {
   std::vector<std::map<int, std::string>> acknowledged(kThreads);
   EXPECT_THAT(tests::runAtOnce(kThreads,
-                           [&](int thread) {
-                             work(server, thread, &acknowledged[static_cast<std::size_t>(thread)]);
-                           }),
+                               [&](int thread) {
+                                 work(server, thread,
+                                      &acknowledged[static_cast<std::size_t>(thread)]);
+                               }),
               testing::IsEmpty());
   std::map<int, std::string> expected;
   for (const auto& of : acknowledged) {

@@ -1,8 +1,8 @@
-// One message, rendered by many threads at once, each of which keeps changing its
-// own locale (uselocale) and rounding mode. The locale of the process stays as it
-// is: POSIX allows setlocale() only while no other thread formats numbers.
+// The library in many threads at once: its first use, reading one message, and
+// rendering while each thread changes its own locale and rounding mode.
 
 #include <gmock/gmock.h>
+#include <google/protobuf/arena.h>
 #include <locale.h>
 #include <vok/rulecheck/Converter.h>
 
@@ -13,6 +13,7 @@
 #include "run_at_once.h"
 #include "support/messages.h"
 #include "support/numeric_settings.h"
+#include "support/use_library.h"
 
 namespace {
 
@@ -20,7 +21,62 @@ using testing::IsEmpty;
 using tests::RoundingMode;
 using vok::rulecheck::Arg;
 using vok::rulecheck::Converter;
+using vok::rulecheck::SessionResult;
 
+struct Use {
+  const char* name;
+  void (*use)();
+};
+
+const Use uses[] = {{"DefaultInstances", tests::useDefaultInstances},
+                    {"Descriptors", tests::useDescriptors},
+                    {"Reflection", tests::useReflection},
+                    {"Parsing", tests::useParsing},
+                    {"TextFormat", tests::useTextFormat},
+                    {"Rendering", tests::useRendering}};
+
+// Only the first case that a process runs is a first use: CTest runs them one by one.
+class FirstUse : public testing::TestWithParam<Use> {};
+
+TEST_P(FirstUse, NeedsNoSetUp) {
+  EXPECT_THAT(tests::runAtOnce(32, [](int) { GetParam().use(); }), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, FirstUse, testing::ValuesIn(uses),
+                         [](const auto& tested) { return tested.param.name; });
+
+TEST(FirstUses, MayDifferInEachThread) {
+  EXPECT_THAT(tests::runAtOnce(30, [](int i) { uses[i % 6].use(); }), IsEmpty());
+}
+
+void expectReadable(const SessionResult& result) {
+  const auto readOften = [&result](int) {
+    for (int i = 0; i < 20; ++i) {
+      tests::read(result);
+    }
+  };
+  EXPECT_THAT(tests::runAtOnce(16, readOften), IsEmpty());
+}
+
+TEST(Reading, OfAMessageThatWasBuilt) {
+  expectReadable(tests::makeResult());
+}
+
+TEST(Reading, OfAMessageThatWasParsed) {
+  SessionResult result;
+  ASSERT_TRUE(result.ParseFromString(tests::makeResult().SerializeAsString()));
+  expectReadable(result);
+}
+
+TEST(Reading, OfAMessageOnAnArena) {
+  google::protobuf::Arena arena;
+  SessionResult* result = SessionResult().New(&arena);
+  *result = tests::makeResult();
+  expectReadable(*result);
+}
+
+// The locale of the process stays as it is: POSIX allows setlocale() only while no
+// other thread formats numbers.
 // A locale that threads share. ThreadLocale would make one in each thread, under
 // a lock of the C library's that ThreadSanitizer doesn't know.
 class Locale {
