@@ -1,9 +1,29 @@
-"""What programs linked to the shared object rely on, and what of it has changed."""
+#!/usr/bin/env python3
+"""Replaces the baseline, what programs of the last release rely on, by that of the sources.
 
+usage: tests/library/compatibility/update_baseline.py
+
+Run it at a release and at no other time; until the first one, the baseline is that of
+the version to be released. Writes, next to this file:
+
+    baseline-VERSION.binpb   the schema's descriptor, which buf compares
+    baseline-VERSION.abi.xz  the interface of the shared object, which abidiff compares
+
+Needs what the build needs, with g++ and the packaged Protocol Buffers 3.21, and abidw.
+contract.txt, which holds every declaration of the schema, follows each change instead,
+so that a review sees it. A new field breaks linked programs: raise VOK_RULECHECK_ABI.
+"""
+
+import argparse
+import lzma
 import pathlib
 import re
 import subprocess
 import tempfile
+
+HERE = pathlib.Path(__file__).resolve().parent
+SOURCE = HERE.parents[2]
+SCHEMA = SOURCE / "swig/shared/common/services/rulecheck/protocol/RuleService.proto"
 
 # No path of a machine is written, and nothing that no program sees.
 DUMP_OPTIONS = ["--exported-interfaces-only", "--no-parameter-names", "--no-write-default-sizes",
@@ -16,10 +36,6 @@ SUPPRESSIONS = """
 [suppress_type]
   name_regexp = ^(google|std|__gnu_cxx)::
 """
-
-
-class BuildError(Exception):
-    """The library could not be built or read; the text says why."""
 
 
 def dump(source, build, *options):
@@ -59,5 +75,25 @@ def _run(*command, folder=None, changed=0):
     result = subprocess.run([str(word) for word in command], cwd=folder, capture_output=True,
                             text=True, check=False)
     if result.returncode != 0 and not result.returncode & changed:
-        raise BuildError(f"{command}\n{result.stdout}{result.stderr}")
+        raise RuntimeError(f"{command}\n{result.stdout}{result.stderr}")
     return result.stdout if result.returncode or not changed else ""
+
+
+def main():
+    argparse.ArgumentParser(description=__doc__.splitlines()[0]).parse_args()
+    version = re.search(r"VERSION (\d+\.\d+\.\d+)", (SOURCE / "CMakeLists.txt").read_text())[1]
+    with tempfile.TemporaryDirectory() as build:
+        interface = dump(SOURCE, build, "-DCMAKE_CXX_COMPILER=g++")
+    descriptor = subprocess.run(["protoc", f"--proto_path={SCHEMA.parent}", SCHEMA,
+                                 "--descriptor_set_out=/dev/stdout"], capture_output=True, check=True).stdout
+    for old in HERE.glob("baseline-*"):
+        old.unlink()
+    for name, content in (("binpb", descriptor),
+                          ("abi.xz", lzma.compress(interface.encode(), preset=9))):
+        path = HERE / f"baseline-{version}.{name}"
+        path.write_bytes(content)
+        print(f"{path.relative_to(SOURCE)} written, {len(content)} bytes")
+
+
+if __name__ == "__main__":
+    main()
