@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 #include <vok/rulecheck/Converter.h>
 
-#include "hostile_results.h"
 #include "html_report/safe_text.h"
-#include "string_fields.h"
 #include "support/messages.h"
 
 namespace {
@@ -13,10 +11,7 @@ namespace {
 using html_report::safeCopy;
 using vok::rulecheck::Arg;
 using vok::rulecheck::Converter;
-using vok::rulecheck::CreateViolation;
 using vok::rulecheck::Reference;
-using vok::rulecheck::RuleSpecMap;
-using vok::rulecheck::Session;
 
 struct Case {
   const char* name;
@@ -105,61 +100,5 @@ TEST(SafeCopy, NamesNoUnlistedKind) {
   EXPECT_EQ(Converter::toHtml(safeCopy(reference)), "other #3");
 }
 #endif
-
-TEST(SafeCopy, KeepsNoAddressOfAResourceThatIsNoLink) {
-  const auto session = tests::parse<Session>(R"(
-      report_file { scheme: FTP host: "javascript:alert" }
-      proto_file { scheme: FILE path: "/a b" })");
-  const Session safe = safeCopy(session);
-  EXPECT_EQ(Converter::toHtml(safe.report_file(), "text"), "");
-  EXPECT_EQ(Converter::toHtml(safe.proto_file(), "text"), R"(<a href="file:///a%20b">text</a>)");
-}
-
-TEST(SafeCopy, LeavesTheOriginalAlone) {
-  const auto arg = tests::parse<Arg>(R"(uri { link_text: "<" url { scheme: FTP } })");
-  const std::string before = tests::textOf(arg);
-  safeCopy(arg);
-  EXPECT_EQ(tests::textOf(arg), before);
-}
-
-TEST(SafeCopy, ReachesKeysOfMaps) {
-  RuleSpecMap specs;
-  (*specs.mutable_hashmap())["<key>"].set_full_name("<name>");
-  const RuleSpecMap safe = safeCopy(specs);
-  ASSERT_EQ(safe.hashmap().count("&lt;key&gt;"), 1u);
-  EXPECT_EQ(safe.hashmap().at("&lt;key&gt;").full_name(), "&lt;name&gt;");
-  EXPECT_EQ(safe.hashmap().size(), 1u);
-}
-
-TEST(SafeCopy, ReachesStringsInMaps) {
-  CreateViolation request;
-  (*request.mutable_dynamic_category_values())["<key>"] = "<value>";
-  const CreateViolation safe = safeCopy(request);
-  ASSERT_EQ(safe.dynamic_category_values().count("&lt;key&gt;"), 1u);
-  EXPECT_EQ(safe.dynamic_category_values().at("&lt;key&gt;"), "&lt;value&gt;");
-}
-
-// All string fields of a message that has no markup in any.
-bool isHarmless(const google::protobuf::Message& message) {
-  std::string bytes;
-  return message.SerializePartialToString(&bytes) && bytes.find("<i>") == std::string::npos;
-}
-
-TEST(SafeCopy, ReachesEveryStringOfEveryMessageType) {
-  int fields = 0;
-  for (const google::protobuf::Message* prototype : tests::allMessages()) {
-    for (const tests::FieldPath& path : tests::stringFields(prototype->GetDescriptor())) {
-      const std::unique_ptr<google::protobuf::Message> message(prototype->New());
-      tests::setString(message.get(), path, "<i>", 1);
-      const std::string name =
-          std::string(prototype->GetDescriptor()->name()) + "." + tests::nameOf(path);
-      ASSERT_FALSE(isHarmless(*message)) << name << " is not set";
-      html_report::makeSafe(message.get());
-      EXPECT_TRUE(isHarmless(*message)) << name;
-      ++fields;
-    }
-  }
-  EXPECT_GT(fields, 1000);
-}
 
 }  // namespace

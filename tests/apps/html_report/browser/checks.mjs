@@ -1,8 +1,19 @@
 // Runs checks, says how each ended, and counts them.
 
 import assert from 'node:assert/strict';
+import { mkdirSync } from 'node:fs';
 import { join } from 'node:path';
 import { open } from './browser.mjs';
+
+// The folder for pictures, the program's only argument.
+export const picturesFolder = () => {
+  if (process.argv.length !== 3 || !process.env.HTML_REPORT || !process.env.MAKE_RESULTS) {
+    console.error(`usage: HTML_REPORT=... MAKE_RESULTS=... node ${process.argv[1]} FOLDER`);
+    process.exit(2);
+  }
+  mkdirSync(process.argv[2], { recursive: true });
+  return process.argv[2];
+};
 
 export class Checks {
   #passed = 0;

@@ -91,12 +91,3 @@ export const demo = () => {
   ]);
   return join(work, 'demo', 'report.html');
 };
-
-// A copy of a page in which the first text is replaced by the second.
-export const altered = (page, name, from, to) => {
-  const html = readFileSync(page, 'utf-8');
-  if (!html.includes(from)) throw new Error(`${page} has no ${from}`);
-  const copy = join(work, `${name}.html`);
-  writeFileSync(copy, html.replace(from, () => to));
-  return copy;
-};

@@ -8,28 +8,25 @@
 // pdftotext. Prints a line per check, and exits with 1 if one fails.
 
 import { checkAppearance } from './appearance.mjs';
-import { picturesFolder } from './arguments.mjs';
 import { launch } from './browser.mjs';
-import { Checks } from './checks.mjs';
+import { Checks, picturesFolder } from './checks.mjs';
 import { checkFiltering } from './filtering.mjs';
 import { checkHostile } from './hostile.mjs';
 import { checkKeyboard } from './keyboard.mjs';
-import { checkOrigins } from './origins.mjs';
+import { checkLinks } from './links.mjs';
 import * as make from './pages.mjs';
 import { checkPaper } from './paper.mjs';
-import { checkPolicy } from './policy.mjs';
 import { checkSpoofing } from './spoofing.mjs';
-import { checkSummary } from './summary.mjs';
 
-const folder = picturesFolder('report_check.mjs');
+const folder = picturesFolder();
 const pages = {
   sample: make.sample(), clean: make.clean(), empty: make.empty(), flawed: make.flawed(),
   hostile: make.hostile(), demo: make.demo(),
 };
 const browser = await launch();
 const checks = new Checks(browser, folder);
-for (const check of [checkFiltering, checkKeyboard, checkPaper, checkOrigins, checkPolicy, checkSummary,
-  checkAppearance, checkHostile, checkSpoofing]) {
+for (const check of [checkFiltering, checkKeyboard, checkPaper, checkLinks, checkAppearance, checkHostile,
+  checkSpoofing]) {
   await check(checks, pages);
 }
 await browser.close();
