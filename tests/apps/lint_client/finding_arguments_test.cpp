@@ -56,7 +56,7 @@ const ArgumentsCase argumentsCases[] = {
      "  uri { link_text: 'Two (c.v:3)' url { scheme: FILE path: '/e/c.v' fragment: 'L3' } } } }"},
 };
 
-TEST(Evidence, IsArguments) {
+TEST(FindingArguments, HoldPlaceTextAndNames) {
   for (const ArgumentsCase& c : argumentsCases) {
     const auto expected = tests::parse<ArgList>(std::string(kPlace) + c.arguments);
     EXPECT_EQ(tests::textOf(expected),
@@ -65,7 +65,7 @@ TEST(Evidence, IsArguments) {
   }
 }
 
-TEST(Evidence, OfAMessageWithoutAPlaceIsAboutTheDesign) {
+TEST(FindingArguments, NameTheDesignIfThereIsNoPlace) {
   EXPECT_EQ(tests::textOf(
                 tests::parse<ArgList>("arg { string_val: 'design' } arg { string_val: 'text' }")),
             tests::textOf(lint_client::argumentsOf(messageFrom("%Warning-X: text\n"), "/d")));
@@ -95,7 +95,7 @@ const ValuesCase valuesCases[] = {
     {"", ""},
 };
 
-TEST(Evidence, HasTheValuesThatAMessageCompares) {
+TEST(FindingArguments, HoldTheComparedValues) {
   for (const ValuesCase& c : valuesCases) {
     Message message;
     message.text = c.text;

@@ -7,8 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "common/message_file.h"
-
 namespace {
 
 using lint_client::Message;
@@ -107,69 +105,6 @@ TEST(Messages, AreTakenApart) {
   }
 }
 
-std::string recorded(const std::string& name) {
-  return textOf(parseMessages(apps::readFile(std::string(RECORDED) + "/" + name)));
-}
-
-TEST(Messages, OfANarrowDesign) {
-  EXPECT_EQ(
-      "warning WIDTH: [narrow.v|7|27] Operator ASSIGNDLY expects 4 bits on the Assign RHS, but "
-      "Assign "
-      "RHS's VARREF 'data' generates 8 bits.\n"
-      "  in narrow\n"
-      "warning UNUSEDSIGNAL: [narrow.v|3|18] Bits of signal are not used: 'data'[7:4]\n"
-      "  in narrow\n"
-      "warning UNDRIVEN: [narrow.v|6|8] Signal is not driven: 'forgotten'\n"
-      "  in narrow\n"
-      "warning MULTIDRIVEN: [narrow.v|4|22] Signal has multiple driving blocks with different "
-      "clocking: 'q'\n"
-      "  note: [narrow.v|8|25] Location of first driving block\n"
-      "  note: [narrow.v|7|25] Location of other driving block\n",
-      recorded("narrow.txt"));
-}
-
-TEST(Messages, OfErrors) {
-  EXPECT_EQ(
-      "warning DECLFILENAME: [errors.v|7|8] Filename 'errors' does not match MODULE name: 'part'\n"
-      "error : [errors.v|3|24] Can't find definition of task/function: 'missing'\n"
-      "error PINNOTFOUND: [errors.v|5|24] Pin not found: 'zz'\n",
-      recorded("errors.txt"));
-  EXPECT_EQ(
-      "error : [missing_module.v|2|3] Cannot find file containing module: 'absent'\n"
-      "  note: This may be because there's no search path specified with -I<dir>.\n",
-      recorded("missing_module.txt"));
-}
-
-TEST(Messages, OfTheDesignsOwnWords) {
-  const std::string expected =
-      "warning USERWARN: [own_words.v|2|10] first line\nsecond: line\n"
-      "  in own_words\n"
-      "warning USERERROR: [own_words.v|4|10] it's wrong: 'a' is 5\n"
-      "  in own_words\n"
-      "warning UNUSEDSIGNAL: [own_words.v|1|24] Signal is not used: 'a'\n"
-      "  in own_words\n";
-  EXPECT_EQ(expected, recorded("own_words.txt"));
-  EXPECT_EQ(expected, recorded("fatal_warnings.txt"));
-}
-
-TEST(Messages, OfManyKindsAreAllFound) {
-  const std::string output = apps::readFile(std::string(RECORDED) + "/warnings.txt");
-  std::size_t headers = 0;
-  for (std::size_t at = output.find("%Warning-"); at != std::string::npos;
-       at = output.find("%Warning-", at + 1)) {
-    ++headers;
-  }
-  const auto messages = parseMessages(output);
-  EXPECT_EQ(headers, messages.size());
-  EXPECT_GT(headers, 30u);
-  for (const Message& message : messages) {
-    ASSERT_TRUE(message.place) << message.text;
-    EXPECT_EQ("warnings.sv", message.place->file);
-    EXPECT_FALSE(message.code.empty());
-    EXPECT_EQ(std::string::npos, message.text.find('\n'));
-  }
-}
-
 struct BlockingCase {
   const char* name;
   const char* output;
@@ -194,39 +129,13 @@ TEST(Messages, TellWhetherTheFilesCouldBeChecked) {
        "%Error-TASKNSVAR: a.v:1:2: text\n%Error: Verilator internal fault, sorry.\n", ""},
       {"an error of the tool", "%Error: Internal Error: a.v:1:2: ../V3Dfg.cpp:761: Oops\n",
        "Internal Error: a.v:1:2: ../V3Dfg.cpp:761: Oops"},
+      {"two lines", "%Error: one\ntwo\n", "one"},
   };
   for (const BlockingCase& c : cases) {
     const auto messages = parseMessages(c.output);
     const Message* const error = lint_client::blockingError(messages);
     EXPECT_EQ(c.line, error == nullptr ? "" : lint_client::lineFor(*error)) << c.name;
   }
-}
-
-TEST(Messages, OfRecordedFailuresSayWhy) {
-  const std::vector<std::pair<std::string, std::string>> cases = {
-      {"syntax.txt", "syntax.v:2:14: Define or directive not defined: '`NOT_DEFINED'"},
-      {"no_top.txt", "Specified --top-module 'nothing' was not found in design."},
-  };
-  for (const auto& c : cases) {
-    const auto messages = parseMessages(apps::readFile(std::string(RECORDED) + "/" + c.first));
-    const Message* const error = lint_client::blockingError(messages);
-    ASSERT_NE(nullptr, error) << c.first;
-    EXPECT_EQ(c.second, lint_client::lineFor(*error));
-  }
-}
-
-TEST(Messages, HaveOneLineForTheTerminal) {
-  Message message;
-  message.text = "one\ntwo";
-  EXPECT_EQ("one", lint_client::lineFor(message));
-  message.place = Place{"a b.v", 3, 4};
-  EXPECT_EQ("a b.v:3:4: one", lint_client::lineFor(message));
-}
-
-TEST(Messages, TellErrorsFromWarnings) {
-  EXPECT_FALSE(lint_client::hasErrors(parseMessages("%Warning-X: a.v:1:2: text\n")));
-  EXPECT_TRUE(lint_client::hasErrors(
-      parseMessages("%Warning-X: a.v:1:2: text\n%Error-Y: a.v:1:2: text\n")));
 }
 
 }  // namespace

@@ -91,8 +91,7 @@ class Lint(ProgramTest):
     def test_recordings_are_what_verilator_says(self):
         if "5.006" not in self.run_program(VERILATOR, "--version").stdout:
             self.skipTest("the recordings are of Verilator 5.006")
-        for recording in ["warnings.sv", "errors.v", "narrow.v", "own_words.v", "syntax.v",
-                          "missing_module.v"]:
+        for recording in ["errors.v", "narrow.v", "syntax.v"]:
             with self.subTest(recording):
                 self.write(recording, (RECORDED / recording).read_text(encoding="utf-8"))
                 ended = self.run_program(

@@ -1,3 +1,0 @@
-module missing_module(input a);
-  absent u_absent (.a(a));
-endmodule
