@@ -30,8 +30,7 @@ openssl x509 -req -in {name}.csr -copy_extensions copy -CA {authority}.pem \
 
 
 class Certificates:
-    """In a folder: ca, other-ca; server, server-expired, server-elsewhere; client,
-    client-expired, client-other."""
+    """In a folder: ca, other-ca, server, client, client-expired, client-other."""
 
     def __init__(self, test):
         folder = tempfile.TemporaryDirectory(prefix="certificates ", dir=BUILD_DIR)
@@ -42,8 +41,6 @@ class Certificates:
                         " -days 30 -subj '/CN=Another authority' -keyout other-ca.key"
                         " -out other-ca.pem")
         here = "DNS:localhost,IP:127.0.0.1"
-        make_another(self.folder, "server-expired", here, "ca", -1)
-        make_another(self.folder, "server-elsewhere", "DNS:elsewhere.example", "ca", 30)
         make_another(self.folder, "client-expired", here, "ca", -1)
         make_another(self.folder, "client-other", here, "other-ca", 30)
 

@@ -28,9 +28,6 @@ class BadArguments(ProgramTest):
     def test_of_the_server(self):
         self.write("empty", "\n")
         cases = [
-            (["more"], "The following argument was not expected: more"),
-            (["--nosuch"], "The following argument was not expected: --nosuch"),
-            (["--files", "missing"], "--files: Directory does not exist: missing"),
             (["--files", "/"],
              "/: is or holds a home directory, which needs --files-may-hold-home"),
             (["--files-may-hold-home"], "--files-may-hold-home requires --files"),
@@ -40,9 +37,6 @@ class BadArguments(ProgramTest):
              "--max-bytes: Value -1 not in range 1 to 9223372036854775807"),
             (["--token-file", "missing"], "missing: cannot be read"),
             (["--token-file", "empty"], "empty: has no token"),
-            (["--certificate", "a.pem"], "--certificate requires --key"),
-            (["--key", "a.key"], "--key requires --certificate"),
-            (["--client-ca", "ca.pem"], "--client-ca requires --certificate"),
             (["--certificate", "a.pem", "--key", "a.key"], "a.pem: cannot be read"),
             (["--certificate", "", "--key", ""], "--certificate: is empty"),
             (["--certificate", "a", "--key", ""], "--key: is empty"),
@@ -51,9 +45,6 @@ class BadArguments(ProgramTest):
             (["--listen", ""], ": not an address, expected HOST:PORT or unix:PATH"),
             (["--listen", "127.0.0.1"],
              "127.0.0.1: not an address, expected HOST:PORT or unix:PATH"),
-            (["--listen", "127.0.0.1:99999"],
-             "127.0.0.1:99999: not an address, expected HOST:PORT or unix:PATH"),
-            (["--listen", "unix:"], "unix:: not an address, expected HOST:PORT or unix:PATH"),
             (["--listen", "unix:missing/socket"],
              "unix:missing/socket: cannot listen there: No such file or directory"),
             (["--listen", "unix:" + "a" * 108],
@@ -67,11 +58,7 @@ class BadArguments(ProgramTest):
         self.write("m.v", "module m; endmodule\n")
         server = ["m.v", "--server", "127.0.0.1:1"]
         cases = [
-            (["m.v"], "--server is required"),
-            (["--server", "127.0.0.1:1"], "FILES is required"),
             ([*server, "--ca", "missing"], "missing: cannot be read"),
-            ([*server, "--certificate", "a", "--key", "b"], "--certificate requires --ca"),
-            ([*server, "--ca", "m.v", "--key", "b"], "--key requires --certificate"),
             ([*server, "--ca", ""], "--ca: is empty"),
             ([*server, "--ca", "m.v"], "m.v: has no certificate"),
             (["m.v", "--server", "127.0.0.1"],

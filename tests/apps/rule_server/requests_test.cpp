@@ -104,66 +104,6 @@ TEST(Requests, AreAnswered) {
   }
 }
 
-// Which response each type of request has when it succeeds.
-struct TypeCase {
-  const char* request;
-  Response::ResponseType response;
-};
-
-const TypeCase typeCases[] = {
-    {"type: CREATE_AFFIRMATION create_affirmation { rule_key: 'W' session_uuid: 's' }",
-     Response::AFFIRMATION},
-    {"type: CREATE_VIOLATION create_violation { rule_key: 'W' session_uuid: 's' }",
-     Response::VIOLATION},
-    {"type: EXCHANGE_TOKEN exchange_token { token: 'secret' }", Response::STATUS_RESPONSE},
-    {"type: GET_RULESPECS get_rulespecs { session { name: '' uuid: 's' } }",
-     Response::SESSION_RESULT},
-    {"type: GET_SESSION get_session { session_uuid: 's' }", Response::SESSION},
-    {"type: GET_SESSION_RESULT get_session_result { session_uuid: 's' }", Response::SESSION_RESULT},
-    {"type: GET_VERSION get_version { }", Response::VERSION},
-    {"type: LOAD_RULESPEC_FILE load_rulespec_file { data_file { scheme: FILE path: 'r.txt' } }",
-     Response::STATUS_RESPONSE},
-    {"type: RESET_SESSION reset_session { session { name: '' uuid: 's' } }",
-     Response::STATUS_RESPONSE},
-    {"type: START_SESSION start_session { name: 'other' }", Response::SESSION},
-    {"type: STOP_SESSION stop_session { session { name: '' uuid: 's' } }",
-     Response::STATUS_RESPONSE},
-    {"type: UPSERT_RULESPEC upsert_rulespec { rule_spec { key: 'k' full_name: 'f' } }",
-     Response::STATUS_RESPONSE},
-    {"type: WRITE_REPORT write_report { session { name: '' uuid: 's' } }",
-     Response::STATUS_RESPONSE},
-    {"type: DUMP_RULES dump_rules { data_file { scheme: FILE path: 'r.pb' } }",
-     Response::STATUS_RESPONSE},
-    {"type: STOP_SERVER exchange_token { token: 'secret' }", Response::STATUS_RESPONSE},
-};
-
-TEST(Requests, OfAllFifteenTypesHaveTheirResponse) {
-  for (int type = Request::CREATE_AFFIRMATION; type <= Request::STOP_SERVER; ++type) {
-    const TypeCase& c = typeCases[type - 1];
-    SCOPED_TRACE(c.request);
-    ASSERT_EQ(type, parse<Request>(c.request).type());
-    TestServer server;
-    server.files.contents["r.txt"] = "";
-    server.prepare(
-        {"type: START_SESSION start_session { name: 'n' uuid: 's'"
-         "  report_file { scheme: FILE path: 'r.html' } }",
-         kRule});
-    const Response response = server.ask(c.request);
-    EXPECT_EQ(c.response, response.type()) << textOf(response);
-  }
-}
-
-TEST(Requests, HaveOneAnswerInAnotherServerToo) {
-  for (const RequestCase& c : requestCases) {
-    SCOPED_TRACE(c.name);
-    TestServer first;
-    TestServer second;
-    first.prepare(c.before);
-    second.prepare(c.before);
-    EXPECT_EQ(bytesOf(first.ask(c.request)), bytesOf(second.ask(c.request)));
-  }
-}
-
 TEST(Reset, DiscardsFindingsAndNumbersAndKeepsTheSession) {
   TestServer server;
   server.prepare({kStart, kRule, kViolation, kAffirmation,
@@ -189,22 +129,6 @@ TEST(Report, GoesToTheAddressesThatTheSessionHas) {
                   "  session { name: '' uuid: 's' report_file { scheme: HTTP } } }"});
   EXPECT_EQ("page of n", server.files.contents["/r.html"]);
   EXPECT_EQ(bytesOf(server.result()), server.files.contents["/p.pb"]);
-}
-
-TEST(Report, HasTheFormatThatTheExtensionNames) {
-  for (const std::string path : {"p.txtpb", "p.json", "p.bin"}) {
-    SCOPED_TRACE(path);
-    TestServer server;
-    server.prepare({kRule,
-                    "type: START_SESSION start_session { name: 'n' uuid: 's'"
-                    "  proto_file { scheme: FILE path: '" +
-                        path + "' } }",
-                    kViolation,
-                    "type: WRITE_REPORT write_report { session { name: '' uuid: 's' } }"});
-    EXPECT_EQ(1u, server.files.contents.size());
-    const std::string start = server.files.contents[path].substr(0, 9);
-    EXPECT_EQ(path == "p.txtpb" ? "session {" : path == "p.json" ? "{\n \"sessi" : start, start);
-  }
 }
 
 TEST(Report, OfAStoppedSessionIsWritten) {
@@ -246,13 +170,6 @@ TEST(Environment, MakesUuidsOfTheRandomForm) {
   EXPECT_EQ('4', uuid[14]) << uuid;
   EXPECT_NE(std::string::npos, std::string("89ab").find(uuid[19])) << uuid;
   EXPECT_NE(uuid, rule_server::randomUuid());
-}
-
-TEST(Environment, CountsMilliseconds) {
-  constexpr std::int64_t kYear2020 = 1577836800000;
-  constexpr std::int64_t kYear2200 = 7258118400000;
-  EXPECT_GT(rule_server::millisecondsSince1970(), kYear2020);
-  EXPECT_LT(rule_server::millisecondsSince1970(), kYear2200);
 }
 
 }  // namespace
