@@ -288,7 +288,7 @@ TEST(Integers, EqualPrintfForRandomNumbers) {
     Scalar scalar;
     scalar.set_int_val(i % 2 == 0 ? number : -number);
     char text[32];
-    std::snprintf(text, sizeof text, "%ld", static_cast<long>(scalar.int_val()));
+    std::snprintf(text, sizeof text, "%lld", static_cast<long long>(scalar.int_val()));
     ASSERT_EQ(Converter::toString(scalar), text);
   }
 }
