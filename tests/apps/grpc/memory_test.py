@@ -76,9 +76,9 @@ class Findings(MemoryTest):
         rule.examples.uri.add(link_text="x" * (MEBIBYTE - 1000))
         self.client.call("upsertRuleSpec", key="L", full_name="f", examples=rule.examples)
         body = protocol.CreateViolation(rule_key="L", session_uuid=self.kept).SerializeToString()
-        for _ in range(20):
+        for _ in range(100):
             self.client.send("createViolation", body)
-        self.assertLess(self.server.most_memory(), 200 * MEBIBYTE)
+        self.assertLess(self.server.most_memory(), 80 * MEBIBYTE)
         status = self.client.refusal("resetSession", session(self.kept))[0]
         self.assertEqual(status, "OK")
         self.client.find(self.kept, "mark")
