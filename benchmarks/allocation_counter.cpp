@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A library to be preloaded into a process of one thread: counts its allocations. operator new of
 // the C++ library calls malloc, so it is counted too.
 

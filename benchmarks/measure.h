@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How a benchmark runs, and what it reports in addition to its time.
 
 #ifndef VOK_BENCHMARKS_MEASURE_H_

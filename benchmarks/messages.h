@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The messages of the benchmarks, with lengths as in a real design. They are the same in each run.
 
 #ifndef VOK_BENCHMARKS_MESSAGES_H_

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """Runs the benchmarks and writes their figures as tables. tools/bench calls this.
 
     report.py [--quick] BENCHMARKS_JSON PAGE

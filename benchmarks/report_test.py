@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The text of the benchmark report."""
 
 import unittest

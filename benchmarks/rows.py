@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """What the report says: the targets, and the tables with all figures.
 
 A figure has a name. "rendering: toHtml(Link)/one copy" is the time that the program `rendering`

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What the compiler and the linker make of vok_rulecheck: what it exports, what
 # loading it costs, how it is hardened. Each option says what happens without it.
 # tests/library/binary checks the result. Sets, for other targets of the same sources:

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Runs the schema compiler:
 #
 #   cmake -D PROTOC=... -D SCHEMA=.../RuleService.proto -D OUTPUT_DIR=... -P GenerateProtocol.cmake

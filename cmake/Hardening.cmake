@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Hardening of compiled code, in every build type. Sets:
 #
 #   VOK_SANITIZED    whether the build has a sanitizer

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What the linker does with an option, seen in a shared library that it links:
 # some linkers warn and go on, or do something else.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What the library is compared with in size and speed.
 
 # vok_add_plain_library(): the target vok_rulecheck_plain, the library's sources

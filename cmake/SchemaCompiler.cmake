@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The schema compiler that belongs to the runtime found by VokProtobuf:
 # VOK_PROTOC. Stops the configuration, with one sentence, where the build could
 # not succeed.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Finds Protocol Buffers, runtime and compiler, and says what differs between
 # its releases. This file is the one home of those differences; it is used by
 # the build and, once installed, by the package configuration. 3.3.0, 3.12.4, 3.21.12

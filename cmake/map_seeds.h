@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Included into the generated source for releases of Protocol Buffers before 3.4.
 //
 // There a map's bucket for a key is hash + seed with NDEBUG, hash * (seed | 1)

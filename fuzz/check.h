@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How a fuzz target reports what does not hold: one sentence, and the end of the
 // process, which the fuzzer and CTest both take for a failure.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Changes of messages that keep them messages, for fuzzers whose input holds some: a changed byte
 // mostly leaves bytes that cannot be parsed.
 

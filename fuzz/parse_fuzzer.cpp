@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A byte that selects one of the messages, and its bytes: what can be parsed
 // survives being serialized, copied, merged, swapped, moved and printed.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Values with any content, under any locale and rounding mode: each function of
 // Converter returns what the model of its rules says, and changes nothing.
 

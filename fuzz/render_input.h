@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What render_fuzzer makes of its input: five bytes of settings, and the bytes of
 // an Arg, which contains each kind of value that can be rendered.
 

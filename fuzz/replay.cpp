@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The main function of a target without a fuzzer: replays files, and the files of folders. Each
 // name is printed before its input is replayed, so the last one ended the process.
 

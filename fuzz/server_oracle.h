@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Remembers what a rule server has acknowledged, and compares it with later answers. Whatever does
 // not agree ends the process with a sentence.
 //

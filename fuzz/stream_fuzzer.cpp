@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Any bytes, taken for framed requests to the rule server: each frame is read or
 // refused as it has to be, and each request has exactly one answer, which fits all
 // answers before.

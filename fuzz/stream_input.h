@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What stream_fuzzer makes of its input: frames, which are a length as a varint and
 // as many bytes each. The first one holds the content of the files of rules that
 // requests may name, each further one a request.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The inputs of stream_fuzzer that a fuzzer makes of others.
 
 #include <vok/rulecheck/RuleService.pb.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What each target defines: it takes any bytes, and returns 0.
 
 #ifndef VOK_FUZZ_TARGET_H_

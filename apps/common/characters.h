@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The characters of a text of unknown origin.
 
 #ifndef VOK_APPS_COMMON_CHARACTERS_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How the example programs answer their users: a bad argument or file gives one
 // line on the standard error output and exit status 2.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Messages on a byte stream: each is preceded by its length as a varint, the
 // way in which protobuf runtimes of all languages delimit messages.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "common/held_signals.h"
 
 #include <initializer_list>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Signals that end a program, held back while it has something to clean up.
 
 #ifndef VOK_APPS_COMMON_HELD_SIGNALS_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "common/message_file.h"
 
 #include <google/protobuf/io/coded_stream.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Messages in files, in three formats that the file's extension selects:
 //
 //   .pb .bin                  binary, as on the wire

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include <fcntl.h>
 #include <stdio.h>
 #include <sys/stat.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Where a server listens: HOST:PORT, [IPV6]:PORT or unix:PATH.
 
 #ifndef VOK_APPS_GRPC_ADDRESS_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Checks Verilog sources with Verilator, and reports what it finds to a rule server
 // through gRPC.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Accepts the connections of a gRPC server. gRPC's own listener never accepts again
 // after the process had no descriptor left, takes the path of a running server, and
 // removes that of its successor.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "grpc/remote_server.h"
 
 #include <vok/rulecheck/RuleService.grpc.pb.h>

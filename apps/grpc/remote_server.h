@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A rule server that is reached through gRPC, for lint_client's connection.
 
 #ifndef VOK_APPS_GRPC_REMOTE_SERVER_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "grpc/rule_check_service.h"
 
 #include <google/protobuf/message.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The fourteen methods of the protocol's service: each turns its argument into the
 // request that asks for the same, and the answer into a message or a status.
 

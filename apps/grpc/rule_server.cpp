@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Serves the rule server of apps/rule_server through gRPC.
 
 #include <grpcpp/ext/proto_server_reflection_plugin.h>

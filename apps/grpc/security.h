@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Who may listen to a conversation, and who takes part: the options about TLS, and
 // what gRPC makes of them.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How failures of requests look on gRPC.
 
 #ifndef VOK_APPS_GRPC_STATUSES_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the rule server may keep: the options about its files and limits.
 
 #ifndef VOK_APPS_GRPC_STORAGE_H_

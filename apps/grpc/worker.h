@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A thread for requests that take long, so that short ones don't wait for them.
 
 #ifndef VOK_APPS_GRPC_WORKER_H_

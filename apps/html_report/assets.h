@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The parts of the page, which the build embeds from the files of this folder.
 
 #ifndef VOK_APPS_HTML_REPORT_ASSETS_H_

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Writes the parts of the page as a source file that defines assets.h:
 #
 #   cmake -D DIRECTORY=... -D OUTPUT=.../assets.cpp -P embed.cmake

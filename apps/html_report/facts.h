@@ -1,4 +1,6 @@
-// Labelled values, as the templates list them.
+// SPDX-License-Identifier: Apache-2.0
+
+// Labeled values, as the templates list them.
 
 #ifndef VOK_APPS_HTML_REPORT_FACTS_H_
 #define VOK_APPS_HTML_REPORT_FACTS_H_

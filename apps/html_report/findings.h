@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The findings of a session, grouped by rule, as HTML.
 
 #ifndef VOK_APPS_HTML_REPORT_FINDINGS_H_

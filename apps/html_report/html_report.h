@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The result of a session as a page for people.
 
 #ifndef VOK_APPS_HTML_REPORT_HTML_REPORT_H_

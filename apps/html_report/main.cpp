@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // html_report INPUT OUTPUT: writes the result of a session as an HTML page.
 
 #include <vok/rulecheck/RuleService.pb.h>

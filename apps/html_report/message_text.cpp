@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "html_report/message_text.h"
 
 #include <vok/rulecheck/Converter.h>

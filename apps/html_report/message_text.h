@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Message texts with their arguments in place.
 
 #ifndef VOK_APPS_HTML_REPORT_MESSAGE_TEXT_H_

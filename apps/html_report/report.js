@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 'use strict';
 (() => {
   // Does something to each item of a list, in slices that leave the browser time

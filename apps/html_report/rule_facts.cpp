@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "html_report/rule_facts.h"
 
 #include <vok/rulecheck/Converter.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the page tells about a rule.
 
 #ifndef VOK_APPS_HTML_REPORT_RULE_FACTS_H_

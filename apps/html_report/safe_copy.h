@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Messages whose renderings by Converter can go into a page.
 
 #ifndef VOK_APPS_HTML_REPORT_SAFE_COPY_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Which resources a page links to, and how their addresses are written.
 
 #ifndef VOK_APPS_HTML_REPORT_SAFE_LINK_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Text of unknown origin, made fit for a page.
 
 #ifndef VOK_APPS_HTML_REPORT_SAFE_TEXT_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How serious a finding is, as the page says it.
 
 #ifndef VOK_APPS_HTML_REPORT_SEVERITY_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The outcome of a session at a glance.
 
 #ifndef VOK_APPS_HTML_REPORT_SUMMARY_H_

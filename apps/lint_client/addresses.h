@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Addresses of places in files.
 
 #ifndef VOK_APPS_LINT_CLIENT_ADDRESSES_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The rules that Verilator checks.
 
 #ifndef VOK_APPS_LINT_CLIENT_CATALOG_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "lint_client/connection.h"
 
 #include <stdexcept>
@@ -36,8 +38,7 @@ Transport framed(std::function<std::string(const std::string&)> carry) {
     const std::string received = carry(sent);
     Exchange exchange{Response(), sent.size(), received.size()};
     std::size_t position = 0;
-    if (!apps::readFramed(received, &position, &exchange.answer) ||
-        position != received.size()) {
+    if (!apps::readFramed(received, &position, &exchange.answer) || position != received.size()) {
       throw std::runtime_error("the server's answer is malformed");
     }
     return exchange;

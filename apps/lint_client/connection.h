@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The connection between a client and a rule server.
 
 #ifndef VOK_APPS_LINT_CLIENT_CONNECTION_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a message of Verilator's says, in the protocol's terms.
 
 #ifndef VOK_APPS_LINT_CLIENT_FINDING_ARGUMENTS_H_

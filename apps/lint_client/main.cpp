@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Checks Verilog sources with Verilator, and has a rule server report what it finds.
 
 #include <CLI/CLI.hpp>

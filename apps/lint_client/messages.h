@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What Verilator says about a design, taken apart.
 
 #ifndef VOK_APPS_LINT_CLIENT_MESSAGES_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The objects of a design that a text of Verilator's names.
 
 #ifndef VOK_APPS_LINT_CLIENT_NAMES_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a client is told on its command line, and what it makes of that.
 
 #ifndef VOK_APPS_LINT_CLIENT_OPTIONS_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs a program without a shell.
 
 #ifndef VOK_APPS_LINT_CLIENT_PROCESS_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The conversation in which a client reports what Verilator found.
 
 #ifndef VOK_APPS_LINT_CLIENT_REPORT_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The content of rules.txtpb, in the program.
 
 #ifndef VOK_APPS_LINT_CLIENT_RULES_TEXT_H_

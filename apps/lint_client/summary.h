@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the program tells its user at the end.
 
 #ifndef VOK_APPS_LINT_CLIENT_SUMMARY_H_

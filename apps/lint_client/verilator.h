@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs Verilator.
 
 #ifndef VOK_APPS_LINT_CLIENT_VERILATOR_H_

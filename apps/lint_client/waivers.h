@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Findings that the user accepts: --waive RULE[:FILE]=REASON.
 
 #ifndef VOK_APPS_LINT_CLIENT_WAIVERS_H_

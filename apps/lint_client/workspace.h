@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A directory in which Verilator finds the files to check under plain names.
 
 #ifndef VOK_APPS_LINT_CLIENT_WORKSPACE_H_

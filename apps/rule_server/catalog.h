@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The rules that findings are recorded for.
 
 #ifndef VOK_APPS_RULE_SERVER_CATALOG_H_

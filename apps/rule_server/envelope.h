@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The outside of requests and responses.
 
 #ifndef VOK_APPS_RULE_SERVER_ENVELOPE_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the rule server gets from the program that it runs in.
 
 #ifndef VOK_APPS_RULE_SERVER_ENVIRONMENT_H_

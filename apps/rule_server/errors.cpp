@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "rule_server/errors.h"
 
 #include <algorithm>

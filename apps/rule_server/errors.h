@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The error codes of the rule server, and how its parts report them.
 
 #ifndef VOK_APPS_RULE_SERVER_ERRORS_H_

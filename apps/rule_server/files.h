@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How the rule server reaches files: through this interface only.
 
 #ifndef VOK_APPS_RULE_SERVER_FILES_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a finding is made of: the rule, and what the client says about the case.
 
 #ifndef VOK_APPS_RULE_SERVER_FINDINGS_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How much the rule server records, and how it counts that.
 
 #ifndef VOK_APPS_RULE_SERVER_LIMITS_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "rule_server/rule_server.h"
 
 #include <google/protobuf/message.h>

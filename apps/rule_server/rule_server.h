@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A rule server in memory: it answers each of the fifteen types of request.
 //
 // What the protocol leaves to the server is decided as follows.

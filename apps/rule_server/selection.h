@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Which rules of a catalog a request means.
 
 #ifndef VOK_APPS_RULE_SERVER_SELECTION_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the rule server keeps of a session, and the result that it makes of that.
 
 #ifndef VOK_APPS_RULE_SERVER_SESSIONS_H_

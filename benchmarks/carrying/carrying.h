@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The benchmarks of messages, to be registered by main(). A name is "what, operation/who".
 
 #ifndef VOK_BENCHMARKS_CARRYING_CARRYING_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Benchmarks of the library's messages. With ALTERNATIVES also of other sizes and other libraries.
 
 #include "carrying/carrying.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include <google/protobuf/descriptor.h>
 #include <protozero/pbf_reader.hpp>
 #include <protozero/pbf_writer.hpp>

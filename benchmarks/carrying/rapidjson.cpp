@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include <google/protobuf/util/json_util.h>
 #include <rapidjson/document.h>
 #include <rapidjson/stringbuffer.h>

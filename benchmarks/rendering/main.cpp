@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Benchmarks Converter against other styles of rendering: single calls, and the texts of findings.
 
 #include <vok/rulecheck/Converter.h>

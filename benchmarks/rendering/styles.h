@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What Converter does, written as programs would write it without the library, in three styles:
 // std::string with snprintf for numbers, {fmt}, and std::ostringstream.
 

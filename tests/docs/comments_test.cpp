@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Each declaration of the schema has a comment that is a sentence.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The site of tools/docs: its links and anchors lead somewhere, and nothing is loaded from elsewhere."""
 
 import html.parser

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The code on docs/recipes.md, which is that of the files in examples.
 
 A comment before each block of code names its file. If the file has marked lines,

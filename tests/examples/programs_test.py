@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The programs of examples/, with good and with bad input."""
 
 import os

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The projects and commands of examples/, with the package installed as README.md says."""
 
 import os

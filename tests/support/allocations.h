@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The allocations of a program: how many there are, how much they take, and how to
 // make some fail. Linking this replaces operator new and, in a program without a
 // sanitizer, malloc.

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """What the tests of shared objects share: what binutils say of them."""
 
 import re

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The list of all message types, in declaration order, for templates.
 
 #ifndef VOK_TESTS_SUPPORT_MESSAGE_TYPES_H_

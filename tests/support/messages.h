@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the tests share: messages from text, bytes from hexadecimal digits, and
 // the list of all message types.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the text of a number may depend on, for a scope: the numeric locale of
 // the thread or of the process, and the rounding mode.
 //

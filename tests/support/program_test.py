@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """What the tests of programs share: a folder of their own, and how to run one."""
 
 import pathlib

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """What README.md shows its readers, for the tests that do as it says."""
 
 import pathlib

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What Converter returns, computed in another way: from the rules of its header,
 // with string streams and snprintf, for comparison. Slow, and without any code of
 // the library's.

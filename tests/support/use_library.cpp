@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "support/use_library.h"
 
 #include <google/protobuf/descriptor.h>

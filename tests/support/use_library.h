@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // One use of each part of the library, for tests of when and where it is used:
 // at first, at exit, in a plugin, in many threads.
 //

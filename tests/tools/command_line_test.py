@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The command lines of the tools, up to where they install and build."""
 
 import os

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """tools/demo from the command line to the report. Builds in build/demo."""
 
 import os

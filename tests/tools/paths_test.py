@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The linker gets its files wherever the checkout is. CMake is run, but nothing is compiled."""
 
 import os

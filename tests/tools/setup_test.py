@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """What the tools do before they build: tools/lib/setup.sh."""
 
 import fcntl

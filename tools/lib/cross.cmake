@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The toolchain of tools/matrix for the Debian architecture VOK_ARCH.
 
 set(cpu_arm64 aarch64)

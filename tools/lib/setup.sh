@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash
 # What the tools share: the list of Debian packages, and how a missing one is
 # installed. To be sourced by bash scripts that set -euo pipefail.
@@ -5,9 +6,8 @@
 # The packages that each purpose needs. Scripts use the lists, not this file.
 # shellcheck disable=SC2034
 {
-  bench_packages=(binutils libbenchmark-dev libfmt-dev libjemalloc2 libmimalloc2.0 libnanopb-dev
-    libprotobuf-c-dev libprotozero-dev libtcmalloc-minimal4 nanopb pkg-config protobuf-c-compiler
-    python3 rapidjson-dev zlib1g-dev)
+  bench_packages=(binutils libbenchmark-dev libfmt-dev libjemalloc2 libmimalloc2.0 libprotozero-dev
+    libtcmalloc-minimal4 pkg-config python3 rapidjson-dev)
   build_packages=(g++ cmake ninja-build libprotobuf-dev protobuf-compiler)
   app_packages=(libcli11-dev libkainjow-mustache-dev libre2-dev openssl pkg-config)
   lint_packages=(verilator)

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """Collects the pages of the site: the Markdown of the repository, and the sources that it links to.
 
 usage: pages.py ROOT FOLDER SITE

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """Prints the reference of the protocol as Markdown.
 
 usage: protocol.py < DESCRIPTOR_SET

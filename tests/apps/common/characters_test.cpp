@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Text of unknown origin on a terminal. html_report's tests have the rest.
 
 #include "common/characters.h"

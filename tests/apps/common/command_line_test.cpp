@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a program prints when something fails.
 
 #include "common/command_line.h"

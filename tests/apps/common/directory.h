@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A temporary directory, which the destructor removes.
 
 #ifndef VOK_TESTS_APPS_COMMON_DIRECTORY_H_

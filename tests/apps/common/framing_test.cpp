@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Messages on a stream of bytes.
 
 #include "common/framing.h"

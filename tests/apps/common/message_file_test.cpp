@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Messages in files of three formats.
 
 #include "common/message_file.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Files appear whole or not at all, whatever fails and whenever the program ends.
 
 #include <dlfcn.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Which texts are addresses, and which addresses may be used without TLS.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """Certificates, made by the commands of the manual."""
 
 import os

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """Clients in several languages at once: no finding is lost or doubled."""
 
 import collections

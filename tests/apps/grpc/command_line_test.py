@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The command lines of rule_server and grpc_lint_client."""
 
 import unittest

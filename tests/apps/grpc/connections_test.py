@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """Connections of clients that do nothing, and how many the server takes."""
 
 import concurrent.futures

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """Memory that clients cost: the server lives on under a limit of its address space."""
 
 import random

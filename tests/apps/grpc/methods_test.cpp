@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The methods, called through gRPC within the process.
 
 #include <google/protobuf/message.h>
@@ -237,6 +239,32 @@ TEST(Statuses, AreThoseOfTheManual) {
 TEST(Statuses, HaveTextsThatFitIntoATrailer) {
   const Status status = rule_grpc::refusal(StatusCode::INTERNAL, std::string(100000, 'x'));
   EXPECT_EQ(std::string(1000, 'x') + "...", status.error_message());
+}
+
+// A client in C++ sends what is incomplete; the server refuses it.
+TEST(Methods, RefuseArgumentsThatLackARequiredField) {
+  const std::map<std::string, const char*> missing = {
+      {"exchangeToken", "missing token"},
+      {"stopServer", "missing token"},
+      {"upsertRuleSpec", "missing key, full_name"},
+      {"startSession", "missing name"},
+      {"stopSession", "missing name"},
+      {"getSessionResult", "missing name"},
+      {"resetSession", "missing name"},
+      {"writeReport", "missing name"},
+      {"createAffirmation", "missing rule_key"},
+      {"createViolation", "missing rule_key"},
+  };
+  Service service;
+  for (const auto& row : missing) {
+    const Outcome outcome = service.call({row.first, ""});
+    EXPECT_EQ(StatusCode::INVALID_ARGUMENT, outcome.status.error_code()) << row.first;
+    EXPECT_EQ(row.second, outcome.status.error_message()) << row.first;
+  }
+  const Outcome nested =
+      service.call({"createViolation", "rule_key: 'W' args { arg { } arg { ref { url { } } } }"});
+  EXPECT_EQ("missing args.arg[1].ref.type, args.arg[1].ref.url.scheme",
+            nested.status.error_message());
 }
 
 TEST(Methods, TellWhoOwnsTheServerWhenItIsToStop) {

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The most memory that clients can have the server take with its default limits."""
 
 import time

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """A connection that a test can break."""
 
 import math

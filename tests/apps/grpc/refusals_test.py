@@ -1,11 +1,15 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """What the server refuses, and that it goes on."""
 
 import signal
+import socket
 import threading
 import time
 import unittest
 
 import grpc
+from proxy import Proxy
 from servers import ENDED_WELL, METHODS, SERVICE, Server, ServerTest, protocol
 
 MEBIBYTE = 1 << 20
@@ -102,6 +106,10 @@ class Arguments(RefusalsTest):
             self.assertEqual(status, "UNIMPLEMENTED", text)
         self.assertLess(self.server.most_memory(), 200 * MEBIBYTE)
 
+    def test_for_methods_that_do_not_exist(self):
+        for method in ["/vok.rulecheck.RuleCheckService/getRuleSpecs", "/nothing.Here/getVersion"]:
+            self.assertEqual(self.client.refusal(method)[0], "UNIMPLEMENTED", method)
+
 
 def argument_of_size(argument, size):
     """An argument with an unknown field of as many bytes as are missing."""
@@ -122,11 +130,65 @@ def varint(number, width):
     return bytes((number >> 7 * i & 0x7F) | (0x80 if i < width - 1 else 0) for i in range(width))
 
 
+class Bytes(RefusalsTest):
+    def test_that_are_no_conversation(self):
+        host, port = self.server.address.rsplit(":", 1)
+        for content in [b"GET / HTTP/1.1\r\n\r\n", b"\0" * 1000, b"\x16\x03\x01" + b"x" * 500,
+                        b"PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n" + b"\xff" * 1000]:
+            with socket.create_connection((host, int(port)), timeout=60) as connection:
+                connection.sendall(content)
+                connection.shutdown(socket.SHUT_WR)
+                try:
+                    while connection.recv(4096):
+                        pass
+                except ConnectionResetError:
+                    pass
+
+
+class Frames(RefusalsTest):
+    """What a client sends is changed on its way, as clients make no such frames."""
+
+    def test_that_are_malformed(self):
+        argument = protocol.ExchangeToken(token="secret").SerializeToString()
+        good = b"\0" + len(argument).to_bytes(4, "big") + argument
+        malformed = ("INVALID_ARGUMENT", "malformed bytes")
+        missing = ("INVALID_ARGUMENT", "missing token")
+        cases = {
+            good: ("OK", None),
+            b"\0\0\0\0\x09" + argument: malformed,
+            b"\0\0\x10\0\0" + argument: malformed,
+            b"\0\xff\xff\xff\xff" + argument: malformed,
+            b"\0\0\0\0\x07" + argument: malformed,
+            b"\0\0\0\0\0" + argument: missing,
+            b"\2" + good[1:]: missing,
+            b"\xff" + good[1:]: missing,
+        }
+        for frame, expected in cases.items():
+            with self.subTest(frame):
+                proxy = Proxy(self, self.server.address, change=lambda sent, new=frame:
+                              sent.replace(good, new))
+                client = self.channel(proxy.address)
+                self.assertEqual(client.refusal("exchangeToken", argument), expected)
+                client.channel.close()
+
+
 class Tokens(RefusalsTest):
     @staticmethod
     def attempt(client, token, method="exchangeToken"):
         return client.channel.unary_unary(f"/{SERVICE}/{method}").future(
             protocol.ExchangeToken(token=token).SerializeToString(), timeout=60)
+
+    def test_that_are_not_the_servers(self):
+        calls = {
+            (token, method): self.attempt(self.client, token, method)
+            for token in ["", "Secret", "secreT", "secret ", "secret\n", "\0secret",
+                          "secretsecret", "s", "secre"]
+            for method in ["exchangeToken", "stopServer"]}
+        for key, call in calls.items():
+            self.assertEqual(
+                (call.code().name, call.details()),
+                ("UNAUTHENTICATED", "the token is not this server's"), key)
+        self.assertEqual(self.client.call("exchangeToken", token="secret").code, 0)
 
     def test_take_a_second_after_a_guess_and_nothing_else_does(self):
         self.assertEqual(self.attempt(self.client, "first").code().name, "UNAUTHENTICATED")

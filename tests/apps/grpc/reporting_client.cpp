@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // usage: reporting_client ADDRESS CA CERTIFICATE KEY SHARED NAME COUNT
 //
 // A client that opens a session of its own, and reports so many violations of the rule

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The client of reporting_client.cpp, in JavaScript; the environment variable SCHEMA names the schema.
 
 import { readFileSync } from "node:fs";

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The client of reporting_client.cpp, in Python."""
 
 import sys

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """Who is let in, and by whom."""
 
 import os

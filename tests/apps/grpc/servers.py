@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """A rule server under test, and a client that sends it messages or bytes."""
 
 import os

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """How the server ends, and what its clients see."""
 
 import concurrent.futures

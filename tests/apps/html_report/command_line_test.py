@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """How html_report answers on the command line."""
 
 import unittest

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // make_results hostile FOLDER         a result per hostile text and kind of resource
 // make_results convert FROM TO        the same result in another format
 // make_results many COUNT RULES FILE  a result with that many violations, of that many rules

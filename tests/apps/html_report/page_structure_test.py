@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """What an HTML parser finds in the page, whatever the texts of the result are."""
 
 import base64

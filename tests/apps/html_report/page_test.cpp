@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "html_report/html_report.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The programs under test."""
 
 import os

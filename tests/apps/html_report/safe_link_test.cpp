@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "html_report/safe_link.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The rules that the client brings along.
 
 #include "lint_client/catalog.h"

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The command line of lint_client, with a stand-in for Verilator."""
 
 import os

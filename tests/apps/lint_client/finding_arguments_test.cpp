@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a message says, in the protocol's terms.
 
 #include "lint_client/finding_arguments.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Verilator's output, taken apart.
 
 #include "lint_client/messages.h"

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The client under test, and a stand-in for Verilator."""
 
 import os

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """lint_client with the real Verilator."""
 
 import os

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the server refuses, and with which code.
 
 #include "rule_server/errors.h"

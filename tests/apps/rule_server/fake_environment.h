@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What surrounds a rule server in tests: nothing outside of the process.
 
 #ifndef VOK_TESTS_APPS_RULE_SERVER_FAKE_ENVIRONMENT_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Files in a directory, and nowhere else.
 
 #include "rule_server/files.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a finding is made of.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the server doesn't take, and that it keeps what it has.
 
 #include <gmock/gmock.h>

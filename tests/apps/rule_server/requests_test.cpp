@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What each type of request does when all is well.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Rules in files, and which of them a request selects.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A rule server whose environment are known to the test.
 
 #ifndef VOK_TESTS_APPS_RULE_SERVER_TEST_SERVER_H_
@@ -6,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "rule_server/rule_server.h"
 #include "fake_environment.h"
+#include "rule_server/rule_server.h"
 
 namespace tests {
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How long the refusal of a token takes.
 
 #include <gtest/gtest.h>
@@ -7,8 +9,8 @@
 #include <chrono>
 #include <string>
 
-#include "rule_server/rule_server.h"
 #include "fake_environment.h"
+#include "rule_server/rule_server.h"
 
 namespace {
 

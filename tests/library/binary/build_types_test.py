@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The library has one initializer and no finalizer in every build type, added to a
 project that may have none."""
 

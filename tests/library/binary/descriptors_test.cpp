@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A host that carries and renders messages doesn't pay for their descriptors: the
 // first use of reflection builds them. A program of its own, so that nothing else
 // does.

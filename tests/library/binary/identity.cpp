@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A client of the library, as a program and as a plugin: each is compiled from this
 // file, with options of its own. The program checks that both see the library's objects.
 //

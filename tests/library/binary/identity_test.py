@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """Programs see the library's own default instances, descriptors and types, also
 where the linker gave the program copies of them."""
 

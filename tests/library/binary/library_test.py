@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The shared object: its names, what it exports and imports, how it is linked."""
 
 import os

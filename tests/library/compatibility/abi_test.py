@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The shared object against the baseline: what breaks linked programs is found."""
 
 import lzma

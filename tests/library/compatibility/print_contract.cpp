@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Prints what the schema declares, without comments: the library's schema, or that of
 // a file with a FileDescriptorSet.
 //

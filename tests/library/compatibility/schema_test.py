@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The schema against the baseline: changes that break programs are found, others are not.
 
 Every change shows in contract.txt. To update it after a change that may be made:

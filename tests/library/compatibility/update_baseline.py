@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Replaces the baseline, what programs of the last release rely on, by that of the sources.
 
 usage: tests/library/compatibility/update_baseline.py

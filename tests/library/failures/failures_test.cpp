@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Failures of the C and C++ libraries while a text is made: std::bad_alloc comes
 // out, never a text that is cut, and nothing is leaked or changed.
 

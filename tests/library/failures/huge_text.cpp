@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "huge_text.h"
 
 #include <sys/mman.h>

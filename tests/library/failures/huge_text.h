@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Texts that are larger than the machine's memory.
 
 #ifndef VOK_TESTS_LIBRARY_FAILURES_HUGE_TEXT_H_

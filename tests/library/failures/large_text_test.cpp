@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Texts of more than 4 GiB. They take as much memory, and seconds.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Texts that are too long: longer than the memory that is left, or than what a
 // string can hold. An exception comes out, at once, and nothing is leaked or
 // changed. The lengths are such that 32 bits would not do, or 63.

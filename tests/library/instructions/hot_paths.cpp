@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs each hot path a thousand times, after a first time that is not counted,
 // and has callgrind write its counts under the path's name.
 

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """Instructions of the hot paths, counted by callgrind, against committed figures.
 
 What counts is what the library and the Protocol Buffers runtime execute

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The client in Python. README.md says what its commands do."""
 
 import sys

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The client of @bufbuild/protobuf.
 
 import { create, fromBinary, isFieldSet, toBinary } from '@bufbuild/protobuf';

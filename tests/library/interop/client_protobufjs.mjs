@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The client of protobufjs.
 
 import Long from 'long';

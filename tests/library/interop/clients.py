@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The clients: what each one needs, how it is built from the schema, and how it is run."""
 
 import functools

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """A client in another language: what it reads and writes again, and how it talks to the server."""
 
 import os

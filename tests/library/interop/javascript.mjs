@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the clients in JavaScript share. README.md says what their commands do.
 
 import { readFileSync, writeSync } from 'node:fs';

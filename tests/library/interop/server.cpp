@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The rule server with standard input and output for a transport: answers length-delimited requests
 // until its input ends.
 

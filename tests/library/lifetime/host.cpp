@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A program that knows nothing of the library and loads what it is told to. See
 // usage().
 

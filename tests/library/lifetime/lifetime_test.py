@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The library at unusual times: loaded and unloaded, after a fork, before main and
 after it, after the runtime's shutdown, and beside a second copy of the schema.
 

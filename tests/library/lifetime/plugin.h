@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a plugin of the tests offers its host, under the name "plugin".
 
 #ifndef VOK_TESTS_LIBRARY_LIFETIME_PLUGIN_H_

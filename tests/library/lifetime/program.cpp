@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // usage: program [fork_before|fork_after|shutdown|leaking]
 //
 // Uses everything; forks before or after the first use, or gives back what the runtime

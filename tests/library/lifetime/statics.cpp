@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A static object that uses the library while it is constructed and destroyed,
 // and keeps a message. OWNER says whose it is.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Every golden vector cut at every byte, and with every single bit flipped.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How much memory hostile bytes can take. docs/protocol.md promises these numbers.
 
 #include <gmock/gmock.h>

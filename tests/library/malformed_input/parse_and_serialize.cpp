@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "parse_and_serialize.h"
 
 #include <google/protobuf/arena.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Parses and serializes untrusted bytes.
 
 #ifndef VOK_TESTS_LIBRARY_MALFORMED_INPUT_PARSE_AND_SERIALIZE_H_

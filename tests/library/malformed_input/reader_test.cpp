@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What a reader may rely on: which bytes parse, and what is written of the message.
 
 #include <google/protobuf/descriptor.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Every field of every message with everything but what belongs there: each
 // wrong wire type, lengths that nothing backs, and unlisted numbers.
 

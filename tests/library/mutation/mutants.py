@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """Small changes of a C++ source, each of which a good test would notice.
 
 A source is read as tokens, by knowledge of the language and of how clang-format

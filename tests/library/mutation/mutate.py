@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """Mutation testing of a source of the library. Called by tools/mutate, which has the help."""
 
 import collections

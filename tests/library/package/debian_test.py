@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The Debian packages that tools/package has built: what they are, and how users get on with them."""
 
 import os

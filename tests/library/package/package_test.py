@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The package as users meet it: consumer projects are configured, built and run."""
 
 import itertools

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """The same sources give the same bytes, wherever and however they are built."""
 
 import hashlib

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """Installs the library, or a component of it, for tests and moves the installation.
 
 usage: stage.py CMAKE BUILD_DIR WORK_DIR [COMPONENT]

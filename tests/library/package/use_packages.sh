@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # Installs, uses and removes the packages in the system that this runs in, which has
 # nothing else, and builds the library from its sources there. The folder of this
 # script has the packages, the sources, README.md's program, commands and list of

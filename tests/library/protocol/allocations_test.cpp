@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What carrying allocates: nothing for one more request that a message is reused
 // for, and one string for a serialized result.
 

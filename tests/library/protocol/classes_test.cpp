@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What every message class does with a message whose fields are all set: copies,
 // assignment, swap, merges, messages of another class. The golden vectors have one
 // such message of each type.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Every enum: which numbers it accepts, its bounds, its names.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 """Writes the fields of contract.txt as macros for fields_test.cpp: fields.py CONTRACT OUTPUT."""
 
 import re

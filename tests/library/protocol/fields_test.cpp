@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the class of a message offers for each field. fields.py lists the fields.
 
 #include <google/protobuf/descriptor.h>

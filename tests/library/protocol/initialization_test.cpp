@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Which messages are complete. The table is written by hand, not derived from the
 // descriptors.
 

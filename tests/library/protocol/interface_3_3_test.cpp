@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the generated code offers with releases of the runtime before 3.4 only.
 
 #include <dlfcn.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // How messages merge: scalars overwrite, sub-messages combine, lists append, map
 // values are replaced whole.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What every message class offers: default instances, construction, copies,
 // presence, clearing, arenas.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A process whose runtime is older than the release that the library was generated
 // with: its check of the versions, which aborts, is replaced by one that says so.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Bytes on the wire, exactly: what is written for what is set, and what is read
 // from what arrives.
 

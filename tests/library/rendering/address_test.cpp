@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Addresses of resources.
 
 #include <gtest/gtest.h>

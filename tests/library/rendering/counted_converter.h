@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Converter as the tests of rendering call it: the same functions, and each call
 // is held to the promise on allocations.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The examples in the comments of Converter.h.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // HTML of resources, links and references.
 
 #include <gtest/gtest.h>

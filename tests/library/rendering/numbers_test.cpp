@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Numbers: doubles as printf's "%f" under every numeric locale and rounding
 // mode, integers as plain digits under every locale.
 

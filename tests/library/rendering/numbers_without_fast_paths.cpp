@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Numbers as a 32-bit target and GCC 10's library get them.
 
 #include <charconv>

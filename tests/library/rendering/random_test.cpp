@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Random arguments: lists are their members joined, and every call keeps the
 // promise on allocations.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Display words and plain text.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // usage: data_race setting|rendering
 //
 // Modifies a message in one thread while another one modifies or renders it,

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Many threads that do something at once.
 
 #ifndef VOK_TESTS_LIBRARY_THREADS_RUN_AT_ONCE_H_

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The rule server from many threads: no finding is lost, none is there twice.
 
 #include <gmock/gmock.h>

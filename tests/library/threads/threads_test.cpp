@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The library in many threads at once: its first use, reading one message, and
 // rendering while each thread changes its own locale and rounding mode.
 

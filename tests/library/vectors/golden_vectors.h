@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The golden vectors: a file for each case, with what it shows, and the bytes and the
 // text form of a message.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What holds for every golden vector, and that every message has one.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Schemes, widths and accessibility.
 
 import assert from 'node:assert/strict';

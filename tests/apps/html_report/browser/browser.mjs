@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A browser, pages in it, and what can be asked of a page.
 
 import { pathToFileURL } from 'node:url';

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs checks, says how each ended, and counts them.
 
 import assert from 'node:assert/strict';

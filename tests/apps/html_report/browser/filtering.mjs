@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the filter shows and says, and what folds.
 
 import assert from 'node:assert/strict';

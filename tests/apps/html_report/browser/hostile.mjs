@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Pages whose every text would do harm if it were taken for markup.
 
 import assert from 'node:assert/strict';

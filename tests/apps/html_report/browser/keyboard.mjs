@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The page without a mouse.
 
 import assert from 'node:assert/strict';

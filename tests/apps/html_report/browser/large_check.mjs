@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Measures pages of 20,000 findings in a browser.
 //
 //   node large_check.mjs FOLDER_FOR_PICTURES

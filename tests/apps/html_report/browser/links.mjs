@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Where links lead.
 
 import assert from 'node:assert/strict';

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The pages that the checks look at, in a folder that is gone when the program ends.
 
 import { execFileSync } from 'node:child_process';

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The page when it is printed, and without its script.
 
 import assert from 'node:assert/strict';

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Looks at report pages in a browser.
 //
 //   node report_check.mjs FOLDER_FOR_PICTURES

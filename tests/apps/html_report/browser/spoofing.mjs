@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Names and texts that would cover or push away what is around them.
 
 import assert from 'node:assert/strict';

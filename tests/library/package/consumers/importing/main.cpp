@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The imported type is the library's own.
 
 #include <google/protobuf/descriptor.h>

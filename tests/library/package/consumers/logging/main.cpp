@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Carries bytes that are not UTF-8 through every operation. Whatever is logged
 // goes to the standard error output, which the test watches. With the argument
 // "host" the program's own message carries them: its debugging code does log.

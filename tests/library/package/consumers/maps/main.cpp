@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Maps that the library fills and this program reads, and the reverse. Each side
 // has its own compiled copy of the runtime's map; both must agree on the bucket
 // of a key. Prints what differs, and exits with the number of failures.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The C library's macros major and minor, defined before our headers: they take
 // part in naming the accessors of Version, which are called as usual.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // An outside program: it links the library and uses all of it. C++11.
 
 #include <google/protobuf/message.h>
@@ -17,12 +19,12 @@ using namespace vok::rulecheck;
 
 static int failures = 0;
 
-#define CHECK(condition)                                      \
-  do {                                                        \
-    if (!(condition)) {                                       \
+#define CHECK(condition)                                       \
+  do {                                                         \
+    if (!(condition)) {                                        \
       std::printf("%d: not true: %s\n", __LINE__, #condition); \
-      ++failures;                                             \
-    }                                                         \
+      ++failures;                                              \
+    }                                                          \
   } while (false)
 
 bool worksWithMacrosBefore();
