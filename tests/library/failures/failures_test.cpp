@@ -119,7 +119,7 @@ struct Call {
   std::function<std::string()> render;
 };
 
-// The text with 700 letters in the place of each asterisk.
+// The text, with each asterisk replaced by 700 letters.
 std::string lengthened(const std::string& text) {
   std::string longer;
   for (const char c : text) {
