@@ -299,7 +299,9 @@ class Schema(PackageTest):
 
 class Programs(PackageTest):
     def test_build_on_their_own_against_the_installed_package(self):
-        result = self.configure(SOURCE / "apps", f"-DCMAKE_PREFIX_PATH={PREFIX_PATH}")
+        result = self.configure(SOURCE / "apps", f"-DCMAKE_PREFIX_PATH={PREFIX_PATH}",
+                                "-DCMAKE_DISABLE_FIND_PACKAGE_gRPC=ON",
+                                "-DCMAKE_UNITY_BUILD=ON", "-DCMAKE_UNITY_BUILD_BATCH_SIZE=0")
         self.assertEqual(result.returncode, 0, result.stdout)
         self.succeed(CMAKE, "--build", self.build)
         session = self.build / "session.txtpb"
