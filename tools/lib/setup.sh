@@ -46,6 +46,20 @@ fail() {
   exit 2
 }
 
+# Prints the comment at the start of the script, which is its manual.
+show_help() {
+  sed -nE '3,/^set /s/^# ?//p' "$0"
+  exit
+}
+
+take_no_arguments() {
+  case ${1-} in
+    '') ;;
+    -h | --help) show_help ;;
+    *) fail "unknown argument $1 (see --help)" ;;
+  esac
+}
+
 # Sets log to the descriptor of a file that has no name, so that no signal leaves it behind.
 open_log() {
   local name

@@ -118,7 +118,7 @@ class Packager(PackageTest):
     """Builds as those make them who package the library for others."""
 
     def test_flags_names_and_folders_of_a_packager_are_kept(self):
-        self.build /= "a, b"
+        self.build /= "a$b, c"
         outside = tempfile.TemporaryDirectory()
         self.addCleanup(outside.cleanup)
         folders = {name: pathlib.Path(outside.name, name) for name in ("LIBDIR", "INCLUDEDIR")}
