@@ -90,7 +90,7 @@ class FindPackage(PackageTest):
     def test_another_major_or_a_later_minor_version_is_not_found(self):
         project = self.build / "project"
         project.mkdir()
-        for version, accepted in (("1.4", True), ("1.0", True), ("1.5", False), ("2.0", False)):
+        for version, accepted in (("1.4", True), ("1.0", True), ("0.9", False), ("1.5", False), ("2.0", False)):
             (project / "CMakeLists.txt").write_text(
                 "cmake_minimum_required(VERSION 3.25)\nproject(p LANGUAGES CXX)\n"
                 f"find_package(vok_rulecheck {version} REQUIRED)\n")
