@@ -9,7 +9,7 @@
 #include <iterator>
 #include <string>
 
-#include "target.h"
+#include "check.h"
 
 namespace {
 
