@@ -18,7 +18,7 @@ std::string flawOf(const std::string& key, const RuleSpec& rule) {
     return "a key has 1 to 255 bytes";
   }
   if (rule.key() != key) {
-    return "it stands under the key " + quoted(key);
+    return "it has the key " + quoted(key) + " in the file";
   }
   if (rule.full_name().empty()) {
     return "its full name is empty";

@@ -21,19 +21,6 @@ const google::protobuf::FieldDescriptor* bodyOf(Request::RequestType type) {
   return Request::descriptor()->FindFieldByNumber(number);
 }
 
-Response ofType(Response::ResponseType type) {
-  Response response;
-  response.set_type(type);
-  return response;
-}
-
-template <typename Body>
-Response carrying(Response::ResponseType type, Body* (Response::*mutableBody)(), Body body) {
-  Response response = ofType(type);
-  *(response.*mutableBody)() = std::move(body);
-  return response;
-}
-
 }  // namespace
 
 void checkEnvelope(const Request& request) {
@@ -59,40 +46,33 @@ void checkEnvelope(const Request& request) {
 }
 
 Response respond(ErrorCode code, const std::string& text) {
-  Response response = ofType(Response::ERROR_RESPONSE);
-  response.mutable_error()->set_code(static_cast<std::int32_t>(code));
-  std::string line = text;
+  vok::rulecheck::ErrorResponse error;
+  error.set_code(static_cast<std::int32_t>(code));
+  error.set_msg(text);
   std::replace_if(
-      line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
-  response.mutable_error()->set_msg(line);
-  return response;
+      error.mutable_msg()->begin(), error.mutable_msg()->end(),
+      [](char c) { return c == '\n' || c == '\r'; }, ' ');
+  return respond(std::move(error));
 }
 
 Response respond(const std::string& status) {
-  Response response = ofType(Response::STATUS_RESPONSE);
-  response.mutable_status()->set_code(0);
-  response.mutable_status()->set_msg(status);
+  vok::rulecheck::StatusResponse body;
+  body.set_code(0);
+  body.set_msg(status);
+  return respond(std::move(body));
+}
+
+Response respond(google::protobuf::Message&& body) {
+  Response response;
+  for (int type = Response::ResponseType_MIN; type <= Response::ResponseType_MAX; ++type) {
+    const auto* field = Response::descriptor()->FindFieldByNumber(type + 2);
+    if (field->message_type() == body.GetDescriptor()) {
+      response.set_type(static_cast<Response::ResponseType>(type));
+      auto* target = response.GetReflection()->MutableMessage(&response, field);
+      target->GetReflection()->Swap(target, &body);
+    }
+  }
   return response;
-}
-
-Response respond(vok::rulecheck::Affirmation affirmation) {
-  return carrying(Response::AFFIRMATION, &Response::mutable_affirmation, std::move(affirmation));
-}
-
-Response respond(vok::rulecheck::Session session) {
-  return carrying(Response::SESSION, &Response::mutable_session, std::move(session));
-}
-
-Response respond(vok::rulecheck::SessionResult result) {
-  return carrying(Response::SESSION_RESULT, &Response::mutable_session_result, std::move(result));
-}
-
-Response respond(vok::rulecheck::Version version) {
-  return carrying(Response::VERSION, &Response::mutable_version, std::move(version));
-}
-
-Response respond(vok::rulecheck::Violation violation) {
-  return carrying(Response::VIOLATION, &Response::mutable_violation, std::move(violation));
 }
 
 }  // namespace rule_server

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The outside of requests and responses.
+// Checks the envelope of requests, and makes that of responses.
 
 #ifndef VOK_APPS_RULE_SERVER_ENVELOPE_H_
 #define VOK_APPS_RULE_SERVER_ENVELOPE_H_
 
+#include <google/protobuf/message.h>
 #include <vok/rulecheck/RuleService.pb.h>
 
 #include <string>
@@ -19,11 +20,8 @@ void checkEnvelope(const vok::rulecheck::Request& request);
 
 vok::rulecheck::Response respond(ErrorCode code, const std::string& text);
 vok::rulecheck::Response respond(const std::string& status);
-vok::rulecheck::Response respond(vok::rulecheck::Affirmation affirmation);
-vok::rulecheck::Response respond(vok::rulecheck::Session session);
-vok::rulecheck::Response respond(vok::rulecheck::SessionResult result);
-vok::rulecheck::Response respond(vok::rulecheck::Version version);
-vok::rulecheck::Response respond(vok::rulecheck::Violation violation);
+// Moves the body into a response of its type.
+vok::rulecheck::Response respond(google::protobuf::Message&& body);
 
 }  // namespace rule_server
 

@@ -45,8 +45,8 @@ class Failure : public std::runtime_error {
   ErrorCode code_;
 };
 
-// A text of the request's, for error messages: in quotes, cut if it is long, and with
-// spaces in the place of zero bytes, which would end the message.
+// A text of the request, for error messages: in quotes, cut if it is long, and with spaces
+// instead of zero bytes, which would end the message.
 std::string quoted(const std::string& text);
 
 }  // namespace rule_server

@@ -11,8 +11,8 @@
 
 namespace rule_server {
 
-// The category of a violation under which the reason of its waiver stands. The
-// dynamic category value "waiver" puts it there.
+// The category of a violation that has the reason of its waiver, which the client sends as the
+// dynamic category value "waiver".
 constexpr std::int32_t kWaiverCategory = 1;
 
 bool isWaived(const vok::rulecheck::CreateViolation& body);

@@ -198,7 +198,7 @@ Response Server::perform(const vok::rulecheck::GetSession& body) {
     const std::lock_guard<std::mutex> lock(mutex_);
     return session(body.session_uuid()).about;
   }();
-  return respond(*about);
+  return respond(Session(*about));
 }
 
 Response Server::perform(const vok::rulecheck::GetSessionResult& body) {
@@ -210,7 +210,7 @@ Response Server::perform(const vok::rulecheck::GetVersion& /*body*/) {
   version.set_major(vok::rulecheck::MAJOR);
   version.set_minor(vok::rulecheck::MINOR);
   version.set_patch(vok::rulecheck::PATCH);
-  return respond(version);
+  return respond(std::move(version));
 }
 
 // Lengths of keys are checked before a pattern sees them.

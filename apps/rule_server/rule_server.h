@@ -1,60 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A rule server in memory: it answers each of the fifteen types of request.
-//
-// What the protocol leaves to the server is decided as follows.
-//
-// Requests
-//   * A request carries the body of its type and no other body. The body of
-//     STOP_SERVER is exchange_token.
-//   * Each failure is an ERROR_RESPONSE with a code of errors.h, and changes
-//     nothing but what README.md says of WRITE_REPORT. Each success that returns
-//     no data is a STATUS_RESPONSE with code 0.
-//
-// Sessions
-//   * START_SESSION takes the uuid that it names, or makes one if that is absent
-//     or empty; its pid is not kept. timestamp is in milliseconds since 1970 (UTC).
-//   * Where a request carries a Session, only the uuid of it counts.
-//   * STOP_SESSION closes a session to findings, RESET_SESSION and another
-//     STOP_SESSION. Its result can still be asked for and written.
-//   * RESET_SESSION discards the findings; the next one has the number 1 again.
-//   * GET_RULESPECS is answered with a SESSION_RESULT that has the specifications
-//     of the session's result, and neither findings nor counts.
-//
-// Findings
-//   * Their ids are 1, 2, ... in the order in which the session got them, and are
-//     the keys of the maps.
-//   * severity is the request's, or else the rule's, or else SEV_UNKNOWN.
-//   * threshold_value is the request's, or else the rule's. expects, examples and
-//     categories are the rule's.
-//   * The text of details is the rule's raw_msg (of an affirmation: affirm_msg), or
-//     else its full_name; resolution is the rule's resolution_msg, if it has one.
-//     In a text, "%1" stands for the first argument and "%%" for a percent sign;
-//     arguments that no text names follow it. resolution has the arguments only if
-//     its text names one.
-//   * A dynamic category value is named by the number of a category that the rule's
-//     dynamic_categories has as true, and is kept under that number in categories.
-//   * A violation whose dynamic category values have a "waiver" is recorded as
-//     waived. The waiver's value is its reason: not empty, and kept in categories
-//     under kWaiverCategory.
-//   * The result's specs_violated has the rules of all violations, waived or not, as
-//     the catalog has them when the result is asked for.
-//
-// Rules
-//   * A key has 1 to 255 bytes, a full_name is not empty, and category 1 is left to
-//     waivers. A READONLY rule can't be replaced, and there are no findings for a
-//     PLANNED one. session_names and architectures are kept and not looked at.
-//   * A file of rules holds a RuleSpecMap in the format of its extension (see
-//     common/message_file.h). pattern ("*" any bytes, "?" any byte) must match the
-//     whole key, and regex (RE2's syntax) a part of it; a rule is selected if all that are
-//     present match. Both have at most 1000 bytes. Matching takes five seconds at most.
-//   * LOAD_RULESPEC_FILE skips selected rules that UPSERT_RULESPEC would refuse; with
-//     validate it refuses the file instead. To DUMP_RULES validate makes no
-//     difference, as all rules in the catalog are valid. A key of more than 255 bytes
-//     is refused whether or not it is selected.
-//   * The extension of a report_file is .html or .htm.
-//   * A file's address has the scheme FILE, a path, and "localhost" or nothing as its
-//     host; the path is taken byte by byte, and has no zero byte.
+// A rule server in memory. README.md has what the protocol leaves to the server.
 
 #ifndef VOK_APPS_RULE_SERVER_RULE_SERVER_H_
 #define VOK_APPS_RULE_SERVER_RULE_SERVER_H_
@@ -74,8 +20,8 @@
 
 namespace rule_server {
 
-// The longest request that a transport takes, in bytes. Hostile bytes take up to 58 times
-// their length in memory once they are parsed, so that this one takes 58 MiB.
+// The longest request that a transport accepts, in bytes. Parsed, hostile bytes take up to 58
+// times their length in memory.
 constexpr std::size_t kMaxRequestBytes = 1U << 20;
 
 // Thread-safe; a long request delays no other. Each function of the environment is
@@ -84,9 +30,8 @@ class Server {
  public:
   explicit Server(Environment environment);
 
-  // Performs the request. Answers every request, whatever is in it, with a response
-  // that is initialized and has the body of its type and no other. Throws nothing
-  // but what a lack of memory throws.
+  // Answers every request, valid or not, with a response that is initialized and has the
+  // body of its type and no other. Throws only std::bad_alloc.
   vok::rulecheck::Response handle(const vok::rulecheck::Request& request);
 
   // Whether the request uses files, or asks for more than a few MiB. A transport that

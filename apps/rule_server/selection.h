@@ -13,7 +13,7 @@
 
 namespace rule_server {
 
-// Selects keys by a name pattern, in which "*" stands for any bytes and "?" for any one
+// Selects keys by a name pattern, in which "*" matches any bytes and "?" any one
 // byte, by a regular expression, by both or by neither. Takes time that is linear in the
 // length of a key.
 class Selection {

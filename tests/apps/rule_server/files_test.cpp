@@ -10,46 +10,46 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <stdexcept>
+#include <map>
 #include <string>
+#include <vector>
 
+#include "../common/directory.h"
 #include "common/message_file.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-// A directory "inside" with files and links in it, beside a directory "outside".
+// A directory "inside" with files and links in it, next to others.
 class DirectoryFiles : public testing::Test {
  protected:
-  DirectoryFiles() : base_(makeBase()) {
-    fs::create_directories(base_ / "inside/sub");
-    fs::create_directories(base_ / "inside-out");
-    fs::create_directories(base_ / "outside");
-    apps::writeFile((base_ / "inside/file").string(), "content");
-    apps::writeFile((base_ / "outside/file").string(), "secret");
-    apps::writeFile((base_ / "inside-out/file").string(), "secret");
-    fs::create_symlink(base_ / "outside", base_ / "inside/way-out");
-    fs::create_symlink(base_ / "outside/file", base_ / "inside/file-outside");
-    fs::create_symlink(base_ / "outside/new", base_ / "inside/nowhere");
-    fs::create_symlink("file", base_ / "inside/file-inside");
-    fs::create_directories(base_ / "inside/.ssh");
-    apps::writeFile((base_ / "inside/.profile").string(), "hidden");
-    fs::create_symlink(".profile", base_ / "inside/to-hidden");
-    fs::create_symlink("file", base_ / "inside/file.html");
-    fs::create_symlink("loop", base_ / "inside/loop");
-  }
-  ~DirectoryFiles() override { fs::remove_all(base_); }
-
-  static fs::path makeBase() {
-    std::string name = (fs::temp_directory_path() / "files_test-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) {
-      throw std::runtime_error("no temporary directory");
+  DirectoryFiles() {
+    for (const char* const folder :
+         {"inside/sub", "inside/.ssh", "inside-out", "outside/private"}) {
+      fs::create_directories(base_ / folder);
     }
-    return fs::canonical(name);
+    apps::writeFile(base_ / "inside/file", "content");
+    apps::writeFile(base_ / "inside/.profile", "hidden");
+    apps::writeFile(base_ / "outside/file", "secret");
+    apps::writeFile(base_ / "inside-out/file", "secret");
+    for (const auto& [name, target] :
+         std::map<const char*, const char*>{{"way-out", "../outside"},
+                                            {"file-outside", "../outside/file"},
+                                            {"nowhere", "../outside/new"},
+                                            {"to-private", "../outside/private/file"},
+                                            {"file-inside", "file"},
+                                            {"to-hidden", ".profile"},
+                                            {"file.html", "file"},
+                                            {"loop", "loop"},
+                                            {"../outside/loop", "loop"},
+                                            {"../alias", "inside"}}) {
+      fs::create_symlink(target, base_ / "inside" / name);
+    }
   }
 
-  const fs::path base_;
+  const tests::Directory directory_;
+  const fs::path base_ = fs::canonical(directory_.path());
 };
 
 TEST_F(DirectoryFiles, ReadsAndWritesWhatIsInIt) {
@@ -64,51 +64,49 @@ TEST_F(DirectoryFiles, ReadsAndWritesWhatIsInIt) {
   EXPECT_EQ("x", files.read("file"));
 }
 
-TEST_F(DirectoryFiles, TakesADirectoryThatIsALink) {
-  fs::create_symlink(base_ / "inside", base_ / "alias");
+TEST_F(DirectoryFiles, MayBeALinkAndMustExist) {
   rule_server::DirectoryFiles files(base_ / "alias");
   EXPECT_EQ("content", files.read("file"));
   EXPECT_EQ("content", files.read((base_ / "alias/file").string()));
-}
-
-TEST_F(DirectoryFiles, MustExist) {
   EXPECT_ANY_THROW(rule_server::DirectoryFiles(base_ / "missing"));
 }
 
 TEST_F(DirectoryFiles, RefusesPathsThatLeadOut) {
   rule_server::DirectoryFiles files(base_ / "inside");
-  for (const std::string& path : {std::string("../outside/file"),
-                                  std::string("sub/../../outside/file"),
-                                  (base_ / "outside/file").string(),
-                                  (base_ / "inside/../outside/file").string(),
-                                  (base_ / "inside-out/file").string(),
-                                  std::string("way-out/file"),
-                                  std::string("file-outside"),
-                                  std::string("way-out/new"),
-                                  std::string("nowhere"),
-                                  std::string("loop"),
-                                  std::string("to-hidden"),
-                                  std::string("sub"),
-                                  std::string("."),
-                                  std::string(".."),
-                                  std::string("/"),
-                                  std::string(""),
-                                  std::string("fi\0le", 5),
-                                  std::string("file\0", 5),
-                                  std::string(".ssh/keys"),
-                                  std::string(".profile"),
-                                  std::string("sub/.profile"),
-                                  std::string("file.html"),
-                                  std::string("sub/") + std::string(5000, 'n'),
-                                  std::string("/dev/null")}) {
+  const std::string base = base_.string();
+  const std::vector<std::string> paths = {"../outside/file",
+                                          "sub/../../outside/file",
+                                          base + "/outside/file",
+                                          base + "/inside/../outside/file",
+                                          base + "/inside-out/file",
+                                          "way-out/file",
+                                          "file-outside",
+                                          "way-out/new",
+                                          "nowhere",
+                                          "loop",
+                                          "to-hidden",
+                                          "sub",
+                                          ".",
+                                          "..",
+                                          "/",
+                                          "",
+                                          std::string("fi\0le", 5),
+                                          std::string("file\0", 5),
+                                          ".ssh/keys",
+                                          ".profile",
+                                          "sub/.profile",
+                                          "file.html",
+                                          "sub/" + std::string(5000, 'n'),
+                                          "/dev/null"};
+  for (const std::string& path : paths) {
     SCOPED_TRACE(path.substr(0, 80));
     EXPECT_THROW(files.read(path), apps::FileError);
     EXPECT_THROW(files.write(path, "x"), apps::FileError);
   }
-  EXPECT_EQ("secret", apps::readFile((base_ / "outside/file").string()));
-  EXPECT_EQ("secret", apps::readFile((base_ / "inside-out/file").string()));
+  EXPECT_EQ("secret", apps::readFile(base_ / "outside/file"));
+  EXPECT_EQ("secret", apps::readFile(base_ / "inside-out/file"));
   EXPECT_FALSE(fs::exists(base_ / "outside/new"));
-  EXPECT_EQ("hidden", apps::readFile((base_ / "inside/.profile").string()));
+  EXPECT_EQ("hidden", apps::readFile(base_ / "inside/.profile"));
 }
 
 TEST_F(DirectoryFiles, RefusesFilesThatAreTooLong) {
@@ -122,7 +120,6 @@ TEST_F(DirectoryFiles, RefusesFilesThatAreTooLong) {
 TEST_F(DirectoryFiles, MayBeOneThatHoldsAHome) {
   const std::string home = (base_ / "inside/sub").string();
   ASSERT_EQ(0, setenv("HOME", home.c_str(), 1));
-  fs::create_symlink(base_ / "inside", base_ / "alias");
   for (const fs::path& directory :
        {fs::path("/"), fs::path(home), base_ / "inside", base_ / "alias", base_}) {
     EXPECT_TRUE(rule_server::holdsHome(directory)) << directory;
@@ -148,9 +145,6 @@ std::string errorOf(Work work) {
 // Whether something exists outside, and what it is.
 TEST_F(DirectoryFiles, TellsNothingOfWhatIsOutside) {
   rule_server::DirectoryFiles files(base_ / "inside");
-  fs::create_directories(base_ / "outside/private");
-  fs::create_symlink("loop", base_ / "outside/loop");
-  fs::create_symlink("../outside/private/file", base_ / "inside/to-private");
   fs::permissions(base_ / "outside/private", fs::perms::none);
   fs::permissions(base_, fs::perms{0755});
   const bool root = geteuid() == 0;  // which reads all folders

@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <map>
 #include <string>
-#include <vector>
 
 #include "common/message_file.h"
 #include "rule_server/errors.h"
@@ -17,105 +17,80 @@
 namespace tests {
 namespace {
 
+using rule_server::Selection;
 using vok::rulecheck::LoadRuleDataFile;
 using vok::rulecheck::RuleSpecMap;
 
-struct PatternCase {
-  std::string text;
-  std::string pattern;
-  bool matches;
-};
-
-TEST(Patterns, MatchWholeKeys) {
-  const PatternCase cases[] = {
+TEST(Selections, MatchPatternsWithWholeKeys) {
+  const struct {
+    std::string pattern;
+    std::string key;
+    bool matches;
+  } cases[] = {
       {"", "", true},
-      {"", "*", true},
-      {"", "**", true},
-      {"", "?", false},
-      {"a", "", false},
+      {"*", "", true},
+      {"?", "", false},
+      {"", "a", false},
       {"a", "a", true},
-      {"a", "b", false},
-      {"ab", "a", false},
       {"a", "ab", false},
-      {"a", "?", true},
-      {"ab", "?", false},
-      {"ab", "??", true},
-      {"abc", "a*", true},
-      {"abc", "*c", true},
-      {"abc", "*b*", true},
-      {"abc", "*d*", false},
-      {"abc", "a*c", true},
-      {"abc", "a*b", false},
-      {"aXbXc", "a*X?", true},
-      {"abcabc", "*abc", true},
-      {"abcab", "*abc", false},
-      {"a*c", "a\\*c", false},
-      {"a.c", "a.c", true},
-      {"abc", "a.c", false},
-      {"abc", "[a]bc", false},
-      {"abc", "ABC", false},
-      {std::string("a\0c", 3), "a?c", true},
-      {"a\n\xffz", "a??z", true},
-      {"a\n\xffz", "*\n\xff*", true},
-      {std::string("a\0c", 3), std::string("a\0?", 3), true},
-      {"mississippi", "m*iss*p*", true},
-      {std::string(5000, 'a'), "*a*a*a*a*a*a*b", false},
+      {"ab", "a", false},
+      {"?", "ab", false},
+      {"??", "ab", true},
+      {"a*", "abc", true},
+      {"*c", "abc", true},
+      {"*d*", "abc", false},
+      {"a*X?", "aXbXc", true},
+      {"*abc", "abcab", false},
+      {"a\\*c", "a*c", false},
+      {"a.c", "abc", false},
+      {"[a]bc", "abc", false},
+      {"ABC", "abc", false},
+      {"a??z", "a\n\xffz", true},
+      {"*\n\xff*", "a\n\xffz", true},
+      {std::string("a\0?", 3), std::string("a\0c", 3), true},
   };
-  for (const PatternCase& c : cases) {
+  for (const auto& c : cases) {
     LoadRuleDataFile body;
     body.set_pattern(c.pattern);
-    EXPECT_EQ(c.matches, rule_server::Selection(body).matches(c.text))
-        << c.text.substr(0, 20) << " against " << c.pattern;
+    EXPECT_EQ(c.matches, Selection(body).matches(c.key)) << c.pattern << " and " << c.key;
   }
 }
 
-struct SelectionCase {
-  const char* body;
-  std::string keys;
-};
-
-// Of the keys LATCH, WIDTH and WIDTHCONCAT.
-const SelectionCase selectionCases[] = {
-    {"", "LATCH WIDTH WIDTHCONCAT"},
-    {"pattern: 'WIDTH'", "WIDTH"},
-    {"pattern: 'WIDTH*'", "WIDTH WIDTHCONCAT"},
-    {"pattern: ''", ""},
-    {"regex: ''", "LATCH WIDTH WIDTHCONCAT"},
-    {"regex: 'DTH$'", "WIDTH"},
-    {"regex: 'A'", "LATCH WIDTHCONCAT"},
-    {"regex: '^[A-Z]{5}$'", "LATCH WIDTH"},
-    {"regex: '^(L|W)[A-Z]+H$'", "LATCH WIDTH"},
-    {"pattern: '*CH' regex: 'W'", ""},
-    {"pattern: 'W*' regex: 'C'", "WIDTHCONCAT"},
-};
-
-TEST(Selections, TakeWhatAllGivenMeansMatch) {
-  for (const SelectionCase& c : selectionCases) {
-    rule_server::Selection selection(parse<LoadRuleDataFile>(c.body));
+TEST(Selections, NeedAllThatIsPresentToMatch) {
+  const auto rows = rowsOf(R"(
+ | LATCH WIDTH WIDTHCONCAT
+pattern: 'WIDTH' | WIDTH
+pattern: 'WIDTH*' | WIDTH WIDTHCONCAT
+pattern: '' |
+regex: '' | LATCH WIDTH WIDTHCONCAT
+regex: 'DTH$' | WIDTH
+regex: '^[A-Z]{5}$' | LATCH WIDTH
+regex: '^(L|W)[A-Z]+H$' | LATCH WIDTH
+pattern: '*CH' regex: 'W' |
+pattern: 'W*' regex: 'C' | WIDTHCONCAT
+)");
+  for (const auto& row : rows) {
+    Selection selection(parse<LoadRuleDataFile>(row.at(0)));
     std::string keys;
-    for (const char* const key : {"LATCH", "WIDTH", "WIDTHCONCAT"}) {
-      keys += selection.matches(key) ? (keys.empty() ? "" : " ") + std::string(key) : "";
+    for (const std::string key : {"LATCH", "WIDTH", "WIDTHCONCAT"}) {
+      keys += selection.matches(key) ? (keys.empty() ? "" : " ") + key : "";
     }
-    EXPECT_EQ(c.keys, keys) << c.body;
+    EXPECT_EQ(row.at(1), keys) << row.at(0);
   }
 }
 
-// With a matcher that backtracks, each of these would run for ages.
-TEST(Selections, TakeLittleTimeForAnyExpression) {
-  for (const char* const regex : {"(a|a)*b", "(a*)*b", "(a+)+b", "a*a*a*a*a*a*a*a*a*a*a*a*b",
-                                  "(a|aa)+$b", "((((a?)+)+)+)+b", "(.*)(.*)(.*)(.*)(.*)[^a]"}) {
-    LoadRuleDataFile body;
-    body.set_regex(regex);
-    EXPECT_FALSE(rule_server::Selection(body).matches(std::string(255, 'a'))) << regex;
-  }
-}
-
-// Time that is quadratic in the length of the key would be a minute and more.
-TEST(Selections, TakeLittleTimeForLongKeys) {
-  LoadRuleDataFile body;
-  body.set_pattern("*" + std::string(500, 'a') + "b*" + std::string(400, 'a') + "?b");
+// A matcher that backtracks would take ages for the regular expressions, and one whose time is
+// quadratic more than a minute for the pattern.
+TEST(Selections, TakeLittleTime) {
+  const std::string pattern =
+      "pattern: '*" + std::string(500, 'a') + "b*" + std::string(400, 'a') + "?b'";
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(rule_server::Selection(body).matches(std::string(3000000, 'a')));
+  for (const std::string& expression :
+       {std::string("regex: '(a*)*b'"), std::string("regex: '(a|aa)+$b'"),
+        std::string("regex: '((((a?)+)+)+)+b'"), pattern}) {
+    Selection selection(parse<LoadRuleDataFile>(expression));
+    EXPECT_FALSE(selection.matches(std::string(expression == pattern ? 1000000 : 255, 'a')));
+  }
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
@@ -124,7 +99,7 @@ TEST(Selections, EndAfterFiveSeconds) {
   const std::string thousand = "(((.?){10}){10}){10}";
   LoadRuleDataFile body;
   body.set_regex(thousand + thousand + thousand + thousand + "x");
-  rule_server::Selection selection(body);
+  Selection selection(body);
   const auto start = std::chrono::steady_clock::now();
   EXPECT_THROW(
       for (int i = 0; i < 1000; ++i) { selection.matches(std::string(255, 'a')); },
@@ -132,108 +107,81 @@ TEST(Selections, EndAfterFiveSeconds) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
+// For this key the expression would take more than the five seconds.
+TEST(Selections, DoNotSeeKeysThatAreTooLong) {
+  const std::string thousand = "(((.?){10}){10}){10}";
+  TestServer server;
+  server.files.contents["r.txt"] =
+      "hashmap { key: '" + std::string(40000, 'a') + "' value { key: '' full_name: 'f' } }";
+  EXPECT_EQ("0 rules loaded, 1 rule skipped",
+            server.outcome("LOAD_RULESPEC_FILE data_file @r.txt regex: '" + thousand + thousand +
+                           thousand + thousand + "x'"));
+}
+
 const char* const kRules =
     "hashmap { key: 'A' value { key: 'A' full_name: 'first' } }"
     "hashmap { key: 'B' value { key: 'B' full_name: 'second' severity: SEV_ERROR } }"
     "hashmap { key: 'W' value { key: 'W' full_name: 'new widths' } }";
 
-std::string ask(TestServer& server, const std::string& type, const std::string& body,
-                const std::string& fields) {
-  const auto response = server.ask("type: " + type + ' ' + body + " { " + fields + " }");
-  return response.has_status() ? response.status().msg() : std::to_string(response.error().code());
-}
-
-std::string load(TestServer& server, const std::string& fields) {
-  return ask(server, "LOAD_RULESPEC_FILE", "load_rulespec_file", fields);
-}
-
-// The rules of the server, as text.
-std::string rulesOf(TestServer& server) {
-  ask(server, "DUMP_RULES", "dump_rules", "data_file { scheme: FILE path: 'all.txtpb' }");
-  return server.files.contents["all.txtpb"];
-}
-
-std::string keysOf(TestServer& server) {
+// The rules of the server.
+std::map<std::string, std::string> namesOf(TestServer& server) {
+  server.prepare("DUMP_RULES data_file @all.txtpb");
   RuleSpecMap rules;
-  apps::decodeFrom("all.txtpb", rulesOf(server), &rules);
-  std::string keys;
-  for (const char* const key : {"A", "B", "R", "W"}) {
-    keys += rules.hashmap().count(key) != 0 ? key : "";
+  apps::decodeFrom("all.txtpb", server.files.contents["all.txtpb"], &rules);
+  std::map<std::string, std::string> names;
+  for (const auto& [key, rule] : rules.hashmap()) {
+    names[key] = rule.full_name();
   }
-  EXPECT_EQ(keys.size(), rules.hashmap().size());
-  return keys;
+  return names;
 }
+
+using Names = std::map<std::string, std::string>;
 
 TEST(Rules, TravelThroughFilesOfEachFormat) {
   for (const std::string path : {"r.pb", "r.bin", "r.txtpb", "r.textproto", "r.txt", "r.json"}) {
     SCOPED_TRACE(path);
-    const std::string file = "data_file { scheme: FILE path: '" + path + "' }";
     TestServer first;
     first.files.contents["in.txt"] = kRules;
     EXPECT_EQ("3 rules loaded, 0 rules skipped",
-              load(first, "data_file { scheme: FILE path: 'in.txt' }"));
-    EXPECT_EQ("3 rules written", ask(first, "DUMP_RULES", "dump_rules", file));
+              first.outcome("LOAD_RULESPEC_FILE data_file @in.txt"));
+    EXPECT_EQ("3 rules written", first.outcome("DUMP_RULES data_file @" + path));
     TestServer second;
     second.files.contents[path] = first.files.contents[path];
-    EXPECT_EQ("3 rules loaded, 0 rules skipped", load(second, file + " validate: true"));
-    EXPECT_EQ(rulesOf(first), rulesOf(second));
+    EXPECT_EQ("3 rules loaded, 0 rules skipped",
+              second.outcome("LOAD_RULESPEC_FILE validate: true data_file @" + path));
+    EXPECT_EQ(namesOf(first), namesOf(second));
+    EXPECT_NE(std::string::npos, second.files.contents["all.txtpb"].find("SEV_ERROR"));
   }
 }
 
-TEST(Rules, AreLoadedIfSelected) {
+TEST(Rules, AreLoadedAndWrittenIfSelected) {
   TestServer server;
+  server.prepare("W");
   server.files.contents["r.txt"] = kRules;
   EXPECT_EQ("1 rule loaded, 0 rules skipped",
-            load(server, "data_file { scheme: FILE path: 'r.txt' } regex: '^B$'"));
-  EXPECT_EQ("B", keysOf(server));
+            server.outcome("LOAD_RULESPEC_FILE data_file @r.txt regex: '^B$'"));
+  EXPECT_EQ((Names{{"B", "second"}, {"W", "Widths"}}), namesOf(server));
+  server.prepare("LOAD_RULESPEC_FILE data_file @r.txt");
+  EXPECT_EQ((Names{{"A", "first"}, {"B", "second"}, {"W", "new widths"}}), namesOf(server));
+  EXPECT_EQ("2 rules written", server.outcome("DUMP_RULES data_file @o.txt regex: 'A|W'"));
+  EXPECT_EQ(std::string::npos, server.files.contents["o.txt"].find("second"));
 }
 
-TEST(Rules, AreWrittenIfSelected) {
+TEST(Rules, ThatAreRefusedAreSkippedOrFailAFileToValidate) {
   TestServer server;
-  server.files.contents["r.txt"] = kRules;
-  load(server, "data_file { scheme: FILE path: 'r.txt' }");
-  EXPECT_EQ("2 rules written", ask(server, "DUMP_RULES", "dump_rules",
-                                   "data_file { scheme: FILE path: 'o.txt' } regex: 'A|W'"));
-  RuleSpecMap rules;
-  apps::decodeFrom("o.txt", server.files.contents["o.txt"], &rules);
-  EXPECT_EQ(2u, rules.hashmap().size());
-  EXPECT_EQ(0u, rules.hashmap().count("B"));
-}
-
-TEST(Rules, ReplaceThoseWithTheirKeys) {
-  TestServer server;
-  server.prepare({kRule});
-  server.files.contents["r.txt"] = kRules;
-  load(server, "data_file { scheme: FILE path: 'r.txt' }");
-  EXPECT_NE(std::string::npos, rulesOf(server).find("new widths"));
-  EXPECT_EQ(std::string::npos, rulesOf(server).find("\"Widths\""));
-}
-
-const char* const kMixedRules =
-    "hashmap { key: 'A' value { key: 'A' full_name: 'sound' } }"
-    "hashmap { key: 'B' value { key: 'C' full_name: 'under another key' } }"
-    "hashmap { key: 'R' value { key: 'R' full_name: 'fixed already' } }";
-
-TEST(Rules, ThatAreRefusedAreSkipped) {
-  TestServer server;
-  server.prepare({kReadOnlyRule});
-  server.files.contents["r.txt"] = kMixedRules;
+  server.prepare("R");
+  server.files.contents["r.txt"] =
+      "hashmap { key: 'A' value { key: 'A' full_name: 'sound' } }"
+      "hashmap { key: 'B' value { key: 'C' full_name: 'under another key' } }"
+      "hashmap { key: 'R' value { key: 'R' full_name: 'fixed already' } }";
+  const std::string validate = "LOAD_RULESPEC_FILE data_file @r.txt validate: true ";
+  EXPECT_EQ("23", server.outcome(validate));
+  EXPECT_EQ("22", server.outcome(validate + "pattern: 'R'"));
+  EXPECT_EQ((Names{{"R", "Fixed"}}), namesOf(server));
+  EXPECT_EQ("1 rule loaded, 0 rules skipped", server.outcome(validate + "pattern: 'A'"));
   EXPECT_EQ("1 rule loaded, 2 rules skipped",
-            load(server, "data_file { scheme: FILE path: 'r.txt' }"));
-  EXPECT_EQ("AR", keysOf(server));
-  EXPECT_EQ(std::string::npos, rulesOf(server).find("fixed already"));
-}
-
-TEST(Rules, ThatAreRefusedFailAFileToValidate) {
-  TestServer server;
-  server.prepare({kReadOnlyRule});
-  server.files.contents["r.txt"] = kMixedRules;
-  EXPECT_EQ("23", load(server, "data_file { scheme: FILE path: 'r.txt' } validate: true"));
-  EXPECT_EQ("R", keysOf(server));
-  EXPECT_EQ("22",
-            load(server, "data_file { scheme: FILE path: 'r.txt' } validate: true pattern: 'R'"));
-  EXPECT_EQ("1 rule loaded, 0 rules skipped",
-            load(server, "data_file { scheme: FILE path: 'r.txt' } validate: true pattern: 'A'"));
+            server.outcome("LOAD_RULESPEC_FILE data_file @r.txt"));
+  EXPECT_EQ((Names{{"A", "sound"}, {"R", "Fixed"}}), namesOf(server));
 }
 
 }  // namespace

@@ -4,8 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+#include <regex>
 #include <set>
-#include <stdexcept>
+#include <sstream>
 
 #include "support/messages.h"
 
@@ -15,82 +17,112 @@ using vok::rulecheck::Request;
 using vok::rulecheck::Response;
 using vok::rulecheck::SessionResult;
 
-const char* const kStart = "type: START_SESSION start_session { name: 'n' uuid: 's' }";
-const char* const kStop = "type: STOP_SESSION stop_session { session { name: '' uuid: 's' } }";
-const char* const kRule =
-    "type: UPSERT_RULESPEC upsert_rulespec { rule_spec { key: 'W' full_name: 'Widths' } }";
-const char* const kPlannedRule =
-    "type: UPSERT_RULESPEC upsert_rulespec {"
-    "  rule_spec { key: 'P' full_name: 'Planned' disposition: PLANNED } }";
-const char* const kReadOnlyRule =
-    "type: UPSERT_RULESPEC upsert_rulespec {"
-    "  rule_spec { key: 'R' full_name: 'Fixed' disposition: READONLY } }";
+namespace {
 
-TestServer::TestServer(const rule_server::Limits& limits) : server(environment(limits)) {}
+const std::map<std::string, std::string>& words() {
+  static const std::map<std::string, std::string> words = {
+      {"start", "START_SESSION name: 'n' uuid: 's'"},
+      {"stop", "STOP_SESSION session { name: '' uuid: 's' }"},
+      {"reset", "RESET_SESSION session { name: '' uuid: 's' }"},
+      {"write", "WRITE_REPORT session { name: '' uuid: 's' }"},
+      {"result", "GET_SESSION_RESULT session_uuid: 's'"},
+      {"violation", "CREATE_VIOLATION rule_key: 'W' session_uuid: 's'"},
+      {"affirmation", "CREATE_AFFIRMATION rule_key: 'W' session_uuid: 's'"},
+      {"W", "UPSERT_RULESPEC rule_spec { key: 'W' full_name: 'Widths' }"},
+      {"P", "UPSERT_RULESPEC rule_spec { key: 'P' full_name: 'Planned' disposition: PLANNED }"},
+      {"R", "UPSERT_RULESPEC rule_spec { key: 'R' full_name: 'Fixed' disposition: READONLY }"},
+  };
+  return words;
+}
 
-Response TestServer::ask(const std::string& request) {
-  return ask(parse<Request>(request));
+std::vector<std::string> split(const std::string& text, const std::string& separator) {
+  std::vector<std::string> parts;
+  std::size_t start = 0;
+  for (std::size_t end = 0; end != std::string::npos; start = end + separator.size()) {
+    end = text.find(separator, start);
+    parts.push_back(text.substr(start, end - start));
+  }
+  return parts;
+}
+
+template <typename Findings>
+void expectIds(const Findings& findings, int count, std::set<int>* ids) {
+  EXPECT_EQ(count, findings.hashmap_size());
+  for (const auto& [id, finding] : findings.hashmap()) {
+    EXPECT_EQ(id, finding.id());
+    EXPECT_TRUE(ids->insert(id).second) << "finding " << id << " is there twice";
+  }
+}
+
+}  // namespace
+
+Request requestOf(const std::string& text) {
+  const auto word = words().find(text);
+  const std::string line = std::regex_replace(word == words().end() ? text : word->second,
+                                              std::regex("@(\\S+)"), "{ scheme: FILE path: '$1' }");
+  const std::string type = line.substr(0, line.find(' '));
+  Request::RequestType number{};
+  if (!Request::RequestType_Parse(type, &number)) {
+    throw std::invalid_argument("not a request: " + text);
+  }
+  Request request;
+  request.set_type(number);
+  const int body = number == Request::STOP_SERVER ? Request::kExchangeTokenFieldNumber : number + 1;
+  fill(line.substr(type.size()), request.GetReflection()->MutableMessage(
+                                     &request, Request::descriptor()->FindFieldByNumber(body)));
+  return request;
+}
+
+std::vector<std::vector<std::string>> rowsOf(const std::string& table) {
+  std::vector<std::vector<std::string>> rows;
+  std::istringstream lines(table);
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.empty()) {
+      // An empty last cell has no blank behind it.
+      rows.push_back(split(line + " ", " | "));
+      rows.back().back().erase(rows.back().back().find_last_not_of(' ') + 1);
+    }
+  }
+  return rows;
 }
 
 Response TestServer::ask(const Request& request) {
   Response response = server.handle(request);
-  expectWellFormed(response);
-  return response;
-}
-
-void TestServer::prepare(const std::vector<std::string>& requests) {
-  for (const std::string& request : requests) {
-    const Response response = ask(request);
-    if (response.type() == Response::ERROR_RESPONSE) {
-      throw std::invalid_argument(request + ": " + response.error().msg());
-    }
-  }
-}
-
-SessionResult TestServer::result() {
-  const Response response =
-      ask("type: GET_SESSION_RESULT get_session_result { session_uuid: 's' }");
-  EXPECT_EQ(Response::SESSION_RESULT, response.type()) << textOf(response);
-  expectConsistent(response.session_result());
-  return response.session_result();
-}
-
-void expectWellFormed(const Response& response) {
-  ASSERT_TRUE(response.IsInitialized()) << response.InitializationErrorString();
+  EXPECT_TRUE(response.IsInitialized()) << response.InitializationErrorString();
   for (int type = Response::STATUS_RESPONSE; type <= Response::VIOLATION; ++type) {
     const auto* body = Response::descriptor()->FindFieldByNumber(type + 2);
     EXPECT_EQ(type == response.type(), response.GetReflection()->HasField(response, body))
         << textOf(response);
   }
   Response copy;
-  ASSERT_TRUE(copy.ParseFromString(bytesOf(response)));
-  EXPECT_TRUE(bytesOf(response) == bytesOf(copy)) << textOf(response).substr(0, 2000);
+  EXPECT_TRUE(copy.ParseFromString(bytesOf(response)) && bytesOf(response) == bytesOf(copy))
+      << textOf(response).substr(0, 2000);
+  return response;
 }
 
-namespace {
+std::string TestServer::outcome(const std::string& request) {
+  const Response response = ask(request);
+  return response.has_status() ? response.status().msg() : std::to_string(response.error().code());
+}
 
-template <typename Findings>
-void expectIds(const Findings& findings, std::set<int>* ids) {
-  for (const auto& entry : findings.hashmap()) {
-    EXPECT_EQ(entry.first, entry.second.id());
-    EXPECT_TRUE(ids->insert(entry.first).second) << "finding " << entry.first << " is there twice";
+void TestServer::prepare(const std::string& requests) {
+  if (requests.empty()) {
+    return;
+  }
+  for (const std::string& request : split(requests, "; ")) {
+    const Response response = ask(request);
+    EXPECT_FALSE(response.has_error()) << request << ": " << response.error().msg();
   }
 }
 
-}  // namespace
-
-void expectConsistent(const SessionResult& result) {
-  EXPECT_EQ(result.violation_count(), static_cast<int>(result.violations().hashmap().size()));
-  EXPECT_EQ(result.waived_count(), static_cast<int>(result.waived_violations().hashmap().size()));
-  EXPECT_EQ(result.affirmation_count(), static_cast<int>(result.affirmations().hashmap().size()));
+SessionResult TestServer::result() {
+  const SessionResult result = ask("result").session_result();
   std::set<int> ids;
-  expectIds(result.violations(), &ids);
-  expectIds(result.waived_violations(), &ids);
-  expectIds(result.affirmations(), &ids);
-  if (!ids.empty()) {
-    EXPECT_EQ(1, *ids.begin());
-    EXPECT_EQ(static_cast<int>(ids.size()), *ids.rbegin());
-  }
+  expectIds(result.violations(), result.violation_count(), &ids);
+  expectIds(result.waived_violations(), result.waived_count(), &ids);
+  expectIds(result.affirmations(), result.affirmation_count(), &ids);
+  EXPECT_TRUE(ids.empty() || (*ids.begin() == 1 && *ids.rbegin() == static_cast<int>(ids.size())));
+  return result;
 }
 
 }  // namespace tests

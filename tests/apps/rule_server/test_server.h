@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A rule server whose environment are known to the test.
+// A rule server whose environment is known to the test.
 
 #ifndef VOK_TESTS_APPS_RULE_SERVER_TEST_SERVER_H_
 #define VOK_TESTS_APPS_RULE_SERVER_TEST_SERVER_H_
@@ -13,38 +13,35 @@
 
 namespace tests {
 
+// Makes a request of "TYPE BODY", where BODY is the body of that type in text format; required
+// fields may be missing. "@PATH" means "{ scheme: FILE path: 'PATH' }", and "start", "violation",
+// "result" and the other words of test_server.cpp mean whole requests.
+vok::rulecheck::Request requestOf(const std::string& text);
+
+// Splits a table with a row per line and " | " between its cells.
+std::vector<std::vector<std::string>> rowsOf(const std::string& table);
+
 class TestServer : public FakeEnvironment {
  public:
-  explicit TestServer(const rule_server::Limits& limits = {});
+  explicit TestServer(const rule_server::Limits& limits = {}) : server(environment(limits)) {}
 
-  // Sends a request in text format, whose required fields may be missing, and checks
-  // that the response is well-formed.
-  vok::rulecheck::Response ask(const std::string& request);
+  // Performs a request, and checks that the response is well-formed: initialized, with the body
+  // of its type and no other, and the same after being serialized and parsed.
   vok::rulecheck::Response ask(const vok::rulecheck::Request& request);
+  vok::rulecheck::Response ask(const std::string& request) { return ask(requestOf(request)); }
 
-  // Sends requests that have to succeed.
-  void prepare(const std::vector<std::string>& requests);
+  // The status or the code of the error that answers a request.
+  std::string outcome(const std::string& request);
 
-  // The result of session "s", with its invariants checked.
+  // Performs requests, separated by semicolons, that must succeed.
+  void prepare(const std::string& requests);
+
+  // The result of session "s". Its counts are the sizes of its maps; ids are the maps' keys,
+  // from 1.
   vok::rulecheck::SessionResult result();
 
   rule_server::Server server;
 };
-
-// Fails the test unless the response is initialized, has the body of its type and no
-// other, and survives being serialized and parsed.
-void expectWellFormed(const vok::rulecheck::Response& response);
-
-// Fails the test unless counts equal the sizes of maps, and ids are unique and the
-// maps' keys.
-void expectConsistent(const vok::rulecheck::SessionResult& result);
-
-// Requests that many tests need: session "s" and the rules "W" and "P".
-extern const char* const kStart;
-extern const char* const kStop;
-extern const char* const kRule;
-extern const char* const kPlannedRule;
-extern const char* const kReadOnlyRule;
 
 }  // namespace tests
 
