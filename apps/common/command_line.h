@@ -14,7 +14,7 @@ namespace apps {
 // Parses the arguments into what app's options are bound to, and runs work.
 // Returns the exit status: 0 after work or --help, 2 after a bad argument or
 // any exception from work, with oneLine() of the exception's text as the line. Nothing
-// that the Protocol Buffers runtime logs is printed.
+// that the Protocol Buffers runtime logs is printed, and SIGXFSZ does not end the program.
 int run(CLI::App& app, int argc, const char* const* argv, const std::function<void()>& work);
 
 // For options whose value switches something on: an empty one is refused.

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "common/descriptor.h"
 #include "common/held_signals.h"
 #include "common/message_file.h"
 
@@ -21,29 +22,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() {
-    if (number_ >= 0) {
-      close(number_);
-    }
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  bool isOpen() const { return number_ >= 0; }
-  int get() const { return number_; }
-
- private:
-  int number_;
-};
-
 // The functions below return false, with errno set, if they fail.
 
 bool writeAll(const Descriptor& file, std::string_view content) {
   while (!content.empty()) {
-    const ssize_t count = write(file.get(), content.data(), content.size());
+    const ssize_t count = write(file.number(), content.data(), content.size());
     if (count >= 0) {
       content.remove_prefix(static_cast<std::size_t>(count));
     } else if (errno != EINTR) {
@@ -65,8 +48,8 @@ std::string temporaryName() {
 
 // Only root can keep another user's ownership of a file.
 bool takeModeOf(const struct stat& old, const Descriptor& file) {
-  return (fchown(file.get(), old.st_uid, old.st_gid) == 0 || errno == EPERM) &&
-         fchmod(file.get(), old.st_mode & 0777) == 0;
+  return (fchown(file.number(), old.st_uid, old.st_gid) == 0 || errno == EPERM) &&
+         fchmod(file.number(), old.st_mode & 0777) == 0;
 }
 
 // old is null for a file that is new. The folder is opened once, so that neither long
@@ -82,17 +65,17 @@ bool replace(const fs::path& path, const struct stat* old, const std::string& co
   // Others could open the file before it has the mode of the old one.
   const mode_t mode = old == nullptr ? 0666 : 0600;
   const Descriptor file(
-      openat(folder.get(), temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+      openat(folder.number(), temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
   if (!file.isOpen()) {
     return false;
   }
   if ((old == nullptr || takeModeOf(*old, file)) && writeAll(file, content) &&
-      fsync(file.get()) == 0 &&
-      renameat(folder.get(), temporary.c_str(), folder.get(), path.filename().c_str()) == 0) {
+      fsync(file.number()) == 0 &&
+      renameat(folder.number(), temporary.c_str(), folder.number(), path.filename().c_str()) == 0) {
     return true;
   }
   const int error = errno;
-  unlinkat(folder.get(), temporary.c_str(), 0);
+  unlinkat(folder.number(), temporary.c_str(), 0);
   errno = error;
   return false;
 }

@@ -48,25 +48,24 @@ TEST(MessageFiles, HaveEqualBytesForEqualMaps) {
   RuleSpecMap first;
   RuleSpecMap second;
   for (int i = 0; i < 50; ++i) {
-    const std::string up = "k" + std::to_string(i);
-    const std::string down = "k" + std::to_string(49 - i);
-    (*first.mutable_hashmap())[up] =
-        tests::parse<vok::rulecheck::RuleSpec>("key: '' full_name: ''");
-    (*second.mutable_hashmap())[down] =
-        tests::parse<vok::rulecheck::RuleSpec>("key: '' full_name: ''");
+    (*first.mutable_hashmap())["k" + std::to_string(i)].set_key("");
+    (*second.mutable_hashmap())["k" + std::to_string(49 - i)].set_key("");
+  }
+  for (RuleSpecMap* const map : {&first, &second}) {
+    for (auto& entry : *map->mutable_hashmap()) {
+      entry.second.set_full_name("");
+    }
   }
   EXPECT_EQ(encodeFor("a.pb", first), encodeFor("a.pb", second));
   EXPECT_EQ(encodeFor("a.txt", first), encodeFor("a.txt", second));
 }
 
-struct BadContent {
-  const char* path;
-  const char* content;
-  const char* error;
-};
-
-TEST(MessageFiles, ThatAreBadAreNamedInOneLine) {
-  const BadContent cases[] = {
+TEST(MessageFiles, ThatAreMalformedAreNamedInOneLine) {
+  const struct {
+    const char* path;
+    const char* content;
+    const char* error;
+  } cases[] = {
       {"a.xml", "", "a.xml: unknown extension, expected"},
       {"a", "", "a: unknown extension, expected"},
       {".pb", "", ".pb: unknown extension, expected"},
@@ -82,7 +81,7 @@ TEST(MessageFiles, ThatAreBadAreNamedInOneLine) {
       {"a.json", "{\"name\": {}}", "a.json: "},
       {"a.json", "", "a.json: "},
   };
-  for (const BadContent& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.path) + " with " + c.content);
     Session session;
     try {
