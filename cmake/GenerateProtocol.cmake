@@ -1,16 +1,21 @@
 # SPDX-License-Identifier: Apache-2.0
 # Runs the schema compiler:
 #
-#   cmake -D PROTOC=... -D SCHEMA=.../RuleService.proto -D OUTPUT_DIR=... -P GenerateProtocol.cmake
+#   cmake -D PROTOC=... -D SCHEMA=.../RuleService.proto -D OUTPUTS=cpp_out -D OUTPUT_DIR=... \
+#     -P GenerateProtocol.cmake
+#
+# OUTPUTS are the compiler's options for languages, separated by commas.
 #
 # The schema has no syntax line, by contract; the compiler remarks on that at
 # each run. That remark is dropped here, and nothing else is.
 
 cmake_path(GET SCHEMA PARENT_PATH schema_dir)
 cmake_path(GET SCHEMA FILENAME schema_name)
+string(REPLACE "," ";" outputs "${OUTPUTS}")
+list(TRANSFORM outputs REPLACE "(.+)" "--\\1=${OUTPUT_DIR}")
 
 execute_process(
-  COMMAND "${PROTOC}" "--proto_path=${schema_dir}" "--cpp_out=${OUTPUT_DIR}" "${SCHEMA}"
+  COMMAND "${PROTOC}" "--proto_path=${schema_dir}" ${outputs} "${SCHEMA}"
   RESULT_VARIABLE result
   ERROR_VARIABLE remarks)
 

@@ -19,6 +19,7 @@
   mutation_packages=(clang)
   fuzz_packages=(clang libclang-rt-dev llvm)
   interop_packages=(default-jdk-headless libprotobuf-java python3-protobuf)
+  python_packages=(pybind11-dev python3-dev python3-pip python3-protobuf python3-setuptools python3-wheel)
   grpc_packages=(libgrpc++-dev openssl protobuf-compiler-grpc python3-grpcio)
   debian_packages=(build-essential debhelper dpkg-dev python3)
   debian_test_packages=(lintian mmdebstrap pkg-config)
@@ -34,7 +35,7 @@ install_for_all_tests() {
     "${lint_packages[@]}" "${style_packages[@]}" "${browser_packages[@]}" \
     "${bench_packages[@]}" "${compatibility_packages[@]}" \
     "${coverage_packages[@]}" "${fuzz_packages[@]}" "${interop_packages[@]}" \
-    "${grpc_packages[@]}" "${debian_packages[@]}" "${debian_test_packages[@]}" \
+    "${python_packages[@]}" "${grpc_packages[@]}" "${debian_packages[@]}" "${debian_test_packages[@]}" \
     "${docs_packages[@]}" "${recipe_packages[@]}"
   command -v npm > /dev/null || install_packages nodejs npm
   quietly npm --prefix tests ci

@@ -102,14 +102,16 @@ class Options(PackageTest):
     def test_by_default_nothing_is_looked_for_that_the_library_does_not_need(self):
         self.assertEqual(self.configure(SOURCE).returncode, 0)
         cache = (self.build / "CMakeCache.txt").read_text()
-        self.assertEqual(re.findall("(?i)CLI11|GTest|Python|mustache|benchmark_DIR", cache), [])
+        self.assertEqual(re.findall("(?i)CLI11|GTest|Python3?_|mustache|benchmark_DIR", cache), [])
 
     def test_an_optional_part_whose_packages_are_missing_is_left_out_with_one_line(self):
         result = self.configure(
-            SOURCE, "-DVOK_RULECHECK_BUILD_APPS=ON", "-DVOK_RULECHECK_BUILD_TESTS=ON",
-            "-DCMAKE_DISABLE_FIND_PACKAGE_CLI11=ON", "-DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON")
+            SOURCE, *(f"-DVOK_RULECHECK_BUILD_{part}=ON" for part in ("APPS", "PYTHON", "TESTS")),
+            *(f"-DCMAKE_DISABLE_FIND_PACKAGE_{package}=ON" for package in ("CLI11", "GTest", "pybind11")))
         self.assertEqual(result.returncode, 0, result.stdout)
         for line in ("-- Without CLI11, kainjow's mustache, pkg-config and RE2 there are no programs",
+                     "-- Without pybind11, and Python with its headers and google.protobuf "
+                     f"{os.environ['PROTOBUF_RELEASE']}, there is no Python package",
                      "-- Without GoogleTest and Python 3 there are no tests"):
             self.assertEqual(result.stdout.splitlines().count(line), 1, result.stdout)
 
@@ -261,13 +263,22 @@ class Components(PackageTest):
             "share/vok/rulecheck/RuleService.proto",
         }
 
-    def test_each_installs_its_files_and_both_are_the_whole(self):
+    def python_files(self):
+        folder = os.environ["PYTHON_DIR"]
+        names = ("RuleService_pb2.py", "RuleService_pb2.pyi", "__init__.py", "__main__.py",
+                 "converter.SOABI.so", "converter.pyi", "delimited.py", "py.typed")
+        return {f"{folder}/vok_rulecheck/{name}" for name in names if folder}
+
+    def test_each_installs_its_files_and_together_they_are_the_whole(self):
         for options, files in (
                 (("--component", "runtime"), self.runtime_files()),
                 (("--component", "development"), self.development_files()),
-                ((), self.runtime_files() | self.development_files())):
+                (("--component", "python"), self.python_files()),
+                ((), self.runtime_files() | self.development_files() | self.python_files())):
             with self.subTest(options=options):
-                self.assertEqual(self.install(*options)[1], files)
+                installed = {re.sub(r"\.cpython-.*\.so$", ".SOABI.so", name)
+                             for name in self.install(*options)[1]}
+                self.assertEqual(installed, files)
 
 class Maps(PackageTest):
     def test_are_shared_by_programs_however_these_are_compiled(self):
