@@ -2,6 +2,7 @@
 
 #include "support/allocations.h"
 
+#include <malloc.h>
 #include <sys/mman.h>
 
 #include <algorithm>
@@ -11,93 +12,57 @@
 #include <limits>
 #include <new>
 
-// A sanitizer has a malloc of its own, which can't be replaced.
-#ifdef SANITIZED
-#define VOK_LIBC(function) std::function
-#else
-#define VOK_LIBC(function) __libc_##function
-extern "C" {
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* block, std::size_t size);
-void __libc_free(void* block);
-}
-#endif
-
 namespace {
 
 constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
-constexpr std::size_t large = std::size_t{1} << 30;
 
 thread_local std::size_t countOfThread = 0;
-thread_local std::size_t bytesOfThread = 0;
 std::atomic<std::ptrdiff_t> outstanding{0};
 std::atomic<std::size_t> taken{0};
 std::atomic<std::size_t> mostTaken{0};
 std::size_t limit = unlimited;
 std::size_t beforeFailure = unlimited;
-bool failed = false;
+bool hasFailed = false;
 
-bool isToFail(std::size_t size) {
-  if (size > limit) {
+bool mustFail(std::size_t size) {
+  if (beforeFailure != unlimited && beforeFailure-- == 0) {
+    hasFailed = true;
     return true;
   }
-  if (beforeFailure == unlimited) {
-    return false;
-  }
-  if (beforeFailure > 0) {
-    --beforeFailure;
-    return false;
-  }
-  beforeFailure = unlimited;
-  failed = true;
-  return true;
+  return size > limit;
 }
 
-// Before each block of operator new is its size. Asking the allocator for it would
-// give another answer under a sanitizer.
-constexpr std::size_t header = 16;
-
-// What the C library's allocator takes for a block of that size.
-std::size_t withOverhead(std::size_t size) {
-  return std::max(std::size_t{32}, (size + 8 + 15) / 16 * 16);
+std::size_t sizeOf(void* block) {
+  return malloc_usable_size(block) + sizeof(std::size_t);
 }
 
 void* allocateSmall(std::size_t size) {
-  auto* const start = static_cast<char*>(VOK_LIBC(malloc)(header + size));
-  if (start == nullptr) {
-    return nullptr;
-  }
-  *reinterpret_cast<std::size_t*>(start) = size;
-  const std::size_t now = taken += withOverhead(size);
+  void* const block = std::malloc(size);
+  const std::size_t now = taken += sizeOf(block);
   mostTaken = std::max(mostTaken.load(), now);
-  return start + header;
+  return block;
 }
 
 struct LargeBlock {
   void* start;
   std::size_t size;
-};
-LargeBlock largeBlocks[8] = {};
+} largeBlocks[8];
 
 LargeBlock* findLargeBlock(const void* start) {
-  const auto place = std::find_if(std::begin(largeBlocks), std::end(largeBlocks),
-                                  [start](const LargeBlock& b) { return b.start == start; });
-  return place == std::end(largeBlocks) ? nullptr : place;
+  auto* const found = std::find_if(std::begin(largeBlocks), std::end(largeBlocks),
+                                   [start](const LargeBlock& b) { return b.start == start; });
+  return found == std::end(largeBlocks) ? nullptr : found;
 }
 
 void* allocateLarge(std::size_t size) {
-  LargeBlock* const place = findLargeBlock(nullptr);
-  if (place == nullptr) {
-    return nullptr;
-  }
+  LargeBlock* const free = findLargeBlock(nullptr);
   void* const start = mmap(nullptr, size, PROT_READ | PROT_WRITE,
                            MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  if (start == MAP_FAILED) {
+  if (free == nullptr || start == MAP_FAILED) {
     return nullptr;
   }
   madvise(start, size, MADV_HUGEPAGE);  // quicker, where the kernel has such pages
-  *place = {start, size};
+  *free = {start, size};
   return start;
 }
 
@@ -106,14 +71,13 @@ void* allocateLarge(std::size_t size) {
 // The C++ library's other forms of new and delete call these.
 void* operator new(std::size_t size) {
   void* block = nullptr;
-  if (!isToFail(size)) {
-    block = size < large ? allocateSmall(size) : allocateLarge(size);
+  if (!mustFail(size)) {
+    block = size < std::size_t{1} << 30 ? allocateSmall(size) : allocateLarge(size);
   }
   if (block == nullptr) {
     throw std::bad_alloc();
   }
   ++countOfThread;
-  bytesOfThread += size;
   ++outstanding;
   return block;
 }
@@ -123,65 +87,23 @@ void operator delete(void* block) noexcept {
     return;
   }
   --outstanding;
-  LargeBlock* const place = findLargeBlock(block);
-  if (place == nullptr) {
-    char* const start = static_cast<char*>(block) - header;
-    taken -= withOverhead(*reinterpret_cast<std::size_t*>(start));
-    VOK_LIBC(free)(start);
+  if (LargeBlock* const large = findLargeBlock(block)) {
+    munmap(large->start, large->size);
+    *large = {};
     return;
   }
-  munmap(place->start, place->size);
-  *place = {};
+  taken -= sizeOf(block);
+  std::free(block);
 }
 
 void operator delete(void* block, std::size_t) noexcept {
   operator delete(block);
 }
 
-#ifndef SANITIZED
-namespace {
-
-void* counted(void* block) {
-  outstanding += block != nullptr ? 1 : 0;
-  return block;
-}
-
-}  // namespace
-
-extern "C" {
-
-void* malloc(std::size_t size) noexcept {
-  return isToFail(size) ? nullptr : counted(__libc_malloc(size));
-}
-
-void* calloc(std::size_t count, std::size_t size) noexcept {
-  return isToFail(count * size) ? nullptr : counted(__libc_calloc(count, size));
-}
-
-void* realloc(void* block, std::size_t size) noexcept {
-  if (isToFail(size)) {
-    return nullptr;
-  }
-  void* const moved = __libc_realloc(block, size);
-  return block == nullptr ? counted(moved) : moved;
-}
-
-void free(void* block) noexcept {
-  outstanding -= block != nullptr ? 1 : 0;
-  __libc_free(block);
-}
-
-}  // extern "C"
-#endif
-
 namespace tests {
 
 std::size_t allocations() {
   return countOfThread;
-}
-
-std::size_t allocatedBytes() {
-  return bytesOfThread;
 }
 
 std::ptrdiff_t outstandingAllocations() {
@@ -197,7 +119,7 @@ std::size_t HeapMeter::peak() const {
 }
 
 FailingAllocation::FailingAllocation(std::size_t number) {
-  ::failed = false;
+  hasFailed = false;
   beforeFailure = number;
 }
 
@@ -206,7 +128,7 @@ FailingAllocation::~FailingAllocation() {
 }
 
 bool FailingAllocation::failed() const {
-  return ::failed;
+  return hasFailed;
 }
 
 AllocationLimit::AllocationLimit(std::size_t bytes) {

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The allocations of a program: how many there are, how much they take, and how to
-// make some fail. Linking this replaces operator new and, in a program without a
-// sanitizer, malloc.
+// make some fail. Linking this replaces operator new.
 
 #ifndef VOK_TESTS_SUPPORT_ALLOCATIONS_H_
 #define VOK_TESTS_SUPPORT_ALLOCATIONS_H_
@@ -11,16 +10,14 @@
 
 namespace tests {
 
-// How often, and how many bytes in all, the calling thread has called operator new.
+// How often the calling thread has allocated.
 std::size_t allocations();
-std::size_t allocatedBytes();
 
-// How many blocks of operator new and malloc have not been freed yet.
+// How many blocks have not been freed yet.
 std::ptrdiff_t outstandingAllocations();
 
-// The most memory that operator new has given since the meter's construction, as the
-// C library takes it: with its header, in multiples of 16 bytes. One meter at a time,
-// in one thread.
+// The most memory that was allocated since the meter's construction, with
+// the C library's overhead. One meter at a time, in one thread.
 class HeapMeter {
  public:
   HeapMeter();
@@ -36,22 +33,18 @@ class FailingAllocation {
  public:
   explicit FailingAllocation(std::size_t number);
   ~FailingAllocation();
-  FailingAllocation(const FailingAllocation&) = delete;
-  FailingAllocation& operator=(const FailingAllocation&) = delete;
 
   // Whether there was an allocation of that number.
   bool failed() const;
 };
 
 // Makes all allocations of a scope fail that are larger than that. Elsewhere
-// operator new gives as much as the address space has room for: large blocks take
-// memory when they are written to, and are zero before.
+// operator new gives as much as the address space has room for: large blocks begin
+// with a page, take memory when they are written to, and are zero before.
 class AllocationLimit {
  public:
   explicit AllocationLimit(std::size_t bytes);
   ~AllocationLimit();
-  AllocationLimit(const AllocationLimit&) = delete;
-  AllocationLimit& operator=(const AllocationLimit&) = delete;
 };
 
 }  // namespace tests

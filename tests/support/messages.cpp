@@ -3,17 +3,17 @@
 #include "support/messages.h"
 
 #include <google/protobuf/descriptor.h>
+#include <google/protobuf/descriptor.pb.h>
 #include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/wire_format_lite.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 
-#include <cctype>
+#include <cmath>
 #include <cstdint>
 #include <stdexcept>
 
-#include "support/message_types.h"
-
 namespace tests {
 
+using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
 
 namespace {
@@ -21,6 +21,17 @@ namespace {
 template <typename... Types>
 std::vector<const Message*> defaultInstances(TypeList<Types...> /*types*/) {
   return {&Types::default_instance()...};
+}
+
+std::string randomText(std::mt19937_64& random) {
+  if (random() % 16 == 0) {
+    return "text/html";
+  }
+  std::string text(random() % (random() % 20 == 0 ? 1000 : 40), ' ');
+  for (char& c : text) {
+    c = static_cast<char>(' ' + random() % 95);
+  }
+  return text;
 }
 
 }  // namespace
@@ -31,12 +42,13 @@ const std::vector<const Message*>& allMessages() {
 }
 
 std::unique_ptr<Message> newMessage(const std::string& type) {
-  for (const Message* message : allMessages()) {
-    if (std::string(message->GetDescriptor()->name()) == type) {
-      return std::unique_ptr<Message>(message->New());
-    }
+  const auto* descriptor =
+      vok::rulecheck::Resource::descriptor()->file()->FindMessageTypeByName(type);
+  if (descriptor == nullptr) {
+    throw std::invalid_argument("no message type " + type);
   }
-  throw std::invalid_argument("no message type " + type);
+  return std::unique_ptr<Message>(
+      google::protobuf::MessageFactory::generated_factory()->GetPrototype(descriptor)->New());
 }
 
 void fill(const std::string& text, Message* message) {
@@ -45,6 +57,56 @@ void fill(const std::string& text, Message* message) {
   if (!parser.ParseFromString(text, message)) {
     throw std::invalid_argument("not the text of a message: " + text);
   }
+}
+
+void fillRandomly(const std::function<int(const FieldDescriptor&)>& count, std::mt19937_64* random,
+                  Message* message) {
+  const auto* type = message->GetDescriptor();
+  const auto* reflection = message->GetReflection();
+  const auto integer = static_cast<std::int64_t>((*random)()) >> (*random)() % 64;
+  for (int i = 0; i < type->field_count(); ++i) {
+    const FieldDescriptor* field = type->field(i);
+    for (int n = type->options().map_entry() ? 1 : count(*field); n > 0; --n) {
+      switch (field->cpp_type()) {
+        case FieldDescriptor::CPPTYPE_MESSAGE:
+          fillRandomly(count, random,
+                       field->is_repeated() ? reflection->AddMessage(message, field)
+                                            : reflection->MutableMessage(message, field));
+          break;
+        case FieldDescriptor::CPPTYPE_STRING:
+          field->is_repeated() ? reflection->AddString(message, field, randomText(*random))
+                               : reflection->SetString(message, field, randomText(*random));
+          break;
+        case FieldDescriptor::CPPTYPE_ENUM: {
+          const auto* values = field->enum_type();
+          const auto index = static_cast<int>((*random)() % 64) % values->value_count();
+          reflection->SetEnum(message, field, values->value(index));
+          break;
+        }
+        case FieldDescriptor::CPPTYPE_INT32:
+          reflection->SetInt32(message, field, static_cast<std::int32_t>(integer));
+          break;
+        case FieldDescriptor::CPPTYPE_UINT32:
+          reflection->SetUInt32(message, field, static_cast<std::uint32_t>(integer));
+          break;
+        case FieldDescriptor::CPPTYPE_INT64: reflection->SetInt64(message, field, integer); break;
+        case FieldDescriptor::CPPTYPE_DOUBLE:
+          reflection->SetDouble(message, field, std::ldexp(static_cast<double>(integer), -20));
+          break;
+        case FieldDescriptor::CPPTYPE_BOOL:
+          reflection->SetBool(message, field, integer % 2 == 0);
+          break;
+        default: throw std::logic_error("a field of an unexpected type");
+      }
+    }
+  }
+}
+
+std::unique_ptr<Message> fullMessage(const std::string& type) {
+  std::mt19937_64 random;
+  auto message = newMessage(type);
+  fillRandomly([](const FieldDescriptor&) { return 1; }, &random, message.get());
+  return message;
 }
 
 std::string textOf(const Message& message) {
@@ -72,21 +134,19 @@ bool isComplete(const Message& message) {
   const auto* type = message.GetDescriptor();
   const auto* reflection = message.GetReflection();
   for (int i = 0; i < type->field_count(); ++i) {
-    if (type->field(i)->is_required() && !reflection->HasField(message, type->field(i))) {
+    const FieldDescriptor* field = type->field(i);
+    if (field->is_required() && !reflection->HasField(message, field)) {
       return false;
     }
-  }
-  std::vector<const google::protobuf::FieldDescriptor*> fields;
-  reflection->ListFields(message, &fields);
-  for (const auto* field : fields) {
-    if (field->cpp_type() != google::protobuf::FieldDescriptor::CPPTYPE_MESSAGE) {
+    if (field->cpp_type() != FieldDescriptor::CPPTYPE_MESSAGE) {
       continue;
     }
-    if (!field->is_repeated() && !isComplete(reflection->GetMessage(message, field))) {
+    if (!field->is_repeated() && reflection->HasField(message, field) &&
+        !isComplete(reflection->GetMessage(message, field))) {
       return false;
     }
-    for (int i = 0; field->is_repeated() && i < reflection->FieldSize(message, field); ++i) {
-      if (!isComplete(reflection->GetRepeatedMessage(message, field, i))) {
+    for (int j = 0; field->is_repeated() && j < reflection->FieldSize(message, field); ++j) {
+      if (!isComplete(reflection->GetRepeatedMessage(message, field, j))) {
         return false;
       }
     }
@@ -95,13 +155,15 @@ bool isComplete(const Message& message) {
 }
 
 std::string fromHex(const std::string& digits) {
-  std::string bytes;
-  for (std::size_t i = 0; i < digits.size(); ++i) {
-    if (std::isspace(static_cast<unsigned char>(digits[i]))) {
-      continue;
+  std::string pairs;
+  for (const char c : digits) {
+    if (c != ' ') {
+      pairs += c;
     }
-    bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
-    ++i;
+  }
+  std::string bytes;
+  for (std::size_t i = 0; i < pairs.size(); i += 2) {
+    bytes += static_cast<char>(std::stoi(pairs.substr(i, 2), nullptr, 16));
   }
   return bytes;
 }
@@ -116,19 +178,6 @@ std::string toHex(const std::string& bytes) {
     digits += digit[value & 15];
   }
   return digits;
-}
-
-std::vector<std::size_t> fieldBoundaries(const std::string& bytes) {
-  google::protobuf::io::CodedInputStream in(reinterpret_cast<const std::uint8_t*>(bytes.data()),
-                                            static_cast<int>(bytes.size()));
-  std::vector<std::size_t> boundaries = {0};
-  while (const std::uint32_t tag = in.ReadTag()) {
-    if (!google::protobuf::internal::WireFormatLite::SkipField(&in, tag)) {
-      throw std::invalid_argument("malformed: " + toHex(bytes));
-    }
-    boundaries.push_back(static_cast<std::size_t>(in.CurrentPosition()));
-  }
-  return boundaries;
 }
 
 }  // namespace tests

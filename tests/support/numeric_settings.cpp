@@ -4,7 +4,6 @@
 
 #include <stdlib.h>
 
-#include <cfenv>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -22,61 +21,30 @@ namespace {
 // Where the C library looks for locales; set before any thread starts.
 const int localePathSet = setenv("LOCPATH", LOCALE_DIR, 1);
 
-// The locales of the tests. They are made once, since it takes long.
-class Locales {
- public:
-  Locales() {
-    for (const char* name : {"C", "comma", "two_bytes", "point"}) {
-      const locale_t locale = newlocale(LC_NUMERIC_MASK, name, nullptr);
-      if (localePathSet != 0 || locale == nullptr) {
-        throw std::runtime_error(std::string("no locale ") + name);
-      }
-      locales_[name] = locale;
-    }
-  }
-  ~Locales() {
-    for (const auto& entry : locales_) {
-      freelocale(entry.second);
-    }
-  }
-  Locales(const Locales&) = delete;
-  Locales& operator=(const Locales&) = delete;
-
-  locale_t at(const char* name) const { return locales_.at(name); }
-
- private:
-  std::map<std::string, locale_t> locales_;
-};
-
+// Created once, which takes long, and never freed: threads may use them until the end.
 locale_t localeOf(const char* name) {
-  static const Locales locales;
-  return locales.at(name);
+  static const auto& locales = *[] {
+    auto* created = new std::map<std::string, locale_t>;
+    for (const char* each : {"C", "comma", "two_bytes", "point"}) {
+      (*created)[each] = newlocale(LC_NUMERIC_MASK, each, nullptr);
+    }
+    return created;
+  }();
+  const locale_t locale = locales.at(name);
+  if (localePathSet != 0 || locale == nullptr) {
+    throw std::runtime_error(std::string("no locale ") + name);
+  }
+  return locale;
 }
 
 }  // namespace
 
 ThreadLocale::ThreadLocale(const char* name) : previous_(uselocale(localeOf(name))) {}
 
-ThreadLocale::~ThreadLocale() {
-  uselocale(previous_);
-}
-
 ProcessLocale::ProcessLocale(const char* name) {
   if (setlocale(LC_NUMERIC, name) == nullptr) {
     throw std::runtime_error(std::string("no locale ") + name);
   }
-}
-
-ProcessLocale::~ProcessLocale() {
-  setlocale(LC_NUMERIC, "C");
-}
-
-RoundingMode::RoundingMode(int mode) {
-  std::fesetround(mode);
-}
-
-RoundingMode::~RoundingMode() {
-  std::fesetround(FE_TONEAREST);
 }
 
 }  // namespace tests

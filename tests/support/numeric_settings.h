@@ -11,36 +11,30 @@
 
 #include <locale.h>
 
+#include <cfenv>
+
 namespace tests {
 
-// Makes a locale the thread's own.
 class ThreadLocale {
  public:
   explicit ThreadLocale(const char* name);
-  ~ThreadLocale();
-  ThreadLocale(const ThreadLocale&) = delete;
-  ThreadLocale& operator=(const ThreadLocale&) = delete;
+  ~ThreadLocale() { uselocale(previous_); }
 
  private:
   locale_t previous_;
 };
 
-// Makes a locale that of the process, and C's afterwards.
 class ProcessLocale {
  public:
   explicit ProcessLocale(const char* name);
-  ~ProcessLocale();
-  ProcessLocale(const ProcessLocale&) = delete;
-  ProcessLocale& operator=(const ProcessLocale&) = delete;
+  ~ProcessLocale() { setlocale(LC_NUMERIC, "C"); }
 };
 
-// Sets one of the modes of <cfenv>, and rounds to nearest afterwards.
+// One of the modes of <cfenv>.
 class RoundingMode {
  public:
-  explicit RoundingMode(int mode);
-  ~RoundingMode();
-  RoundingMode(const RoundingMode&) = delete;
-  RoundingMode& operator=(const RoundingMode&) = delete;
+  explicit RoundingMode(int mode) { std::fesetround(mode); }
+  ~RoundingMode() { std::fesetround(FE_TONEAREST); }
 };
 
 }  // namespace tests

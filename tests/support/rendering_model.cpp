@@ -2,6 +2,7 @@
 
 #include "support/rendering_model.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -18,30 +19,34 @@ namespace {
 using namespace vok::rulecheck;
 using Field = std::optional<std::string>;
 
-std::string printed(double number) {
+#define VOK_FIELD(message, name) \
+  ((message).has_##name() ? Field(written((message).name())) : Field())
+
+std::string written(const std::string& text) {
+  return text;
+}
+
+std::string written(double number) {
   std::vector<char> text(1000);
   const int length = std::snprintf(text.data(), text.size(), "%f", number);
   return {text.data(), static_cast<std::size_t>(length)};
 }
 
-std::string digits(std::int64_t number) {
+std::string written(std::int64_t number) {
   std::ostringstream out;
   out.imbue(std::locale::classic());
   out << number;
   return out.str();
 }
 
-Field onlyIf(bool isSet, const std::string& text) {
-  return isSet ? Field(text) : Field();
+std::string written(std::int32_t number) {
+  return written(std::int64_t{number});
 }
 
 Field firstOf(std::initializer_list<Field> fields) {
-  for (const Field& field : fields) {
-    if (field) {
-      return field;
-    }
-  }
-  return {};
+  const auto* const found = std::find_if(fields.begin(), fields.end(),
+                                         [](const Field& field) { return field.has_value(); });
+  return found == fields.end() ? Field() : *found;
 }
 
 // Writes the pieces that are set.
@@ -55,7 +60,7 @@ std::string joined(std::initializer_list<Field> pieces) {
 
 // The field behind what introduces it.
 Field after(const std::string& introduction, const Field& field) {
-  return onlyIf(field.has_value(), introduction + field.value_or(""));
+  return field ? Field(introduction + *field) : Field();
 }
 
 std::string wordAt(int number, const std::vector<std::string>& words, const std::string& other) {
@@ -64,36 +69,19 @@ std::string wordAt(int number, const std::vector<std::string>& words, const std:
              : words[static_cast<std::size_t>(number)];
 }
 
-struct Fields {
-  explicit Fields(const Scalar& scalar)
-      : integer(onlyIf(scalar.has_int_val(), digits(scalar.int_val()))),
-        real(onlyIf(scalar.has_double_val(), printed(scalar.double_val()))),
-        string(onlyIf(scalar.has_string_val(), scalar.string_val())),
-        address(onlyIf(scalar.has_address(), scalar.address())) {}
-  Field integer;
-  Field real;
-  Field string;
-  Field address;
-};
-
 std::string inlineData(const Resource& resource) {
   const bool isSeparated = resource.has_media_type() && resource.has_encoding();
-  return joined({"data:", onlyIf(resource.has_media_type(), resource.media_type()),
-                 onlyIf(isSeparated, ";"), onlyIf(resource.has_encoding(), resource.encoding()),
-                 after(",", onlyIf(resource.has_data(), resource.data()))});
-}
-
-std::string rooted(const std::string& path) {
-  return path.empty() || path[0] == '/' ? path : "/" + path;
+  return joined({"data:", VOK_FIELD(resource, media_type), isSeparated ? ";" : "",
+                 VOK_FIELD(resource, encoding), after(",", VOK_FIELD(resource, data))});
 }
 
 std::string hierarchy(const Resource& resource) {
+  const std::string& path = resource.path();
   return joined({wordAt(resource.scheme(), {"", "file://", "", "http://", "https://"}, ""),
-                 onlyIf(resource.has_host(), resource.host()),
-                 after(":", onlyIf(resource.has_port(), digits(resource.port()))),
-                 onlyIf(resource.has_path(), rooted(resource.path())),
-                 after("?", onlyIf(resource.has_query(), resource.query())),
-                 after("#", onlyIf(resource.has_fragment(), resource.fragment()))});
+                 VOK_FIELD(resource, host), after(":", VOK_FIELD(resource, port)),
+                 path.empty() || path[0] == '/' ? path : "/" + path,
+                 after("?", VOK_FIELD(resource, query)),
+                 after("#", VOK_FIELD(resource, fragment))});
 }
 
 template <typename List>
@@ -103,11 +91,6 @@ std::string list(const List& elements) {
     out << (i == 0 ? "" : ",") << html(elements.Get(i));
   }
   return out.str();
-}
-
-std::string number(const Scalar& scalar) {
-  const Fields fields(scalar);
-  return firstOf({fields.integer, fields.real, fields.string, fields.address}).value_or("");
 }
 
 }  // namespace
@@ -132,18 +115,15 @@ std::string wordOfSeverity(int number) {
 }
 
 std::string text(const Scalar& scalar) {
-  const Fields fields(scalar);
-  const Field units = onlyIf(scalar.has_units() && !fields.address, scalar.units());
-  return joined(
-      {firstOf({fields.string, fields.integer, fields.real, fields.address}), after(" ", units)});
+  return joined({firstOf({VOK_FIELD(scalar, string_val), VOK_FIELD(scalar, int_val),
+                          VOK_FIELD(scalar, double_val), VOK_FIELD(scalar, address)}),
+                 scalar.has_address() ? "" : after(" ", VOK_FIELD(scalar, units))});
 }
 
 std::string text(const Reference& reference) {
-  const Field name = onlyIf(reference.has_name(), reference.name());
-  const Field id = onlyIf(reference.has_id(), digits(reference.id()));
-  const Field uuid = onlyIf(reference.has_uuid(), reference.uuid());
   const std::string kind = wordOfKind(reference.has_type() ? reference.type() : 0);
-  return firstOf({name, after(kind + " #", id), after(kind + " ", uuid), kind}).value();
+  return *firstOf({VOK_FIELD(reference, name), after(kind + " #", VOK_FIELD(reference, id)),
+                   after(kind + " ", VOK_FIELD(reference, uuid)), kind});
 }
 
 std::string address(const Resource& resource) {
@@ -157,19 +137,17 @@ std::string html(const Resource& resource, const std::string& anchorText) {
   if (!resource.has_scheme()) {
     return "";
   }
-  if (resource.scheme() == 0 && resource.has_media_type() && resource.media_type() == "text/html") {
-    return resource.has_data() ? resource.data() : "";
+  if (resource.scheme() == 0 && VOK_FIELD(resource, media_type) == "text/html") {
+    return VOK_FIELD(resource, data).value_or("");
   }
   return joined({"<a href=\"", address(resource), "\">", anchorText, "</a>"});
 }
 
 std::string html(const Link& link) {
-  const Field shown = onlyIf(link.has_link_text(), link.link_text());
-  if (!link.has_url()) {
-    return shown.value_or("<empty>");
-  }
-  const Field media = onlyIf(link.url().has_media_type(), link.url().media_type());
-  return html(link.url(), firstOf({shown, media, "link"}).value());
+  const Field shown = VOK_FIELD(link, link_text);
+  return link.has_url()
+             ? html(link.url(), *firstOf({shown, VOK_FIELD(link.url(), media_type), "link"}))
+             : shown.value_or("<empty>");
 }
 
 std::string html(const Reference& reference) {
@@ -177,12 +155,15 @@ std::string html(const Reference& reference) {
 }
 
 std::string html(const Arg& arg) {
-  return firstOf({onlyIf(arg.has_ref(), html(arg.ref())), onlyIf(arg.has_uri(), html(arg.uri())),
-                  onlyIf(arg.has_refs(), list(arg.refs().ref())),
-                  onlyIf(arg.has_uris(), list(arg.uris().uri())),
-                  onlyIf(arg.has_string_val(), arg.string_val()),
-                  onlyIf(arg.has_scalar(), number(arg.scalar()))})
-      .value_or("");
+  const Scalar& scalar = arg.scalar();
+  return arg.has_ref()    ? html(arg.ref())
+         : arg.has_uri()  ? html(arg.uri())
+         : arg.has_refs() ? list(arg.refs().ref())
+         : arg.has_uris() ? list(arg.uris().uri())
+                          : firstOf({VOK_FIELD(arg, string_val), VOK_FIELD(scalar, int_val),
+                                     VOK_FIELD(scalar, double_val), VOK_FIELD(scalar, string_val),
+                                     VOK_FIELD(scalar, address)})
+                                .value_or("");
 }
 
 }  // namespace model

@@ -1,140 +1,138 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Texts that are too long: longer than the memory that is left, or than what a
-// string can hold. An exception comes out, at once, and nothing is leaked or
-// changed. The lengths are such that 32 bits would not do, or 63.
+// Texts that are longer than 4 GiB, than the memory that is left, or than what a string
+// can hold: an exception at once, and nothing is leaked or changed.
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 #include <vok/rulecheck/Converter.h>
 
+#include <functional>
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
-#include "huge_text.h"
 #include "support/allocations.h"
 
 namespace {
 
-using vok::rulecheck::Arg;
-using vok::rulecheck::Converter;
-using vok::rulecheck::Link;
-using vok::rulecheck::Reference;
-using vok::rulecheck::RefList;
-using vok::rulecheck::Resource;
-using vok::rulecheck::Scalar;
+using namespace vok::rulecheck;
 
 constexpr std::size_t fourGiB = std::size_t{1} << 32;
 
-// What came out of a call with 64 MiB of memory left.
-template <typename Render>
-std::string outcome(Render render) {
-  const tests::AllocationLimit scope(std::size_t{1} << 26);
-  try {
-    return std::to_string(render().size()) + " bytes";
-  } catch (const std::bad_alloc&) {
-    return "bad_alloc";
-  } catch (const std::length_error&) {
-    return "length_error";
+// That many zero bytes, at least 1 GiB of them. They take no memory until they are
+// written to, since the kernel gives pages that are zero when they are read.
+std::string hugeText(std::size_t size) {
+  std::string text;
+  text.resize_and_overwrite(size, [](char* start, std::size_t length) {
+    return madvise(start, length, MADV_DONTNEED) == 0 ? length : 0;
+  });
+  if (text.size() != size) {
+    throw std::bad_alloc();
   }
+  return text;
 }
 
-template <typename Render>
-void expectOutOfMemory(Render render) {
+// With 64 MiB of memory left.
+std::string outcome(const std::function<std::string()>& render) {
   const auto outstanding = tests::outstandingAllocations();
-  EXPECT_EQ(outcome(render), "bad_alloc");
+  const char* thrown = nullptr;
+  {
+    const tests::AllocationLimit scope(std::size_t{1} << 26);
+    try {
+      return std::to_string(render().size()) + " bytes";
+    } catch (const std::bad_alloc&) {
+      thrown = "bad_alloc";
+    } catch (const std::length_error&) {
+      thrown = "length_error";
+    }
+  }
   EXPECT_EQ(tests::outstandingAllocations(), outstanding);
+  return thrown;
 }
 
-// Lengths whose lower 32 bits are those of a short text.
-const std::size_t lengths[] = {fourGiB - 2, fourGiB, fourGiB + 5, fourGiB * 16 + 5};
+// The lower 32 bits are those of a short text.
+class Length : public testing::TestWithParam<std::size_t> {};
 
-TEST(Length, OfAScalarThatDoesNotFitIntoMemory) {
-  for (const std::size_t length : lengths) {
-    SCOPED_TRACE(length);
-    Scalar scalar;
-    *scalar.mutable_string_val() = tests::hugeText(length);
-    expectOutOfMemory([&] { return Converter::toString(scalar); });
-    EXPECT_EQ(scalar.string_val().size(), length);
-  }
+TEST_P(Length, ThatDoesNotFitIntoMemoryThrows) {
+  Arg arg;
+  Scalar& scalar = *arg.mutable_scalar();
+  Reference reference;
+  Link link;
+  std::string text = hugeText(GetParam());
+  scalar.mutable_string_val()->swap(text);
+  EXPECT_EQ(outcome([&] { return Converter::toString(scalar); }), "bad_alloc");
+  EXPECT_EQ(outcome([&] { return Converter::toHtml(arg); }), "bad_alloc");
+  reference.mutable_uuid()->swap(*scalar.mutable_string_val());
+  EXPECT_EQ(outcome([&] { return Converter::toString(reference); }), "bad_alloc");
+  EXPECT_EQ(outcome([&] { return Converter::toHtml(reference); }), "bad_alloc");
+  link.mutable_url()->set_scheme(Resource::FILE);
+  link.mutable_link_text()->swap(*reference.mutable_uuid());
+  EXPECT_EQ(outcome([&] { return Converter::toHtml(link.url(), link.link_text()); }), "bad_alloc");
+  EXPECT_EQ(outcome([&] { return Converter::toHtml(link); }), "bad_alloc");
+  link.mutable_url()->mutable_path()->swap(*link.mutable_link_text());
+  EXPECT_EQ(outcome([&] { return Converter::href(link.url()); }), "bad_alloc");
+  EXPECT_EQ(link.url().path().size(), GetParam());
 }
 
-TEST(Length, OfAReferenceThatDoesNotFitIntoMemory) {
-  for (const std::size_t length : lengths) {
-    SCOPED_TRACE(length);
-    Reference reference;
-    *reference.mutable_uuid() = tests::hugeText(length);
-    expectOutOfMemory([&] { return Converter::toString(reference); });
-    expectOutOfMemory([&] { return Converter::toHtml(reference); });
-    EXPECT_EQ(reference.uuid().size(), length);
-  }
-}
+INSTANTIATE_TEST_SUITE_P(Of, Length,
+                         testing::Values(fourGiB - 2, fourGiB, fourGiB + 5, fourGiB * 16 + 5));
 
-TEST(Length, OfAnAnchorThatDoesNotFitIntoMemory) {
-  for (const std::size_t length : lengths) {
-    SCOPED_TRACE(length);
-    Link link;
-    link.mutable_url()->set_scheme(Resource::FILE);
-    *link.mutable_url()->mutable_path() = tests::hugeText(length);
-    expectOutOfMemory([&] { return Converter::href(link.url()); });
-    expectOutOfMemory([&] { return Converter::toHtml(link.url(), "text"); });
-    expectOutOfMemory([&] { return Converter::toHtml(link); });
-    link.mutable_url()->clear_path();
-    *link.mutable_link_text() = tests::hugeText(length);
-    expectOutOfMemory([&] { return Converter::toHtml(link.url(), link.link_text()); });
-    expectOutOfMemory([&] { return Converter::toHtml(link); });
-    EXPECT_EQ(link.link_text().size(), length);
-  }
-}
-
-TEST(Length, OfAListThatDoesNotFitIntoMemory) {
-  Arg argument;
-  for (int i = 0; i < 2; ++i) {
-    *argument.mutable_refs()->add_ref()->mutable_name() = tests::hugeText(fourGiB / 2);
-  }
-  expectOutOfMemory([&] { return Converter::toHtml(argument); });
-  EXPECT_EQ(argument.refs().ref_size(), 2);
-}
-
-// A list that has one reference many times. No address space has room for as many
-// different ones as it takes to exceed what a string can hold.
-class RepeatedReference {
- public:
-  RepeatedReference(Reference* reference, int count) : list_(argument_.mutable_refs()) {
-    for (int i = 0; i < count; ++i) {
-      list_->mutable_ref()->UnsafeArenaAddAllocated(reference);
-    }
-  }
-  ~RepeatedReference() {
-    while (list_->ref_size() > 0) {
-      list_->mutable_ref()->UnsafeArenaReleaseLast();
-    }
-  }
-  RepeatedReference(const RepeatedReference&) = delete;
-  RepeatedReference& operator=(const RepeatedReference&) = delete;
-
-  const Arg& argument() const { return argument_; }
-
- private:
-  Arg argument_;
-  RefList* list_;
-};
-
-TEST(Length, OfAListThatDoesNotFitIntoAString) {
-  const std::size_t length = std::size_t{1} << 45;
-  // std::string::max_size() is 2^63 - 1 from C++20 on, and less before.
-  const std::size_t count = (std::size_t{1} << 63) / length + 1;
+// No address space has room for as many different references as it takes to exceed what a
+// string can hold, so the list has one of them many times.
+TEST(Length, ThatDoesNotFitIntoAStringThrows) {
   Reference reference;
   try {
-    *reference.mutable_name() = tests::hugeText(length);
+    *reference.mutable_name() = hugeText(std::size_t{1} << 45);
   } catch (const std::bad_alloc&) {
     GTEST_SKIP() << "ThreadSanitizer leaves no room for so long a text";
   }
-  const RepeatedReference list(&reference, static_cast<int>(count));
-  const auto outstanding = tests::outstandingAllocations();
-  EXPECT_EQ(outcome([&] { return Converter::toHtml(list.argument()); }), "length_error");
-  EXPECT_EQ(tests::outstandingAllocations(), outstanding);
-  EXPECT_EQ(reference.name().size(), length);
+  Arg arg;
+  auto& list = *arg.mutable_refs()->mutable_ref();
+  // std::string::max_size() is 2^63 - 1 from C++20 on, and less before.
+  for (int i = 0; i <= 1 << 18; ++i) {
+    list.UnsafeArenaAddAllocated(&reference);
+  }
+  EXPECT_EQ(outcome([&] { return Converter::toHtml(arg); }), "length_error");
+  while (!list.empty()) {
+    list.UnsafeArenaReleaseLast();
+  }
+}
+
+// Not EXPECT_EQ, which would print the texts.
+void expectText(std::string_view text, std::string_view start, std::string_view middle,
+                std::string_view end) {
+  ASSERT_EQ(text.size(), start.size() + middle.size() + end.size());
+  EXPECT_EQ(text.substr(0, start.size()), start);
+  EXPECT_TRUE(text.substr(start.size(), middle.size()) == middle);
+  EXPECT_EQ(text.substr(text.size() - end.size()), end);
+}
+
+// Takes as much memory, and seconds.
+TEST(LargeText, DISABLED_OfMoreThan4GiBIsComplete) {
+  if (sysconf(_SC_AVPHYS_PAGES) * sysconf(_SC_PAGESIZE) < long{9} << 30) {
+    GTEST_SKIP() << "9 GiB of memory are needed";
+  }
+  // Zero bytes with a letter here and there, which shows if a part is missing.
+  std::string text = hugeText(fourGiB + 12345);
+  for (std::size_t i = 0; i < text.size(); i += (std::size_t{1} << 27) + 1) {
+    text[i] = static_cast<char>('a' + i % 26);
+  }
+  text.back() = 'z';
+
+  Link link;
+  link.mutable_url()->set_scheme(Resource::FILE);
+  link.mutable_url()->mutable_path()->swap(text);
+  expectText(Converter::toHtml(link), "<a href=\"file:///", link.url().path(), "\">link</a>");
+
+  Arg arg;
+  arg.mutable_refs()->add_ref()->set_name("first");
+  std::string& name = *arg.mutable_refs()->add_ref()->mutable_name();
+  name.swap(*link.mutable_url()->mutable_path());
+  arg.mutable_refs()->add_ref()->set_name("last");
+  expectText(Converter::toHtml(arg), "first,", name, ",last");
 }
 
 }  // namespace

@@ -6,11 +6,10 @@
 #define VOK_TESTS_LIBRARY_LIFETIME_PLUGIN_H_
 
 struct Plugin {
-  bool (*use)();                 // uses everything; false if something is wrong
-  void* (*make)();               // a new message
-  bool (*change)(void*);         // whether it is what make() makes; changes it
-  bool (*changed)(const void*);  // whether it is what change() made of it
-  void (*destroy)(void*);
+  void (*use)();           // uses everything
+  void* (*make)();         // a new message
+  void (*change)(void*);   // changes what make() of another plugin returned
+  void (*destroy)(void*);  // deletes it, and checks that it was changed
 };
 
 #endif  // VOK_TESTS_LIBRARY_LIFETIME_PLUGIN_H_

@@ -4,8 +4,6 @@
 
 #include <dlfcn.h>
 #include <google/protobuf/arena.h>
-#include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/stubs/common.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -13,9 +11,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "support/message_types.h"
 #include "support/messages.h"
-#include "vectors/golden_vectors.h"
 
 namespace {
 
@@ -93,103 +89,66 @@ TEST(Interface, DestroysDefaultInstancesAtShutdown) {
 }
 
 TEST(Interface, HasFieldNumbersWithAnAddress) {
-  struct Case {
-    const int* constant;
-    int number;
-  };
-  const Case cases[] = {
+  const std::pair<const int*, int> constants[] = {
 #define VOK_FIELD(message, name, constant, number) {&message::constant, number},
 #define VOK_STRING(message, name)
 #define VOK_MESSAGE(message, name)
 #include "fields.inc"
   };
-  for (const Case& c : cases) {
-    EXPECT_EQ(*c.constant, c.number) << &c - cases;
+  for (const auto& constant : constants) {
+    EXPECT_EQ(*constant.first, constant.second);
   }
 }
 
 template <typename Type>
-struct OfOneType {
-  const std::string name{Type::descriptor()->name()};
-  const std::string bytes = tests::everyField(name);
+void expectFunctionsOfClass() {
+  const std::string name = Type::descriptor()->name();
+  SCOPED_TRACE(name);
+  const std::string bytes = tests::bytesOf(*tests::fullMessage(name));
+  Type message;
+  ASSERT_TRUE(message.ParseFromString(bytes));
+  EXPECT_EQ(message.GetMetadata().descriptor, Type::descriptor());
+  EXPECT_EQ(message.GetMetadata().reflection, message.GetReflection());
+  EXPECT_EQ(message.ByteSizeLong(), bytes.size());
+  std::string array(bytes.size(), '\0');
+  auto* start = reinterpret_cast<google::protobuf::uint8*>(&array[0]);
+  EXPECT_EQ(message.InternalSerializeWithCachedSizesToArray(true, start), start + bytes.size());
+  EXPECT_EQ(array, bytes);
 
-  void parsesAndSerializesItself() const {
-    const auto* data = reinterpret_cast<const google::protobuf::uint8*>(bytes.data());
-    google::protobuf::io::CodedInputStream in(data, static_cast<int>(bytes.size()));
-    Type message;
-    EXPECT_TRUE(message.MergePartialFromCodedStream(&in)) << name;
-    EXPECT_EQ(message.ByteSizeLong(), bytes.size()) << name;
+  // Private to the class, but exported all the same.
+  const auto setCachedSize =
+      reinterpret_cast<void (*)(const Type*, int)>(exported(name, "13SetCachedSizeEi", "_ZNK"));
+  const auto internalSwap =
+      reinterpret_cast<void (*)(Type*, Type*)>(exported(name, "12InternalSwapEPS1_"));
+  ASSERT_TRUE(setCachedSize != nullptr && internalSwap != nullptr);
+  Type other;
+  setCachedSize(&message, 7);
+  other.Swap(&message);
+  EXPECT_EQ(other.GetCachedSize(), 7);
+  EXPECT_EQ(message.GetCachedSize(), 0);
+  internalSwap(&message, &other);
+  EXPECT_EQ(message.GetCachedSize(), 7);
+  const bool several = name == "Violation" || name == "RuleSpec" || name == "Version";
+  EXPECT_EQ(exported(name, "30RequiredFieldsByteSizeFallbackEv", "_ZNK") != nullptr, several);
 
-    std::string array(bytes.size(), '\0');
-    auto* start = reinterpret_cast<google::protobuf::uint8*>(&array[0]);
-    EXPECT_EQ(message.InternalSerializeWithCachedSizesToArray(true, start), start + bytes.size());
-    EXPECT_EQ(array, bytes) << name;
-
-    std::string streamed;
-    {
-      google::protobuf::io::StringOutputStream sink(&streamed);
-      google::protobuf::io::CodedOutputStream out(&sink);
-      out.SetSerializationDeterministic(true);
-      message.SerializeWithCachedSizes(&out);
-    }
-    EXPECT_EQ(streamed, bytes) << name;
-  }
-
-  // The functions are private to the class, but exported all the same.
-  void swapsAndSetsCachedSizes() const {
-    const auto setCachedSize =
-        reinterpret_cast<void (*)(const Type*, int)>(exported(name, "13SetCachedSizeEi", "_ZNK"));
-    const auto internalSwap =
-        reinterpret_cast<void (*)(Type*, Type*)>(exported(name, "12InternalSwapEPS1_"));
-    ASSERT_NE(setCachedSize, nullptr) << name;
-    ASSERT_NE(internalSwap, nullptr) << name;
-    Type filled;
-    ASSERT_TRUE(filled.ParseFromString(bytes)) << name;
-    Type other;
-    setCachedSize(&filled, 7);
-    other.Swap(&filled);
-    EXPECT_EQ(other.GetCachedSize(), 7) << name;
-    EXPECT_EQ(filled.GetCachedSize(), 0) << name;
-    internalSwap(&filled, &other);
-    EXPECT_EQ(filled.GetCachedSize(), 7) << name;
-    EXPECT_EQ(tests::bytesOf(filled), bytes) << name;
-  }
-
-  void isOwnedByAnArenaButOnTheHeap() const {
-    Arena arena;
-    Type* message = Type::default_instance().New(&arena);
-    EXPECT_EQ(message->GetArena(), nullptr) << name;
-    message->mutable_unknown_fields()->AddLengthDelimited(1)->assign(100000, 'u');
-    EXPECT_LT(arena.SpaceUsed(), sizeof(Type)) << name;
-    const auto before = mallinfo2().uordblks;
-    arena.Reset();
-    EXPECT_LT(mallinfo2().uordblks + 100000, before) << name;
-  }
-
-  void namesItsDescriptorAndReflection() const {
-    const google::protobuf::Metadata metadata = Type().GetMetadata();
-    EXPECT_EQ(metadata.descriptor, Type::descriptor()) << name;
-    EXPECT_EQ(metadata.reflection, Type().GetReflection()) << name;
-  }
-
-  void sumsRequiredFieldsIfThereAreSome() const {
-    const bool several = name == "Violation" || name == "RuleSpec" || name == "Version";
-    EXPECT_EQ(exported(name, "30RequiredFieldsByteSizeFallbackEv", "_ZNK") != nullptr, several)
-        << name;
-  }
-};
+  // On the heap, but owned by the arena.
+  Arena arena;
+  Type* owned = message.New(&arena);
+  EXPECT_EQ(owned->GetArena(), nullptr);
+  owned->mutable_unknown_fields()->AddLengthDelimited(1)->assign(100000, 'u');
+  EXPECT_LT(arena.SpaceUsed(), sizeof(Type));
+  const auto before = mallinfo2().uordblks;
+  arena.Reset();
+  EXPECT_LT(mallinfo2().uordblks + 100000, before);
+}
 
 template <typename... Types>
-void checkAll(tests::TypeList<Types...> /*types*/) {
-  (OfOneType<Types>().parsesAndSerializesItself(), ...);
-  (OfOneType<Types>().swapsAndSetsCachedSizes(), ...);
-  (OfOneType<Types>().isOwnedByAnArenaButOnTheHeap(), ...);
-  (OfOneType<Types>().namesItsDescriptorAndReflection(), ...);
-  (OfOneType<Types>().sumsRequiredFieldsIfThereAreSome(), ...);
+void expectFunctionsOfClasses(tests::TypeList<Types...> /*types*/) {
+  (expectFunctionsOfClass<Types>(), ...);
 }
 
 TEST(Interface, HasTheFunctionsOfEveryClass) {
-  checkAll(tests::MessageTypes());
+  expectFunctionsOfClasses(tests::MessageTypes());
 }
 
 template <typename Entry>

@@ -5,12 +5,10 @@
 #ifndef VOK_TESTS_LIBRARY_THREADS_RUN_AT_ONCE_H_
 #define VOK_TESTS_LIBRARY_THREADS_RUN_AT_ONCE_H_
 
-#include <condition_variable>
 #include <exception>
 #include <functional>
-#include <mutex>
+#include <future>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace tests {
@@ -18,30 +16,23 @@ namespace tests {
 // Calls act(0), act(1), ... each in a thread of its own, all of them at once, and
 // returns the messages of the exceptions.
 inline std::vector<std::string> runAtOnce(int threads, const std::function<void(int)>& act) {
-  std::mutex mutex;
-  std::condition_variable allStarted;
-  int missing = threads;
-  std::vector<std::string> failures;
-  std::vector<std::thread> members;
+  std::promise<void> start;
+  const auto started = start.get_future().share();
+  std::vector<std::future<void>> ends;
   for (int i = 0; i < threads; ++i) {
-    members.emplace_back([&, i] {
-      {
-        std::unique_lock<std::mutex> lock(mutex);
-        if (--missing == 0) {
-          allStarted.notify_all();
-        }
-        allStarted.wait(lock, [&] { return missing == 0; });
-      }
-      try {
-        act(i);
-      } catch (const std::exception& failure) {
-        const std::lock_guard<std::mutex> lock(mutex);
-        failures.push_back(failure.what());
-      }
-    });
+    ends.push_back(std::async(std::launch::async, [&act, started, i] {
+      started.wait();
+      act(i);
+    }));
   }
-  for (std::thread& member : members) {
-    member.join();
+  start.set_value();
+  std::vector<std::string> failures;
+  for (auto& end : ends) {
+    try {
+      end.get();
+    } catch (const std::exception& failure) {
+      failures.emplace_back(failure.what());
+    }
   }
   return failures;
 }

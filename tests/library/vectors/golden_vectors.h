@@ -6,24 +6,42 @@
 #ifndef VOK_TESTS_LIBRARY_VECTORS_GOLDEN_VECTORS_H_
 #define VOK_TESTS_LIBRARY_VECTORS_GOLDEN_VECTORS_H_
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "support/messages.h"
 
 namespace tests {
 
 struct GoldenVector {
   std::string name;  // such as "Link.every_field"
   std::string type;  // the name of its message type
-  std::string about;
   std::string text;
   std::string wire;
 };
 
-// All of them, by name.
-const std::vector<GoldenVector>& goldenVectors();
-
-// The bytes of a message of that type with all fields set.
-const std::string& everyField(const std::string& type);
+inline std::vector<GoldenVector> goldenVectors() {
+  std::vector<GoldenVector> vectors;
+  for (const auto& entry : std::filesystem::directory_iterator(VECTORS_DIR)) {
+    std::ifstream in(entry.path());
+    std::string about, hash, bytes, digits;
+    std::getline(in, about);
+    std::getline(in >> hash >> bytes, digits);
+    if (bytes != "bytes:") {
+      throw std::runtime_error(entry.path().string() + ": the second line is not # bytes: HEX");
+    }
+    const std::string name = entry.path().stem().string();
+    vectors.push_back({name,
+                       name.substr(0, name.find('.')),
+                       {std::istreambuf_iterator<char>(in), {}},
+                       fromHex(digits)});
+  }
+  return vectors;
+}
 
 }  // namespace tests
 
