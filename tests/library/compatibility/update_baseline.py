@@ -39,29 +39,21 @@ SUPPRESSIONS = """
 """
 
 
-def dump(source, build, *options):
-    """Builds the library of a source tree; what its interface is, as text.
-
-    Nothing is optimized: what is inlined or folded would show. Neither the exported
-    symbols nor any layout depend on that.
-    """
-    flags = f'-O0 -g "-ffile-prefix-map={build}=build" "-ffile-prefix-map={source}=."'
-    _run("cmake", "-G", "Ninja", "-S", source, "-B", build, "-DCMAKE_BUILD_TYPE=Debug",
+def dump(build, *options):
+    """Builds the library in that folder; returns its interface as text. Nothing is optimized:
+    what is inlined would be missing. Neither exported symbols nor layouts depend on that."""
+    flags = f'-O0 -g "-ffile-prefix-map={build}=build" "-ffile-prefix-map={SOURCE}=."'
+    _run("cmake", "-G", "Ninja", "-S", SOURCE, "-B", build, "-DCMAKE_BUILD_TYPE=Debug",
          f"-DCMAKE_CXX_FLAGS_DEBUG={flags}", "-DVOK_RULECHECK_HARDENING=OFF", *options)
     _run("cmake", "--build", build, "--target", "vok_rulecheck")
     return _run("abidw", *DUMP_OPTIONS, pathlib.Path(build, "libvok_rulecheck.so"))
 
 
-def soname(interface):
-    return re.search(r"<abi-corpus [^>]*soname='([^']+)'", interface)[1]
-
-
 def breaking_changes(baseline, present):
     """What programs of the baseline rely on and is changed or gone, as a report, or "".
-
-    Programs never load a library with another soname, so that one breaks none.
-    """
-    if soname(baseline) != soname(present):
+    Programs never load a library with another soname, which therefore breaks none."""
+    sonames = {re.search("soname='([^']+)'", interface)[1] for interface in (baseline, present)}
+    if len(sonames) > 1:
         return ""
     with tempfile.TemporaryDirectory() as folder:
         files = {"baseline.abi": baseline, "present.abi": present, "suppressions": SUPPRESSIONS}
@@ -84,16 +76,13 @@ def main():
     argparse.ArgumentParser(description=__doc__.splitlines()[0]).parse_args()
     version = re.search(r"VERSION (\d+\.\d+\.\d+)", (SOURCE / "CMakeLists.txt").read_text())[1]
     with tempfile.TemporaryDirectory() as build:
-        interface = dump(SOURCE, build, "-DCMAKE_CXX_COMPILER=g++")
-    descriptor = subprocess.run(["protoc", f"--proto_path={SCHEMA.parent}", SCHEMA,
-                                 "--descriptor_set_out=/dev/stdout"], capture_output=True, check=True).stdout
+        interface = dump(build, "-DCMAKE_CXX_COMPILER=g++")
     for old in HERE.glob("baseline-*"):
         old.unlink()
-    for name, content in (("binpb", descriptor),
-                          ("abi.xz", lzma.compress(interface.encode(), preset=9))):
-        path = HERE / f"baseline-{version}.{name}"
-        path.write_bytes(content)
-        print(f"{path.relative_to(SOURCE)} written, {len(content)} bytes")
+    (HERE / f"baseline-{version}.abi.xz").write_bytes(lzma.compress(interface.encode(), preset=9))
+    _run("protoc", f"--proto_path={SCHEMA.parent}", SCHEMA,
+         f"--descriptor_set_out={HERE}/baseline-{version}.binpb")
+    print(f"baselines of {version} written")
 
 
 if __name__ == "__main__":
