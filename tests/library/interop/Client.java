@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The client in Java. README.md says what its commands do.
+// The client in Java. interop_test.py says what its commands do.
 
 import com.google.protobuf.CodedOutputStream;
 import com.google.protobuf.InvalidProtocolBufferException;
@@ -35,31 +35,7 @@ public final class Client {
     }
   }
 
-  private static Request rule() {
-    RuleSpec.Builder spec =
-        RuleSpec.newBuilder()
-            .setKey("WIDTH")
-            .setFullName("Width of a bus")
-            .setRawMsg("%1 has %2: %3")
-            .setSeverity(Violation.Severity.SEV_WARNING)
-            .putCategories(-1, "unsorted")
-            .putDynamicCategories(7, true);
-    Link.Builder link = spec.getExamplesBuilder().addUriBuilder().setLinkText("manual");
-    link.getUrlBuilder().setScheme(Resource.Scheme.HTTPS).setHost("host.example");
-    Request.Builder request = Request.newBuilder().setType(Request.RequestType.UPSERT_RULESPEC);
-    request.getUpsertRulespecBuilder().setRuleSpec(spec);
-    return request.build();
-  }
-
-  private static Request session() {
-    Request.Builder request = Request.newBuilder().setType(Request.RequestType.START_SESSION);
-    request.getStartSessionBuilder().setName("nightly").setPid(4711).setUuid("s-1");
-    Resource.Builder file = request.getStartSessionBuilder().getReportFileBuilder();
-    file.setScheme(Resource.Scheme.FILE).setPath("/reports/nightly.html");
-    return request.build();
-  }
-
-  private static Request violation() {
+  private static Request request() {
     Request.Builder request = Request.newBuilder().setType(Request.RequestType.CREATE_VIOLATION);
     CreateViolation.Builder body = request.getCreateViolationBuilder();
     body.setRuleKey("WIDTH").setSessionUuid("s-1");
@@ -68,29 +44,22 @@ public final class Client {
     port.setType(Reference.RefType.PORT).setName("clk").setId(-1);
     body.getArgsBuilder().addArgBuilder().getScalarBuilder().setIntVal(-9007199254740993L);
     body.getArgsBuilder().addArgBuilder().setStringVal("naïve – ✓ 🙂");
-    body.getActualValueBuilder().setDoubleVal(187.5).setUnits("MHz");
+    body.getActualValueBuilder().setDoubleVal(187.5);
     body.getThresholdValueBuilder().setIntVal(9223372036854775807L);
     body.putDynamicCategoryValues("7", "team α");
     return request.build();
   }
 
-  private static int number(boolean isSet) {
-    return isSet ? 1 : 0;
-  }
-
-  private static List<Object> values(Response stored, Session opened, Violation found) {
+  private static List<Object> values(Violation found) {
     List<Arg> args = found.getDetails().getArgs().getArgList();
     Resource url = found.getExamples().getUri(0).getUrl();
     Reference port = args.get(0).getRef();
     Scalar actual = found.getActualValue();
     return List.of(
-        stored.getType().getNumber(), stored.getStatus().getCode(), stored.getStatus().getMsg(),
-        number(stored.hasError()), opened.getName(), opened.getTimestamp(),
-        opened.getReportFile().getPath(), number(opened.hasDescription()),
-        found.getSeverity().getNumber(), found.getRuleKey(), number(found.hasBuildTarget()),
-        url.getScheme().getNumber(), url.getHost(), actual.getDoubleVal(), actual.getUnits(),
-        number(actual.hasIntVal()), found.getThresholdValue().getIntVal(),
-        found.getDetails().getText(), port.getType().getNumber(), port.getName(), port.getId(),
+        found.getSeverity().getNumber(), found.getRuleKey(), found.hasBuildTarget() ? 1 : 0,
+        url.getScheme().getNumber(), url.getHost(), actual.getDoubleVal(),
+        actual.hasIntVal() ? 1 : 0, found.getThresholdValue().getIntVal(),
+        port.getType().getNumber(), port.getName(), port.getId(),
         args.get(1).getScalar().getIntVal(), args.get(2).getStringVal(),
         found.getCategoriesCount(), found.getCategoriesOrThrow(-1), found.getCategoriesOrThrow(7));
   }
@@ -103,15 +72,10 @@ public final class Client {
         String[] words = lines.nextLine().split(" ");
         out.println(copy(words[0], HEX.parseHex(words.length > 1 ? words[1] : "")));
       }
-    } else if (arguments[0].equals("requests")) {
-      for (Request request : List.of(rule(), session(), violation())) {
-        request.writeDelimitedTo(out);
-      }
+    } else if (arguments[0].equals("request")) {
+      request().writeTo(out);
     } else {
-      Response stored = Response.parseDelimitedFrom(System.in);
-      Session opened = Response.parseDelimitedFrom(System.in).getSession();
-      Violation found = Response.parseDelimitedFrom(System.in).getViolation();
-      values(stored, opened, found).forEach(out::println);
+      values(Response.parseFrom(System.in).getViolation()).forEach(out::println);
     }
   }
 }

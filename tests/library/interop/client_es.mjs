@@ -3,7 +3,6 @@
 // The client of @bufbuild/protobuf.
 
 import { create, fromBinary, isFieldSet, toBinary } from '@bufbuild/protobuf';
-import { sizeDelimitedEncode } from '@bufbuild/protobuf/wire';
 import * as pb from './RuleService_pb.js';
 import { run } from './javascript.mjs';
 
@@ -16,7 +15,6 @@ const schemas = Object.fromEntries(
 run(
   process.argv[2],
   {
-    ...pb.Resource_Scheme,
     ...pb.Violation_Severity,
     ...pb.Request_RequestType,
     PORT: pb.Reference_RefType.PORT,
@@ -24,8 +22,7 @@ run(
   {
     parse: (type, data) => fromBinary(pb[`${type}Schema`], data),
     write: (type, message) => toBinary(pb[`${type}Schema`], message),
-    delimited: (request) =>
-      sizeDelimitedEncode(pb.RequestSchema, create(pb.RequestSchema, request)),
+    create: (type, fields) => create(pb[`${type}Schema`], fields),
     has: (message, field) => isFieldSet(message, schemas[message.$typeName].field[field]),
     long: BigInt,
   },

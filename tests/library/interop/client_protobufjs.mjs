@@ -13,7 +13,6 @@ const [command, keeping] = process.argv.slice(2).reverse();
 run(
   command,
   {
-    ...pb.Resource.Scheme,
     ...pb.Violation.Severity,
     ...pb.Request.RequestType,
     PORT: pb.Reference.RefType.PORT,
@@ -25,7 +24,7 @@ run(
       return pb[type].decode(reader);
     },
     write: (type, message) => pb[type].encode(message).finish(),
-    delimited: (request) => pb.Request.encodeDelimited(request).finish(),
+    create: (type, fields) => fields,
     has: (message, field) => Object.hasOwn(message, field),
     long: Long.fromString,
   },

@@ -1,21 +1,34 @@
 # SPDX-License-Identifier: Apache-2.0
 
-"""A client in another language: what it reads and writes again, and how it talks to the server."""
+"""Clients in other languages: what they read and write again, and how they talk to the server.
+
+Each is a program with its language's own runtime, built from the installed RuleService.proto
+and nothing else of the library. Its commands:
+
+    copy     for each line TYPE HEX of its input, prints the message read and written again in
+             hexadecimal digits, or "unreadable: WHY" or "unwritable: WHY"
+    request  prints a request to record a violation
+    answer   prints values from the answer of the rule server, which server.cpp runs
+
+A client whose language is missing is skipped, except by tools/test --all.
+"""
 
 import os
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
 import unittest
 
-from clients import CLIENTS, run
-
 NAME = os.environ["CLIENT"]
-CLIENT = CLIENTS[NAME]
 SERVER = os.environ["SERVER"]
 SCHEMA = pathlib.Path(os.environ["SCHEMA"])
 VECTORS = pathlib.Path(os.environ["VECTORS"])
+HERE = pathlib.Path(__file__).resolve().parent
+NODE_MODULES = HERE.parents[1] / "node_modules"
+PYTHON = "/usr/bin/python3"  # Debian's, which has the runtime
+JAR = "/usr/share/java/protobuf.jar"
 ALL_TESTS = "VOK_RULECHECK_ALL_TESTS" in os.environ
 SKIPPED = 77
 
@@ -37,9 +50,16 @@ LOSSES = [
     ("a known field with another wire type", "Resource", "08011005", {ES: "unreadable", JS: "0801"}),
 ]
 
-# What the answers hold, in the order of the clients' values().
-ANSWERS = """0 0 rule stored 0|nightly 1700000000123 /reports/nightly.html 0|2 WIDTH 0|4 host.example
-187.5 MHz 0 9223372036854775807|%1 has %2: %3|21 clk -1 -9007199254740993|naïve – ✓ 🙂|2 unsorted team α"""
+# What the server has to know before a client reports a violation.
+SETUP = ["""type: UPSERT_RULESPEC upsert_rulespec { rule_spec {
+         key: "WIDTH" full_name: "Width of a bus" raw_msg: "%1 has %2: %3"
+         categories { key: -1 value: "unsorted" } dynamic_categories { key: 7 value: true }
+         examples { uri { link_text: "manual" url { scheme: HTTPS host: "host.example" } } } } }""",
+         """type: START_SESSION start_session { name: "nightly" uuid: "s-1"
+         report_file { scheme: FILE path: "/reports/nightly.html" } }"""]
+
+# What the answer holds, in the order of the clients' values().
+ANSWER = "2 WIDTH 0 4 host.example 187.5 0 9223372036854775807 21 clk -1 -9007199254740993 naïve – ✓ 🙂 2 unsorted team α"
 
 
 def golden_vectors():
@@ -48,12 +68,73 @@ def golden_vectors():
             for case in sorted(VECTORS.iterdir())}
 
 
+def protoc(direction, type_name, content):
+    return run("protoc", f"-I{SCHEMA.parent}", f"--{direction}=vok.rulecheck.{type_name}", SCHEMA.name,
+               input=content)
+
+
 def as_text(type_name, digits):
     """A message as C++ reads it. Maps are in the order of their keys."""
-    decoded = subprocess.run(
-        ["protoc", f"-I{SCHEMA.parent}", f"--decode=vok.rulecheck.{type_name}", SCHEMA.name],
-        input=bytes.fromhex(digits), capture_output=True, check=True)
-    return decoded.stdout
+    return protoc("decode", type_name, bytes.fromhex(digits))
+
+
+def delimited(data):
+    return bytes([len(data) & 127 | 128, len(data) >> 7]) + data  # fewer than 16,384 bytes
+
+
+def run(*command, **options):
+    ended = subprocess.run([str(word) for word in command], capture_output=True, check=False, **options)
+    if ended.returncode != 0:
+        raise RuntimeError(f"{command} failed:\n{ended.stdout}{ended.stderr}")
+    return ended.stdout
+
+
+def generate(*options):
+    """Runs the distribution's compiler, the one that its runtimes go with."""
+    run("protoc", f"--proto_path={SCHEMA.parent}", *options, SCHEMA.name)
+
+
+def python(folder, implementation):
+    generate(f"--python_out={folder}")
+    shutil.copy(HERE / "client.py", folder)
+    command = ["env", f"PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION={implementation}", PYTHON, "-B"]
+    used = "from google.protobuf.internal import api_implementation as a; print(a.Type())"
+    assert run(*command, "-c", used).decode().strip() == implementation
+    return [*command, folder / "client.py"]
+
+
+def java(folder):
+    generate(f"--java_out={folder}")
+    run("javac", "-J-XX:TieredStopAtLevel=1", "-nowarn", "-proc:none", "-encoding", "UTF-8", "-cp", JAR,
+        "-d", folder, HERE / "Client.java", *folder.rglob("*.java"))
+    return ["java", "-XX:TieredStopAtLevel=1", "-cp", f"{folder}:{JAR}", "Client"]
+
+
+def javascript(folder, client, *options):
+    (folder / "package.json").write_text('{"type": "module"}', encoding="utf-8")
+    (folder / "node_modules").symlink_to(NODE_MODULES)
+    for module in (client, "javascript.mjs"):
+        shutil.copy(HERE / module, folder)
+    tools = NODE_MODULES / ".bin"
+    if client == "client_es.mjs":
+        generate(f"--plugin={tools / 'protoc-gen-es'}", "--es_opt=target=js", f"--es_out={folder}")
+    else:
+        run("node", tools / "pbjs", "--target", "static-module", "--wrap", "esm", "--es6",
+            "--out", folder / "RuleService.js", SCHEMA)
+    return ["node", folder / client, *options]
+
+
+# What each client needs, and how it is built: the function returns the command that runs it.
+PYTHON_NEEDS = ["/usr/lib/python3/dist-packages/google/protobuf"]
+CLIENTS = {
+    "python_cpp": (PYTHON_NEEDS, python, "cpp"),
+    "python_pure": (PYTHON_NEEDS, python, "python"),
+    "java": (["javac", "java", JAR], java),
+    ES: (["node", NODE_MODULES / "@bufbuild/protobuf"], javascript, "client_es.mjs"),
+    JS: (["node", NODE_MODULES / "protobufjs"], javascript, "client_protobufjs.mjs"),
+    KEEPING: (["node", NODE_MODULES / "protobufjs"], javascript, "client_protobufjs.mjs", "--keep-unknown"),
+}
+NEEDS, BUILD, *ARGUMENTS = CLIENTS[NAME]
 
 
 class Interop(unittest.TestCase):
@@ -61,11 +142,12 @@ class Interop(unittest.TestCase):
     def setUpClass(cls):
         folder = tempfile.TemporaryDirectory(prefix="interop test ")
         cls.addClassCleanup(folder.cleanup)
-        cls.command = CLIENT.build(SCHEMA, pathlib.Path(folder.name).resolve())
+        cls.command = BUILD(pathlib.Path(folder.name).resolve(), *ARGUMENTS)
 
     def copies(self, messages):
         """What the client writes of messages, each a type and its bytes."""
-        written = run(*self.command, "copy", input="".join(f"{name} {data}\n" for name, data in messages))
+        lines = "".join(f"{name} {data}\n" for name, data in messages)
+        written = run(*self.command, "copy", input=lines.encode()).decode()
         self.assertEqual(written.count("\n"), len(messages), written)
         return written.split("\n")[:-1]
 
@@ -86,18 +168,17 @@ class Interop(unittest.TestCase):
                 self.assertEqual(copy.split(":")[0], others.get(NAME, data), copy)
 
     def test_records_a_violation_on_the_server(self):
-        requests = subprocess.run([*self.command, "requests"], capture_output=True, check=True)
-        answers = subprocess.run([SERVER], input=requests.stdout, capture_output=True, check=True)
-        values = subprocess.run([*self.command, "answers"], input=answers.stdout,
-                                capture_output=True, check=True)
-        self.assertEqual(values.stdout.decode().split(), ANSWERS.replace("|", " ").split())
+        requests = [protoc("encode", "Request", text.encode()) for text in SETUP]
+        requests.append(run(*self.command, "request"))
+        answer = run(SERVER, input=b"".join(map(delimited, requests)))
+        self.assertEqual(run(*self.command, "answer", input=answer).decode().split(), ANSWER.split())
 
 
 if __name__ == "__main__":
-    reasons = "; ".join(CLIENT.missing())
-    if reasons and not ALL_TESTS:
-        print(f"Skipped: {reasons}")
+    missing = [str(need) for need in ["protoc", *NEEDS] if not shutil.which(need) and not os.path.exists(need)]
+    if missing and not ALL_TESTS:
+        print(f"Skipped: there is no {', '.join(missing)}")
         sys.exit(SKIPPED)
-    if reasons:
-        sys.exit(f"All tests are to run, and {reasons}")
+    if missing:
+        sys.exit(f"All tests must run, but there is no {', '.join(missing)}; run npm ci in tests")
     unittest.main()

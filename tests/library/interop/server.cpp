@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The rule server with standard input and output for a transport: answers length-delimited requests
-// until its input ends.
+// The rule server with standard input and output for a transport: reads length-delimited requests
+// until its input ends, and writes the last answer.
 
 #include <google/protobuf/io/zero_copy_stream_impl.h>
 #include <google/protobuf/util/delimited_message_util.h>
@@ -26,11 +26,13 @@ int main() {
     rule_server::Server server(environment);
     pb::io::IstreamInputStream in(&std::cin);
     vok::rulecheck::Request request;
+    vok::rulecheck::Response response;
     bool isAtEnd = false;
     while (pb::util::ParseDelimitedFromZeroCopyStream(&request, &in, &isAtEnd)) {
-      pb::util::SerializeDelimitedToOstream(server.handle(request), &std::cout);
+      response = server.handle(request);
       request.Clear();
     }
+    response.SerializeToOstream(&std::cout);
     return isAtEnd ? 0 : 1;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "interop_server: %s\n", error.what());
