@@ -33,34 +33,27 @@ void count(const char* path, Call call) {
   CALLGRIND_DUMP_STATS_AT(path);
 }
 
-void countWords() {
+const std::string kFile = "url { scheme: FILE path: '/home/uart/rtl/registers.v' fragment: 'L42' }";
+const std::string kMember = "ref { type: LOOP id: 12 " + kFile + " } ";
+
+}  // namespace
+
+int main() {
   count("word", [] { keep(Converter::toString(Violation::SEV_CRITICAL_WARNING)); });
-}
-
-void countScalars() {
   const auto integer = parse<Scalar>("int_val: 123456 units: 'cells'");
-  const auto fraction = parse<Scalar>("double_val: 350.25 units: 'MHz'");
   count("scalar_integer", [&] { keep(Converter::toString(integer)); });
+  const auto fraction = parse<Scalar>("double_val: 350.25 units: 'MHz'");
   count("scalar_double", [&] { keep(Converter::toString(fraction)); });
-}
-
-void countHtml() {
-  const std::string file =
-      "url { scheme: FILE path: '/home/uart/rtl/registers.v' fragment: 'L42' }";
-  const std::string member = "ref { type: LOOP id: 12 " + file + " } ";
-  const auto link = parse<Arg>("uri { link_text: 'rtl/registers.v:42' " + file + " }");
-  const auto reference = parse<Arg>(member);
-  const auto list = parse<Arg>("refs { " + member + member + member + "}");
   const auto page = parse<Resource>(
       "scheme: HTTPS host: 'reports.example' port: 8443 path: 'session/4711' query: "
       "'sort=severity'");
   count("href", [&] { keep(Converter::href(page)); });
+  const auto link = parse<Arg>("uri { link_text: 'rtl/registers.v:42' " + kFile + " }");
   count("html_link", [&] { keep(Converter::toHtml(link)); });
+  const auto reference = parse<Arg>(kMember);
   count("html_reference", [&] { keep(Converter::toHtml(reference)); });
+  const auto list = parse<Arg>("refs { " + kMember + kMember + kMember + "}");
   count("html_list", [&] { keep(Converter::toHtml(list)); });
-}
-
-void countCarrying() {
   auto request = parse<Request>(
       "type: CREATE_VIOLATION create_violation { rule_key: 'WIDTHTRUNC' session_uuid: "
       "'0d9f6f6e-6a35-4b0e-9a05-5a0b8f3f7a11' args { "
@@ -68,16 +61,7 @@ void countCarrying() {
       "fragment: 'L21' } } } arg { scalar { int_val: 16 units: 'bits' } } "
       "arg { string_val: 'the assignment' } } }");
   const std::string bytes = tests::bytesOf(request);
-  std::string written;
   count("parse_request", [&] { request.ParsePartialFromString(bytes); });
+  std::string written;
   count("write_request", [&] { request.SerializePartialToString(&written); });
-}
-
-}  // namespace
-
-int main() {
-  countWords();
-  countScalars();
-  countHtml();
-  countCarrying();
 }
