@@ -138,7 +138,7 @@ std::string fromPython(py::handle text) {
 // changes while the GIL is released, and every implementation of the runtime has them.
 template <typename Message, typename Render>
 py::str rendered(py::handle value, Render render) {
-  const Message* const original = inPlace<Message>(value);
+  const auto* const original = inPlace<Message>(value);
   if (original != nullptr && original->ByteSizeLong() < bytesWorthHandingOver) {
     return toPython(render(*original));
   }

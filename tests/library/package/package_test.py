@@ -261,6 +261,8 @@ class Components(PackageTest):
             f"{self.folder}/libvok_rulecheck.{'so' if self.shared else 'a'}",
             f"{self.folder}/pkgconfig/vok_rulecheck.pc",
             "share/vok/rulecheck/RuleService.proto",
+            "share/vok/rulecheck/conformance/rendering.jsonl",
+            "share/vok/rulecheck/conformance/wire.jsonl",
         }
 
     def python_files(self):
