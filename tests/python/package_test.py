@@ -9,7 +9,6 @@ import importlib
 import io
 import os
 import pathlib
-import re
 import shutil
 import subprocess
 import sys
@@ -21,6 +20,7 @@ from google.protobuf.message import DecodeError, EncodeError
 import vok_rulecheck
 import vok_rulecheck.delimited
 from program_test import ProgramTest
+from readme import readme
 from vok_rulecheck import RuleService_pb2 as pb
 from vok_rulecheck import converter, read_delimited, write_delimited
 
@@ -123,12 +123,11 @@ class Functions(unittest.TestCase):
 
 
     def test_page_shows_what_its_example_prints(self):
-        page = (pathlib.Path(__file__).resolve().parents[2] / "docs/python.md").read_text(encoding="utf-8")
-        code, printed = re.search(r"```python\n(.*?)```.*?```text\n(.*?)```", page, re.DOTALL).groups()
+        page = pathlib.Path(__file__).resolve().parents[2] / "docs/python.md"
         out = io.StringIO()
         with contextlib.redirect_stdout(out):
-            exec(code, {})
-        self.assertEqual(out.getvalue(), printed)
+            exec(readme("python", page=page), {})
+        self.assertEqual(out.getvalue(), readme("text", page=page))
 
 
 class Threads(unittest.TestCase):
