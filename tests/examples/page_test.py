@@ -21,7 +21,7 @@ BLOCK = re.compile(r"(?:^<!-- (?P<file>\S+) -->\n)?^```(?P<language>\w*)\n(?P<co
                    re.DOTALL | re.MULTILINE)
 MARKED = re.compile(r"^// Shown in docs/recipes\.md: begin\n(.*)^// Shown in docs/recipes\.md: end$",
                     re.DOTALL | re.MULTILINE)
-LANGUAGES = {".cpp": "cpp", ".h": "cpp", ".sh": "sh", ".txt": "text", "CMakeLists.txt": "cmake",
+LANGUAGES = {".cpp": "cpp", ".py": "python", ".h": "cpp", ".sh": "sh", ".txt": "text", "CMakeLists.txt": "cmake",
              "meson.build": "meson", "Makefile": "make"}
 
 
