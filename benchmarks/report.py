@@ -43,6 +43,7 @@ HEAD = """\
   *string streams* share all that is not their style.
 - *Hot* findings are a hundred that stay in the cache, *in order* are ten thousand one after the other,
   and *cold* ones are used in random order, from more than any cache holds.
+- Python handles a thousand arguments, each a reference with an address.
 - Loading is timed with stripped libraries after the runtime is loaded.
 """
 
@@ -58,6 +59,9 @@ start = time.thread_time_ns()
 ctypes.CDLL(sys.argv[2])
 print(time.thread_time_ns() - start)
 """
+
+
+HERE = pathlib.Path(__file__).resolve().parent
 
 
 class Failure(Exception):
@@ -186,6 +190,14 @@ def measure_loading(built, effort, series):
             series[f"loading: time/{library}"].append(float(nanoseconds))
 
 
+def measure_python(built, effort, series):
+    for messages, first, implementation in rows.PYTHON_MESSAGES:
+        measured = output_of(["env", f"PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION={implementation}", built["python"],
+                              "-B", HERE / "python.py", built["python_package"], first, str(effort.loads)])
+        for operation, nanoseconds in json.loads(measured).items():
+            series[f"python: {messages}/{operation}"].append(nanoseconds)
+
+
 def inspect_libraries(built, series):
     for library in rows.LIBRARIES:
         kinds = re.findall(r"R_X86_64_(\w+)", output_of(["readelf", "-rW", built[library]]))
@@ -206,6 +218,7 @@ def measure(built, effort):
         print(f"Round {number + 1} of {effort.rounds}", file=sys.stderr, flush=True)
         measure_times(built, effort, series)
         measure_loading(built, effort, series)
+        measure_python(built, effort, series)
     return {name: statistics.median(values) for name, values in series.items()}
 
 

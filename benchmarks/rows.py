@@ -67,6 +67,19 @@ def result_of(violations, operation):
 
 LIBRARIES = ("ours", "plain")
 
+# Python: how messages were made, what is imported first, and the runtime's implementation.
+
+PYTHON_MESSAGES = (
+    ("messages of the package", "vok_rulecheck", "cpp"),
+    ("messages imported before the package", "RuleService_pb2", "cpp"),
+    ("pure Python", "vok_rulecheck", "python"))
+PYTHON_OPERATIONS = ("serialize", "to_html", "to_html_many")
+
+
+def python(messages, operation):
+    return f"python: {messages}/{operation}"
+
+
 TARGETS = (
     *(target for name in ANCHORS for target in (
         Target(f"{name}: times as fast as concatenation", rendering(name, "concatenation"),
@@ -96,6 +109,9 @@ TARGETS = (
     *(Target(f"{operation}: time for each of {10 * size:,} violations, relative to {size:,}",
              result_of(10 * size, operation), result_of(size, operation), at_most=4)
       for operation in OPERATIONS for size in SIZES[:-1]),
+    *(Target(f"Python, {messages}: time of `{operation}`, relative to `SerializeToString`",
+             python(messages, operation), python(messages, "serialize"), at_most=limit)
+      for messages, *_ in PYTHON_MESSAGES for operation, limit in (("to_html", 3), ("to_html_many", 1.5))),
     Target("loading: time of `dlopen`, relative to plain Release flags", "loading: time/ours",
            "loading: time/plain", at_most=0.5),
     Target("loading: stripped size, relative to plain Release flags", "loading: size/ours",
@@ -130,6 +146,9 @@ TABLES = (
         (name, *figures("{}: " + name, ALLOCATORS)) for name in PARSING)),
     Table("The generated code's checks", ("without", "with"), tuple(
         (name, f"messages: {name}", f"checked: {name}") for name in CHECKED)),
+    Table("Python: time of an argument", PYTHON_OPERATIONS, tuple(
+        (messages, *(python(messages, operation) for operation in PYTHON_OPERATIONS))
+        for messages, *_ in PYTHON_MESSAGES)),
     Table("Loading", ("as built", "plain Release flags"), (
         ("time of `dlopen`", *figures("loading: time/{}", LIBRARIES)),
         ("stripped size in bytes", *figures("loading: size/{}", LIBRARIES)),

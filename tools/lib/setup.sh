@@ -7,7 +7,7 @@
 # shellcheck disable=SC2034
 {
   bench_packages=(binutils libbenchmark-dev libfmt-dev libjemalloc2 libmimalloc2.0 libprotozero-dev
-    libtcmalloc-minimal4 pkg-config python3 rapidjson-dev)
+    libtcmalloc-minimal4 pkg-config pybind11-dev python3-dev python3-protobuf rapidjson-dev)
   build_packages=(g++ cmake ninja-build libprotobuf-dev protobuf-compiler)
   app_packages=(libcli11-dev libkainjow-mustache-dev libre2-dev openssl pkg-config)
   lint_packages=(verilator)
@@ -21,7 +21,7 @@
   interop_packages=(default-jdk-headless libprotobuf-java python3-protobuf)
   python_packages=(pybind11-dev python3-dev python3-pip python3-protobuf python3-setuptools python3-wheel)
   grpc_packages=(libgrpc++-dev openssl protobuf-compiler-grpc python3-grpcio)
-  debian_packages=(build-essential debhelper dpkg-dev python3)
+  debian_packages=(build-essential debhelper dh-python dpkg-dev pybind11-dev python3-dev python3-protobuf)
   debian_test_packages=(lintian mmdebstrap pkg-config)
   matrix_packages=(mmdebstrap)
   docs_packages=(mkdocs mkdocs-material mscgen protobuf-compiler python3-protobuf)
