@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What each function of Converter returns: tables, the examples of Converter.h, and
-// random messages, which are compared with a model.
+// What each function of Converter returns: the conformance suite, the examples of
+// Converter.h, and random messages, which are compared with a model.
 
+#include <google/protobuf/struct.pb.h>
+#include <google/protobuf/util/json_util.h>
+#include <google/protobuf/wrappers.pb.h>
 #include <gtest/gtest.h>
 #include <vok/rulecheck/Converter.h>
 
@@ -26,110 +29,66 @@ using tests::call;
 using tests::counted;
 using namespace vok::rulecheck;
 
-struct Table {
-  const char* function;
-  std::vector<std::pair<const char*, const char*>> rows;  // a message and its text
-};
-
-const Table tables[] = {
-    {"toString(Scalar)",
-     {{"", ""},
-      {"string_val: 'abc' units: 'B'", "abc B"},
-      {"int_val: -42", "-42"},
-      {"int_val: 9223372036854775807", "9223372036854775807"},
-      {"double_val: 1.5 units: 'ns'", "1.500000 ns"},
-      {"units: ''", " "},
-      {"string_val: '' int_val: 7 units: 'x'", " x"},
-      {"int_val: 0 double_val: 1.5", "0"},
-      {"double_val: 1.5 address: 'a'", "1.500000"},
-      {"address: '0x1000' units: 'B'", "0x1000"},
-      {"int_val: 3 address: 'a' units: 'B'", "3"},
-      {"string_val: 's' address: '' units: 'B'", "s"},
-      {"string_val: ' <&\"> ' units: ' u '", " <&\">   u "}}},
-    {"toString(Reference)",
-     {{"", "array"},
-      {"type: PCIE", "PCIE"},
-      {"type: PORT name: 'top' id: 9 uuid: 'u'", "top"},
-      {"type: PORT name: '' id: 9", ""},
-      {"type: LOOP id: 0 uuid: 'u'", "loop #0"},
-      {"type: LOOP id: -2147483648", "loop #-2147483648"},
-      {"type: DATAMOVER uuid: 'ab-12'", "data mover ab-12"},
-      {"type: LOOP uuid: ''", "loop "},
-      {"uuid: 'u'", "array u"},
-      {"type: LOOP id: 2 value { int_val: 3 } url { scheme: FILE }", "loop #2"}}},
-    {"href(Resource)",
-     {{"", ""},
-      {"host: 'h' port: 1 path: 'p' query: 'q' fragment: 'f' media_type: 'm' data: 'd'", ""},
-      {"scheme: DATA host: 'h' port: 1 path: 'p' query: 'q' fragment: 'f'", "data:"},
-      {"scheme: DATA data: ''", "data:,"},
-      {"scheme: DATA encoding: 'base64' data: 'aGk='", "data:base64,aGk="},
-      {"scheme: DATA media_type: 'm' encoding: 'e' data: 'd'", "data:m;e,d"},
-      {"scheme: DATA media_type: '' encoding: '' data: ''", "data:;,"},
-      {"scheme: FILE path: 'tmp/a' media_type: 'm' data: 'd'", "file:///tmp/a"},
-      {"scheme: FILE path: ''", "file://"},
-      {"scheme: FILE host: 'h' path: 'a'", "file://h/a"},
-      {"scheme: HTTP host: 'h' port: 80 path: 'x' query: 'a=1' fragment: 't'",
-       "http://h:80/x?a=1#t"},
-      {"scheme: HTTPS host: 'h' port: 0", "https://h:0"},
-      {"scheme: HTTP port: -2147483648", "http://:-2147483648"},
-      {"scheme: HTTP host: '' path: 'x'", "http:///x"},
-      {"scheme: HTTP host: 'h' query: '' fragment: ''", "http://h?#"},
-      {"scheme: HTTP path: '/x?a=1' query: 'b=2'", "http:///x?a=1?b=2"},
-      {"scheme: HTTP host: 'h' path: 'a b\"<>#?'", "http://h/a b\"<>#?"},
-      {"scheme: FTP host: 'h' port: 21 path: 'x' query: 'q' fragment: 'f'", "h:21/x?q#f"},
-      {"scheme: MAILTO path: 'a@b.example'", "/a@b.example"}}},
-    {"toHtml(Resource)",
-     {{"host: 'h' media_type: 'text/html' data: '<b>'", ""},
-      {"scheme: DATA media_type: 'text/html' encoding: 'e' data: '<b a=\"1\">'", "<b a=\"1\">"},
-      {"scheme: DATA media_type: 'text/html'", ""},
-      {"scheme: DATA media_type: 'TEXT/HTML'", "<a href=\"data:TEXT/HTML\">A</a>"},
-      {"scheme: DATA media_type: 'text/html;x' data: 'd'", "<a href=\"data:text/html;x,d\">A</a>"},
-      {"scheme: DATA data: 'd'", "<a href=\"data:,d\">A</a>"},
-      {"scheme: HTTP media_type: 'text/html' data: 'd'", "<a href=\"http://\">A</a>"},
-      {"scheme: FILE path: '/a\"><b>'", "<a href=\"file:///a\"><b>\">A</a>"}}},
-    {"toHtml(Link)",
-     {{"docgen_filename: 'd'", "<empty>"},
-      {"link_text: '<&\"'", "<&\""},
-      {"link_text: '' url { scheme: FILE media_type: 'm' }", "<a href=\"file://\"></a>"},
-      {"url { scheme: FILE path: '/r' media_type: 'm' }", "<a href=\"file:///r\">m</a>"},
-      {"url { scheme: FILE path: '/r' media_type: '' }", "<a href=\"file:///r\"></a>"},
-      {"link_text: 'T' url { scheme: DATA media_type: 'text/html' data: '<b>' }", "<b>"},
-      {"link_text: 'R' url { path: '/r' }", ""}}},
-    {"toHtml(Reference)",
-     {{"type: KERNEL id: 4 value { int_val: 1 }", "kernel #4"},
-      {"name: '<script>'", "<script>"},
-      {"name: '' url { scheme: FILE }", "<a href=\"file://\"></a>"},
-      {"type: LOOP uuid: 'u' url { scheme: HTTP media_type: 'm' }",
-       "<a href=\"http://\">loop u</a>"},
-      {"name: 'clk' url { path: '/t.v' }", ""},
-      {"name: 'clk' url { scheme: DATA media_type: 'text/html' data: '<i>' }", "<i>"}}},
-    {"toHtml(Arg)",
-     {{"", ""},
-      {"ref { } uri { } refs { ref { name: 'S' } } uris { } string_val: 's' scalar { }", "array"},
-      {"ref { url { } } string_val: 's'", ""},
-      {"uri { } refs { ref { name: 'S' } } uris { } string_val: 's' scalar { }", "<empty>"},
-      {"refs { } uris { uri { } } string_val: 's' scalar { int_val: 1 }", ""},
-      {"refs { ref { name: '' } ref { name: 'Q' } ref { url { } } }", ",Q,"},
-      {"refs { ref { id: 1 } ref { url { scheme: FTP } } }", "array #1,<a href=\"\">array</a>"},
-      {"uris { } string_val: 's'", ""},
-      {"uris { uri { link_text: 'L' } uri { } } string_val: 's' scalar { }", "L,<empty>"},
-      {"string_val: '<&\">' scalar { int_val: 1 }", "<&\">"},
-      {"string_val: '' scalar { int_val: 1 }", ""},
-      {"scalar { units: 'u' }", ""},
-      {"scalar { int_val: -9223372036854775808 }", "-9223372036854775808"},
-      {"scalar { int_val: 0 double_val: 1.5 string_val: 's' address: 'a' }", "0"},
-      {"scalar { double_val: 2.5 string_val: 's' address: 'a' units: 'ns' }", "2.500000"},
-      {"scalar { string_val: '' address: 'a' units: 'u' }", ""},
-      {"scalar { address: 'a' units: 'u' }", "a"}}},
-};
-
-TEST(Rendering, FollowsTheTables) {
-  for (const Table& table : tables) {
-    for (const auto& [message, text] : table.rows) {
-      const auto tested = call(table.function, message);
-      EXPECT_EQ(counted([&] { return tested.render(); }), text) << table.function << message;
-    }
+std::string wordOf(const std::string& enumeration, int number) {
+  if (enumeration == "Resource.Scheme") {
+    return Converter::toString(static_cast<Resource_Scheme>(number));
   }
+  return enumeration == "Reference.RefType"
+             ? Converter::toString(static_cast<Reference_RefType>(number))
+             : Converter::toString(static_cast<Violation_Severity>(number));
+}
+
+// A line of the conformance suite.
+class Case {
+ public:
+  explicit Case(const std::string& line) { read(line, &members_); }
+
+  std::string expected() const { return bytes("base64"); }
+
+  std::string rendered() const {
+    const std::string type = text("type");
+    if (has("number")) {
+      return wordOf(type, static_cast<int>(members_.fields().at("number").number_value()));
+    }
+    const auto message = tests::newMessage(type);
+    EXPECT_TRUE(message->ParsePartialFromString(bytes("bytes")));
+    if (has("anchorText")) {
+      const std::string anchorText = text("anchorText");
+      return counted(
+          [&] { return Converter::toHtml(dynamic_cast<const Resource&>(*message), anchorText); });
+    }
+    const auto& function = tests::functions().at(text("function") + "(" + type + ")");
+    return counted([&] { return function(*message); });
+  }
+
+ private:
+  static void read(const std::string& json, google::protobuf::Message* message) {
+    EXPECT_TRUE(google::protobuf::util::JsonStringToMessage(json, message).ok()) << json;
+  }
+
+  bool has(const std::string& member) const { return members_.fields().count(member) == 1; }
+  std::string text(const std::string& member) const {
+    return members_.fields().at(member).string_value();
+  }
+
+  // The bytes of a member in base64, which is how protobuf's JSON has bytes.
+  std::string bytes(const std::string& member) const {
+    google::protobuf::BytesValue value;
+    read('"' + text(member) + '"', &value);
+    return value.value();
+  }
+
+  google::protobuf::Struct members_;
+};
+
+TEST(Rendering, FollowsTheConformanceSuite) {
+  std::ifstream suite(SUITE);
+  std::size_t cases = 0;
+  for (std::string line; std::getline(suite, line); ++cases) {
+    const Case tested(line);
+    EXPECT_EQ(tests::toHex(tested.rendered()), tests::toHex(tested.expected())) << line;
+  }
+  EXPECT_GT(cases, 600u);
 }
 
 TEST(Rendering, TreatsUnlistedSchemesAsWithoutPrefix) {
