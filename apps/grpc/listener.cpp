@@ -23,6 +23,7 @@
 #include <set>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 namespace rule_grpc {
 namespace {
@@ -133,12 +134,6 @@ Descriptor lockFolderOf(const std::string& path, const std::string& text) {
 }
 
 }  // namespace
-
-Descriptor::~Descriptor() {
-  if (number_ >= 0) {
-    close(number_);
-  }
-}
 
 void raiseDescriptorLimit() {
   rlimit limit{};

@@ -16,31 +16,14 @@
 #include <memory>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
+#include "common/descriptor.h"
 #include "grpc/address.h"
 
 namespace rule_grpc {
 
-// Owns a descriptor; -1 is none.
-class Descriptor {
- public:
-  explicit Descriptor(int number = -1) : number_(number) {}
-  Descriptor(Descriptor&& other) noexcept : number_(other.release()) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(number_, other.number_);
-    return *this;
-  }
-  ~Descriptor();
-  int number() const { return number_; }
-  int release() { return std::exchange(number_, -1); }
-
- private:
-  int number_;
-};
+using apps::Descriptor;
 
 // Lets the process have as many descriptors as it may. Throws std::runtime_error if
 // that is too few for a server.

@@ -30,8 +30,6 @@ using Reactor = RuleCheckService::Reactor;
 constexpr std::size_t kMostWaiting = 64;
 constexpr std::size_t kMostUnreadBytes = std::size_t{256} << 20;
 
-using Read = std::function<Status(const Bytes&, Request*)>;
-
 Status parse(const Bytes& bytes, Message* message) {
   grpc::Slice block;
   // There are none if what arrived was not framed as gRPC frames a message.
@@ -45,16 +43,10 @@ Status parse(const Bytes& bytes, Message* message) {
   return Status::OK;
 }
 
-// The two messages number their fields differently, and a StartSession has neither
-// timestamp nor build_target.
-Request startOf(const Session& session) {
-  Request request;
-  request.set_type(Request::START_SESSION);
-  vok::rulecheck::StartSession* start = request.mutable_start_session();
+// The two messages number their fields differently.
+void start(const Session& session, vok::rulecheck::StartSession* start) {
   start->set_name(session.name());
-  if (session.has_uuid()) {
-    start->set_uuid(session.uuid());
-  }
+  start->set_uuid(session.uuid());
   if (session.has_description()) {
     start->set_description(session.description());
   }
@@ -64,34 +56,42 @@ Request startOf(const Session& session) {
   if (session.has_proto_file()) {
     *start->mutable_proto_file() = session.proto_file();
   }
-  return request;
 }
 
-Request resultOf(const Session& session) {
-  Request request;
-  request.set_type(Request::GET_SESSION_RESULT);
-  request.mutable_get_session_result()->set_session_uuid(session.uuid());
-  return request;
+// Where a request of its type has the argument of the method, unless that is a Session which the
+// body can't contain.
+Message* argumentIn(Request* request) {
+  switch (request->type()) {
+    case Request::GET_VERSION: return request->mutable_get_version()->mutable_msg();
+    case Request::RESET_SESSION: return request->mutable_reset_session()->mutable_session();
+    case Request::STOP_SERVER: return request->mutable_exchange_token();
+    case Request::STOP_SESSION: return request->mutable_stop_session()->mutable_session();
+    case Request::UPSERT_RULESPEC: return request->mutable_upsert_rulespec()->mutable_rule_spec();
+    case Request::WRITE_REPORT: return request->mutable_write_report()->mutable_session();
+    default:
+      return request->GetReflection()->MutableMessage(
+          request, Request::descriptor()->FindFieldByNumber(request->type() + 1));
+  }
 }
 
-// Reads the argument of a method into the field of the request that it has there.
-Read into(Request::RequestType type, std::function<Message*(Request*)> field) {
-  return [type, field = std::move(field)](const Bytes& bytes, Request* request) {
-    request->set_type(type);
-    return parse(bytes, field(request));
-  };
+Status read(const Bytes& argument, Request::RequestType type, Request* request) {
+  request->set_type(type);
+  if (type != Request::START_SESSION && type != Request::GET_SESSION_RESULT) {
+    return parse(argument, argumentIn(request));
+  }
+  Session session;
+  const Status status = parse(argument, &session);
+  if (type == Request::START_SESSION) {
+    start(session, request->mutable_start_session());
+  } else {
+    request->mutable_get_session_result()->set_session_uuid(session.uuid());
+  }
+  return status;
 }
 
-// Reads a session, and makes a request of it.
-Read through(Request (*requestOf)(const Session&)) {
-  return [requestOf](const Bytes& bytes, Request* request) {
-    Session session;
-    Status status = parse(bytes, &session);
-    if (status.ok()) {
-      *request = requestOf(session);
-    }
-    return status;
-  };
+const Message& bodyOf(const Response& response) {
+  return response.GetReflection()->GetMessage(
+      response, Response::descriptor()->FindFieldByNumber(response.type() + 2));
 }
 
 // Answers later.
@@ -121,12 +121,6 @@ Status unlessMemoryLacks(Work work) {
   }
 }
 
-Reactor* finish(Context* context, const Status& status) {
-  Reactor* reactor = context->DefaultReactor();
-  reactor->Finish(status);
-  return reactor;
-}
-
 // An answer, which counts as unread until it is sent.
 class Answer : public grpc::ServerUnaryReactor {
  public:
@@ -148,12 +142,6 @@ class Answer : public grpc::ServerUnaryReactor {
 
 }  // namespace
 
-// How a method is asked for in an envelope, and where its answer is in the response.
-struct RuleCheckService::Method {
-  Read read;
-  std::function<Message*(Response*)> answer;
-};
-
 Status serialize(const Message& message, Bytes* bytes) {
   auto content = std::make_unique<std::string>();
   if (!message.SerializeToString(content.get())) {
@@ -171,20 +159,18 @@ Status serialize(const Message& message, Bytes* bytes) {
 RuleCheckService::RuleCheckService(rule_server::Server& server, std::function<void()> stop)
     : server_(server), stop_(std::move(stop)), worker_(kMostWaiting) {}
 
-Status RuleCheckService::perform(const Request& request, const Method& method, Bytes* answer) {
+Status RuleCheckService::perform(const Request& request, Bytes* answer) {
   return unlessMemoryLacks([&] {
-    Response response = server_.handle(request);
-    if (response.type() == Response::ERROR_RESPONSE) {
-      return statusOf(response.error());
-    }
-    return serialize(*method.answer(&response), answer);
+    const Response response = server_.handle(request);
+    return response.has_error() ? statusOf(response.error()) : serialize(bodyOf(response), answer);
   });
 }
 
-Status RuleCheckService::performNow(const Bytes& argument, const Method& method, Bytes* answer) {
+Status RuleCheckService::performNow(const Call& call) {
   Request request;
-  const Status status = unlessMemoryLacks([&] { return method.read(argument, &request); });
-  return status.ok() ? perform(request, method, answer) : status;
+  const Status status =
+      unlessMemoryLacks([&] { return read(*call.argument, call.type, &request); });
+  return status.ok() ? perform(request, call.answer) : status;
 }
 
 Status RuleCheckService::checkUnread() const {
@@ -192,153 +178,51 @@ Status RuleCheckService::checkUnread() const {
                                          : Status::OK;
 }
 
-Reactor* RuleCheckService::answerWith(Context* context, const Bytes* argument, Bytes* answer,
-                                      const Method& method) {
+Reactor* RuleCheckService::answerWith(const Call& call) {
+  if (call.type == Request::EXCHANGE_TOKEN || call.type == Request::STOP_SERVER) {
+    return answerToken(call);
+  }
   auto* reply = new Answer(&unreadBytes_);
   Request request;
   Status status = checkUnread();
   if (status.ok()) {
-    status = unlessMemoryLacks([&] { return method.read(*argument, &request); });
+    status = unlessMemoryLacks([&] { return read(*call.argument, call.type, &request); });
   }
   if (!status.ok() || !server_.takesLong(request)) {
-    status = status.ok() ? perform(request, method, answer) : status;
-    reply->finish(status, *answer);
+    reply->finish(status.ok() ? perform(request, call.answer) : status, *call.answer);
     return reply;
   }
   // The bytes are kept, since the request can take 58 times their length.
-  const bool isTaken = worker_.add([this, context, argument, answer, method, reply] {
-    const Status reason = context->IsCancelled() ? Status::CANCELLED : checkUnread();
-    reply->finish(reason.ok() ? performNow(*argument, method, answer) : reason, *answer);
+  const bool isTaken = worker_.add([this, call, reply] {
+    const Status reason = call.context->IsCancelled() ? Status::CANCELLED : checkUnread();
+    reply->finish(reason.ok() ? performNow(call) : reason, *call.answer);
   });
   if (!isTaken) {
-    reply->finish(busy("too many long requests wait"), *answer);
+    reply->finish(busy("too many long requests wait"), *call.answer);
   }
   return reply;
 }
 
-Reactor* RuleCheckService::getVersion(Context* context, const Bytes* argument, Bytes* answer) {
-  return answerWith(
-      context, argument, answer,
-      {into(Request::GET_VERSION,
-            [](Request* request) { return request->mutable_get_version()->mutable_msg(); }),
-       &Response::mutable_version});
-}
-
-Reactor* RuleCheckService::exchangeToken(Context* context, const Bytes* argument, Bytes* answer) {
-  return withToken(context, *argument, [this, argument, answer] {
-    return performNow(*argument,
-                      {into(Request::EXCHANGE_TOKEN, &Request::mutable_exchange_token),
-                       &Response::mutable_status},
-                      answer);
-  });
-}
-
-Reactor* RuleCheckService::loadRuleDataFile(Context* context, const Bytes* argument,
-                                            Bytes* answer) {
-  return answerWith(context, argument, answer,
-                    {into(Request::LOAD_RULESPEC_FILE, &Request::mutable_load_rulespec_file),
-                     &Response::mutable_status});
-}
-
-Reactor* RuleCheckService::dumpRules(Context* context, const Bytes* argument, Bytes* answer) {
-  return answerWith(
-      context, argument, answer,
-      {into(Request::DUMP_RULES, &Request::mutable_dump_rules), &Response::mutable_status});
-}
-
-Reactor* RuleCheckService::upsertRuleSpec(Context* context, const Bytes* argument, Bytes* answer) {
-  return answerWith(context, argument, answer,
-                    {into(Request::UPSERT_RULESPEC,
-                          [](Request* request) {
-                            return request->mutable_upsert_rulespec()->mutable_rule_spec();
-                          }),
-                     &Response::mutable_status});
-}
-
-Reactor* RuleCheckService::startSession(Context* context, const Bytes* argument, Bytes* answer) {
-  return answerWith(context, argument, answer, {through(startOf), &Response::mutable_session});
-}
-
-Reactor* RuleCheckService::getSession(Context* context, const Bytes* argument, Bytes* answer) {
-  return answerWith(
-      context, argument, answer,
-      {into(Request::GET_SESSION, &Request::mutable_get_session), &Response::mutable_session});
-}
-
-Reactor* RuleCheckService::stopSession(Context* context, const Bytes* argument, Bytes* answer) {
-  return answerWith(
-      context, argument, answer,
-      {into(Request::STOP_SESSION,
-            [](Request* request) { return request->mutable_stop_session()->mutable_session(); }),
-       &Response::mutable_status});
-}
-
-Reactor* RuleCheckService::createAffirmation(Context* context, const Bytes* argument,
-                                             Bytes* answer) {
-  return answerWith(context, argument, answer,
-                    {into(Request::CREATE_AFFIRMATION, &Request::mutable_create_affirmation),
-                     &Response::mutable_affirmation});
-}
-
-Reactor* RuleCheckService::createViolation(Context* context, const Bytes* argument, Bytes* answer) {
-  return answerWith(context, argument, answer,
-                    {into(Request::CREATE_VIOLATION, &Request::mutable_create_violation),
-                     &Response::mutable_violation});
-}
-
-Reactor* RuleCheckService::getSessionResult(Context* context, const Bytes* argument,
-                                            Bytes* answer) {
-  return answerWith(context, argument, answer,
-                    {through(resultOf), &Response::mutable_session_result});
-}
-
-Reactor* RuleCheckService::resetSession(Context* context, const Bytes* argument, Bytes* answer) {
-  return answerWith(
-      context, argument, answer,
-      {into(Request::RESET_SESSION,
-            [](Request* request) { return request->mutable_reset_session()->mutable_session(); }),
-       &Response::mutable_status});
-}
-
-Reactor* RuleCheckService::writeReport(Context* context, const Bytes* argument, Bytes* answer) {
-  return answerWith(
-      context, argument, answer,
-      {into(Request::WRITE_REPORT,
-            [](Request* request) { return request->mutable_write_report()->mutable_session(); }),
-       &Response::mutable_status});
-}
-
-Reactor* RuleCheckService::stopServer(Context* context, const Bytes* argument, Bytes* answer) {
-  return withToken(context, *argument, [this, argument, answer] {
-    Status status = performNow(
-        *argument,
-        {into(Request::STOP_SERVER, &Request::mutable_exchange_token), &Response::mutable_status},
-        answer);
-    if (status.ok()) {
+Reactor* RuleCheckService::answerToken(const Call& call) {
+  constexpr auto kDelay = std::chrono::seconds(1);
+  const auto attempt = [this, call] {
+    constexpr auto kSuspicion = std::chrono::seconds(10);
+    const Status status = performNow(call);
+    if (status.error_code() == StatusCode::UNAUTHENTICATED) {
+      suspiciousUntil_ = Clock::now() + kSuspicion;
+    } else if (status.ok() && call.type == Request::STOP_SERVER) {
       stop_();
     }
     return status;
-  });
-}
-
-Reactor* RuleCheckService::withToken(Context* context, const Bytes& argument,
-                                     std::function<Status()> attempt) {
-  if (argument.Valid() && argument.Length() > kMaxTokenBytes) {
-    return finish(context, refusal(StatusCode::RESOURCE_EXHAUSTED, "the argument is too long"));
-  }
-  const auto watched = [this, attempt = std::move(attempt)] {
-    constexpr auto kSuspicion = std::chrono::seconds(10);
-    Status status = attempt();
-    if (status.error_code() == StatusCode::UNAUTHENTICATED) {
-      suspiciousUntil_ = Clock::now() + kSuspicion;
-    }
-    return status;
   };
-  if (Clock::now() < suspiciousUntil_.load()) {
-    constexpr auto kDelay = std::chrono::seconds(1);
-    return new Delayed(kDelay, watched);
+  const bool isTooLong = call.argument->Valid() && call.argument->Length() > kMaxTokenBytes;
+  if (!isTooLong && Clock::now() < suspiciousUntil_.load()) {
+    return new Delayed(kDelay, attempt);
   }
-  return finish(context, watched());
+  Reactor* reactor = call.context->DefaultReactor();
+  reactor->Finish(isTooLong ? refusal(StatusCode::RESOURCE_EXHAUSTED, "the argument is too long")
+                            : attempt());
+  return reactor;
 }
 
 }  // namespace rule_grpc

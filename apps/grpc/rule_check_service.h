@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The fourteen methods of the protocol's service: each turns its argument into the
-// request that asks for the same, and the answer into a message or a status.
+// The methods of the protocol's service: each turns its argument into a request, and the
+// response into a message or a status.
 
 #ifndef VOK_APPS_GRPC_RULE_CHECK_SERVICE_H_
 #define VOK_APPS_GRPC_RULE_CHECK_SERVICE_H_
@@ -42,48 +42,81 @@ using MethodsOnBytes = Methods::WithRawCallbackMethod_getVersion<
 // The longest argument with a token, in bytes: many can wait at once.
 constexpr std::size_t kMaxTokenBytes = 4096;
 
-// Performs short requests at once, and long ones one after the other in a thread of its own.
 class RuleCheckService : public MethodsOnBytes {
  public:
   using Bytes = grpc::ByteBuffer;
   using Context = grpc::CallbackServerContext;
   using Reactor = grpc::ServerUnaryReactor;
 
-  struct Method;
-
   // The server outlives the service. stop is called, in any thread, when stopServer
   // was accepted, and before that is answered.
   RuleCheckService(rule_server::Server& server, std::function<void()> stop);
 
-  Reactor* getVersion(Context* context, const Bytes* argument, Bytes* answer) override;
-  Reactor* exchangeToken(Context* context, const Bytes* argument, Bytes* answer) override;
-  Reactor* loadRuleDataFile(Context* context, const Bytes* argument, Bytes* answer) override;
-  Reactor* dumpRules(Context* context, const Bytes* argument, Bytes* answer) override;
-  Reactor* upsertRuleSpec(Context* context, const Bytes* argument, Bytes* answer) override;
-  Reactor* startSession(Context* context, const Bytes* argument, Bytes* answer) override;
-  Reactor* getSession(Context* context, const Bytes* argument, Bytes* answer) override;
-  Reactor* stopSession(Context* context, const Bytes* argument, Bytes* answer) override;
-  Reactor* createAffirmation(Context* context, const Bytes* argument, Bytes* answer) override;
-  Reactor* createViolation(Context* context, const Bytes* argument, Bytes* answer) override;
-  Reactor* getSessionResult(Context* context, const Bytes* argument, Bytes* answer) override;
-  Reactor* resetSession(Context* context, const Bytes* argument, Bytes* answer) override;
-  Reactor* writeReport(Context* context, const Bytes* argument, Bytes* answer) override;
-  Reactor* stopServer(Context* context, const Bytes* argument, Bytes* answer) override;
+  Reactor* getVersion(Context* context, const Bytes* argument, Bytes* answer) override {
+    return answerWith({context, argument, answer, Request::GET_VERSION});
+  }
+  Reactor* exchangeToken(Context* context, const Bytes* argument, Bytes* answer) override {
+    return answerWith({context, argument, answer, Request::EXCHANGE_TOKEN});
+  }
+  Reactor* loadRuleDataFile(Context* context, const Bytes* argument, Bytes* answer) override {
+    return answerWith({context, argument, answer, Request::LOAD_RULESPEC_FILE});
+  }
+  Reactor* dumpRules(Context* context, const Bytes* argument, Bytes* answer) override {
+    return answerWith({context, argument, answer, Request::DUMP_RULES});
+  }
+  Reactor* upsertRuleSpec(Context* context, const Bytes* argument, Bytes* answer) override {
+    return answerWith({context, argument, answer, Request::UPSERT_RULESPEC});
+  }
+  Reactor* startSession(Context* context, const Bytes* argument, Bytes* answer) override {
+    return answerWith({context, argument, answer, Request::START_SESSION});
+  }
+  Reactor* getSession(Context* context, const Bytes* argument, Bytes* answer) override {
+    return answerWith({context, argument, answer, Request::GET_SESSION});
+  }
+  Reactor* stopSession(Context* context, const Bytes* argument, Bytes* answer) override {
+    return answerWith({context, argument, answer, Request::STOP_SESSION});
+  }
+  Reactor* createAffirmation(Context* context, const Bytes* argument, Bytes* answer) override {
+    return answerWith({context, argument, answer, Request::CREATE_AFFIRMATION});
+  }
+  Reactor* createViolation(Context* context, const Bytes* argument, Bytes* answer) override {
+    return answerWith({context, argument, answer, Request::CREATE_VIOLATION});
+  }
+  Reactor* getSessionResult(Context* context, const Bytes* argument, Bytes* answer) override {
+    return answerWith({context, argument, answer, Request::GET_SESSION_RESULT});
+  }
+  Reactor* resetSession(Context* context, const Bytes* argument, Bytes* answer) override {
+    return answerWith({context, argument, answer, Request::RESET_SESSION});
+  }
+  Reactor* writeReport(Context* context, const Bytes* argument, Bytes* answer) override {
+    return answerWith({context, argument, answer, Request::WRITE_REPORT});
+  }
+  Reactor* stopServer(Context* context, const Bytes* argument, Bytes* answer) override {
+    return answerWith({context, argument, answer, Request::STOP_SERVER});
+  }
 
  private:
   using Clock = std::chrono::steady_clock;
 
-  // Calls attempt, whose status tells whether a token was right, and answers with that:
-  // at once, or after a second if a token was wrong within the last ten. A client that
-  // does not wait for the answer never learns it, so that each guess takes that time.
-  Reactor* withToken(Context* context, const Bytes& argument,
-                     std::function<grpc::Status()> attempt);
+  using Request = vok::rulecheck::Request;
 
-  Reactor* answerWith(Context* context, const Bytes* argument, Bytes* answer, const Method& method);
-  grpc::Status perform(const vok::rulecheck::Request& request, const Method& method, Bytes* answer);
+  // A call of a method. gRPC keeps what it refers to until the answer.
+  struct Call {
+    Context* context;
+    const Bytes* argument;
+    Bytes* answer;
+    Request::RequestType type;
+  };
+
+  // Performs short requests at once, and long ones in the worker.
+  Reactor* answerWith(const Call& call);
+  // Answers at once, or after a second if a token was wrong within the last ten. A client that
+  // does not wait for the answer never learns it, so that each guess takes that time.
+  Reactor* answerToken(const Call& call);
+  grpc::Status perform(const Request& request, Bytes* answer);
+  grpc::Status performNow(const Call& call);
   // Refuses while there are too many bytes that clients have not read.
   grpc::Status checkUnread() const;
-  grpc::Status performNow(const Bytes& argument, const Method& method, Bytes* answer);
 
   rule_server::Server& server_;
   std::function<void()> stop_;

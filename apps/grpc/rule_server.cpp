@@ -42,6 +42,7 @@ const char* const kTokenVariable = "RULE_SERVER_TOKEN";
 struct Options {
   std::string address = "127.0.0.1:0";
   std::string tokenFile;
+  int idleSeconds = 60;
   rule_grpc::Security security;
   rule_grpc::Storage storage;
 };
@@ -53,6 +54,10 @@ void define(CLI::App& app, Options& options) {
                  "File with the token for stopServer; default: the environment variable " +
                      std::string(kTokenVariable))
       ->check(apps::notEmpty());
+  app.add_option("--idle-seconds", options.idleSeconds,
+                 "Close a connection after so many seconds without a request")
+      ->check(CLI::Range(1, 3600))
+      ->capture_default_str();
   rule_grpc::define(app, "--client-ca", "Authority of clients: each must have a certificate of it",
                     options.security);
   app.get_option("--client-ca")->needs("--certificate");
@@ -95,8 +100,7 @@ rule_server::Environment environmentOf(const Options& options, rule_server::File
 }
 
 // The signals that end the server: they are blocked in this thread and all that it
-// starts, so that wait() gets them. A closed pipe and a file that gets too long are
-// errors of the functions that write, and don't end it.
+// starts, so that wait() gets them. A closed pipe does not end it.
 class StopSignals {
  public:
   StopSignals() {
@@ -105,7 +109,6 @@ class StopSignals {
     sigaddset(&signals_, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
     signal(SIGPIPE, SIG_IGN);
-    signal(SIGXFSZ, SIG_IGN);
   }
   void wait() const {
     int signal = 0;
@@ -131,23 +134,23 @@ void limit(grpc::ServerBuilder& builder) {
   builder.SetCompressionAlgorithmSupportStatus(GRPC_COMPRESS_GZIP, false);
 }
 
-// A client that is gone, or that does nothing, gives its connection back. Pings would not
-// do: a server that is busy takes an answer too late for none.
-void limitIdleness(grpc::ServerBuilder& builder) {
+// Without pings: a busy server would take a late answer for none.
+void limitIdleness(grpc::ServerBuilder& builder, int seconds) {
   constexpr int kMinute = 60000;
-  builder.AddChannelArgument(GRPC_ARG_SERVER_HANDSHAKE_TIMEOUT_MS, kMinute);
-  builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_IDLE_MS, kMinute);
+  builder.AddChannelArgument(GRPC_ARG_SERVER_HANDSHAKE_TIMEOUT_MS, 1000 * seconds);
+  builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_IDLE_MS, 1000 * seconds);
   builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_AGE_MS, 10 * kMinute);
   builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_AGE_GRACE_MS, kMinute);
 }
 
-std::unique_ptr<grpc::Server> started(const std::shared_ptr<grpc::ServerCredentials>& credentials,
+std::unique_ptr<grpc::Server> started(const Options& options,
+                                      const std::shared_ptr<grpc::ServerCredentials>& credentials,
                                       grpc::Service& service, rule_grpc::Listener& listener) {
   grpc::EnableDefaultHealthCheckService(true);
   grpc::reflection::InitProtoReflectionServerBuilderPlugin();
   grpc::ServerBuilder builder;
   limit(builder);
-  limitIdleness(builder);
+  limitIdleness(builder, options.idleSeconds);
   builder.RegisterService(&service);
   auto acceptor = builder.experimental().AddExternalConnectionAcceptor(
       grpc::ServerBuilder::experimental_type::ExternalConnectionType::FROM_FD, credentials);
@@ -175,7 +178,7 @@ void serve(const Options& options) {
   rule_grpc::RuleCheckService service(rules, [] { kill(getpid(), SIGTERM); });
   const auto credentials = rule_grpc::serverCredentials(options.security, options.address);
   rule_grpc::Listener listener(options.address);
-  const auto server = started(credentials, service, listener);
+  const auto server = started(options, credentials, service, listener);
   std::cout << "Listening on " << listener.address() << std::endl;
   signals.wait();
   constexpr auto kGrace = std::chrono::seconds(10);

@@ -2,28 +2,27 @@
 
 """The command lines of rule_server and grpc_lint_client."""
 
+import re
 import unittest
 
 from program_test import ProgramTest
 from servers import GRPC_LINT_CLIENT, README, RULE_SERVER
 
-SERVER_OPTIONS = ["--listen", "--files", "--token-file", "--certificate", "--key", "--client-ca",
-                  "--insecure", "--files-may-hold-home", "--max-rules", "--max-rule-bytes",
-                  "--max-sessions", "--max-findings", "--max-session-bytes", "--max-text-bytes",
-                  "--max-bytes"]
-CLIENT_OPTIONS = ["--server", "--ca", "--certificate", "--key", "--insecure", "--output", "--text",
-                  "--top", "--verilator", "--waive"]
-
 
 class Help(ProgramTest):
-    def test_names_all_options_and_so_does_the_manual(self):
-        manual = README.read_text(encoding="utf-8")
-        for program, options in [(RULE_SERVER, SERVER_OPTIONS), (GRPC_LINT_CLIENT, CLIENT_OPTIONS)]:
+    def test_names_the_options_of_the_manual(self):
+        blocks = re.findall(r"^```\n(.*?)^```", README.read_text(encoding="utf-8"),
+                            re.DOTALL | re.MULTILINE)
+        for program, first in [(RULE_SERVER, "--listen"), (GRPC_LINT_CLIENT, "--server")]:
             ended = self.run_program(program, "--help")
             self.assertEqual((ended.returncode, ended.stderr), (0, ""))
-            for option in options:
-                self.assertIn(f"  {option} ", ended.stdout.replace("Needs:", ""))
-                self.assertIn(option, manual)
+            named = set(re.findall(r"^  (?:-\w,)?(--[\w-]+)", ended.stdout, re.MULTILINE))
+            listed = {option for block in blocks if re.search(rf"^  {first} ", block, re.MULTILINE)
+                      for option in re.findall(r"^  (--[\w-]+)", block, re.MULTILINE)}
+            self.assertGreater(len(listed), 4)
+            missing = named - listed - {"--help", "--output", "--text", "--top", "--verilator",
+                                        "--waive"}
+            self.assertEqual((missing, listed - named), (set(), set()), program)
 
 
 class BadArguments(ProgramTest):
@@ -54,7 +53,8 @@ class BadArguments(ProgramTest):
         ]
         for words, line in cases:
             with self.subTest(words):
-                self.assert_refused(self.run_program(RULE_SERVER, *words), f"rule_server: {line}")
+                self.assert_refused(
+                    self.run_program("timeout", "60", RULE_SERVER, *words), f"rule_server: {line}")
 
     def test_of_the_client(self):
         self.write("m.v", "module m; endmodule\n")

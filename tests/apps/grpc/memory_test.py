@@ -10,9 +10,9 @@ import grpc
 from servers import ENDED_WELL, METHODS, SERVICE, Server, ServerTest, protocol
 
 MEBIBYTE = 1 << 20
-ADDRESS_SPACE = 2048 * MEBIBYTE
-LIMITS = ["--max-bytes", 128 * MEBIBYTE, "--max-session-bytes", 128 * MEBIBYTE,
-          "--max-text-bytes", 16 * MEBIBYTE, "--max-rule-bytes", 2 * MEBIBYTE]
+ADDRESS_SPACE = 1536 * MEBIBYTE
+LIMITS = ["--max-bytes", 64 * MEBIBYTE, "--max-session-bytes", 64 * MEBIBYTE,
+          "--max-text-bytes", 8 * MEBIBYTE, "--max-rule-bytes", 2 * MEBIBYTE]
 HEALTH = "/grpc.health.v1.Health/Check"
 # Each repeated message of two bytes takes more than fifty in memory.
 HOSTILE_ARGUMENTS = b"\x0a\x00" * ((MEBIBYTE - 200) // 2)
@@ -39,10 +39,6 @@ class MemoryTest(ServerTest):
         print(f"{self.id()}: {self.server.most_memory() // MEBIBYTE} MiB at most")
         self.client.channel.close()
         self.assertEqual(self.server.stop(), ENDED_WELL)
-
-    def large_channel(self):
-        return self.channel(self.server.address, options=[
-            ("grpc.max_receive_message_length", -1), ("grpc.max_send_message_length", -1)])
 
     def hostile_finding(self, session, rule="W"):
         fields = protocol.CreateViolation(rule_key=rule, session_uuid=session).SerializeToString()
@@ -87,13 +83,13 @@ class Findings(MemoryTest):
 
     def test_of_the_worst_kind(self):
         other = self.client.start()
-        codes = self.statuses("createViolation", [self.hostile_finding(other)] * 64)
+        codes = self.statuses("createViolation", [self.hostile_finding(other)] * 32)
         self.assertEqual(codes, {"OK", "RESOURCE_EXHAUSTED"})
         self.statuses("getSessionResult", [session(other)] * 16)
 
     def test_of_rules_that_change(self):
         other = self.client.start()
-        for i in range(300):
+        for i in range(120):
             self.client.refusal("upsertRuleSpec", protocol.RuleSpec(
                 key="C", full_name="f", owner=str(i) * 300000).SerializeToString())
             self.client.refusal("createViolation", protocol.CreateViolation(
@@ -106,7 +102,7 @@ class Sessions(MemoryTest):
         groups = b"\xa3\x06\xa4\x06" * 200000  # unknown groups in the session's own message
         address = protocol.Resource(scheme=protocol.Resource.FILE).SerializeToString() + groups
         content += b"\x2a" + varint(len(address)) + address
-        codes = self.statuses("startSession", [content] * 100)
+        codes = self.statuses("startSession", [content] * 50)
         self.assertIn("RESOURCE_EXHAUSTED", codes)
 
     def test_whose_results_no_client_reads(self):
@@ -135,18 +131,18 @@ class Sessions(MemoryTest):
 class Files(MemoryTest):
     def test_in_all_formats(self):
         # What HTML, JSON and the text format escape.
-        for text in ["\x01", "\"", "<", "&", "\u2028", "x"]:
+        for text in ["\x01", "\"", "\u2028"]:
             for proto in ["s.pb", "s.txt", "s.json"]:
                 self.client.call("upsertRuleSpec", key="W", full_name="f")
                 other = self.client.start(report_file=file("r.html"), proto_file=file(proto))
-                for _ in range(14):
+                for _ in range(6):
                     self.client.find(other, text * (MEBIBYTE // len(text.encode()) - 1000))
                 status = self.client.refusal("writeReport", session(other))
                 self.assertEqual(status, ("OK", None), (text, proto))
                 self.client.refusal("resetSession", session(other))
 
     def test_of_rules_in_all_formats(self):
-        for i in range(7):
+        for i in range(4):
             self.client.refusal("upsertRuleSpec", protocol.RuleSpec(
                 key=f"K{i}", full_name="f", session_names=protocol.StringList(
                     msg=["\x01"] * 30000)).SerializeToString())
@@ -161,7 +157,7 @@ class Files(MemoryTest):
 class Sequences(MemoryTest):
     def test_at_random(self):
         random.seed(1)
-        for _ in range(150):
+        for _ in range(100):
             name, content = self.request(random.choice(["s", "t", "u"]))
             self.statuses(name, [content] * random.choice([1, 1, 1, 8]), clients=1)
 

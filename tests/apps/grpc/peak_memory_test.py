@@ -20,10 +20,6 @@ class DefaultLimits(ServerTest):
         print(f"{self.id()}: {self.server.most_memory() // MEBIBYTE} MiB at most")
         self.assertLess(self.server.most_memory(), 3.5 * 1024 * MEBIBYTE)
 
-    def large_channel(self):
-        return self.channel(self.server.address, options=[
-            ("grpc.max_receive_message_length", -1), ("grpc.max_send_message_length", -1)])
-
     def repeat(self, method, content, most=2000):
         """Until a limit is reached."""
         for _ in range(most):

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The client of reporting_client.cpp, in JavaScript; the environment variable SCHEMA names the schema.
+// usage: reporting_client.mjs ADDRESS CA CERTIFICATE KEY SHARED NAME COUNT
+//
+// Opens a session, and reports COUNT violations of the rule "W" into it and as many into the
+// session SHARED. Prints "SESSION ID MARK" for each that the server has acknowledged; the mark
+// is the violation's argument. The environment variable SCHEMA names the schema.
 
 import { readFileSync } from "node:fs";
 import { promisify } from "node:util";

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 
-"""Who is let in, and by whom."""
+"""Which clients and servers accept each other."""
 
 import os
 import unittest
@@ -20,10 +20,10 @@ class MutualTls(SecurityTest):
         super().setUp()
         self.server = Server(self, *self.certificates.server_options())
 
-    def test_lets_in_whom_the_authority_knows(self):
+    def test_accepts_clients_of_the_authority(self):
         self.assert_answered(self.certificates.credentials())
 
-    def test_lets_nobody_else_in(self):
+    def test_rejects_all_others(self):
         refused = {
             "no TLS": None,
             "no certificate": self.certificates.credentials(certificate=None),
@@ -64,7 +64,7 @@ class LintClient(SecurityTest):
         ended = self.report(server.address, *self.certificates.client_options())
         self.assertEqual((ended.returncode, ended.stderr), (0, ""))
 
-    def test_is_not_let_in(self):
+    def test_is_rejected(self):
         server = Server(self, *self.certificates.server_options())
         for options in [self.certificates.client_options(authority="other-ca"),
                         self.certificates.client_options(certificate="client-other"),

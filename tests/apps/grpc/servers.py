@@ -125,3 +125,7 @@ class ServerTest(program_test.ProgramTest):
                    grpc.secure_channel(address, credentials, options))
         self.addCleanup(channel.close)
         return Client(channel)
+
+    def large_channel(self):
+        return self.channel(self.server.address, options=[
+            ("grpc.max_receive_message_length", -1), ("grpc.max_send_message_length", -1)])
