@@ -2,6 +2,7 @@
 
 #include "grpc/rule_check_service.h"
 
+#include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
 #include <grpcpp/alarm.h>
 #include <vok/rulecheck/RuleService.pb.h>
@@ -12,7 +13,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "grpc/statuses.h"
+#include "rule_server/errors.h"
 
 namespace rule_grpc {
 namespace {
@@ -20,12 +21,35 @@ namespace {
 using google::protobuf::Message;
 using grpc::Status;
 using grpc::StatusCode;
+using rule_server::ErrorCode;
 using vok::rulecheck::Request;
 using vok::rulecheck::Response;
 using vok::rulecheck::Session;
 using Bytes = RuleCheckService::Bytes;
 using Context = RuleCheckService::Context;
 using Reactor = RuleCheckService::Reactor;
+
+struct Method {
+  const char* name;
+  Request::RequestType type;
+};
+
+constexpr Method kMethods[] = {
+    {"getVersion", Request::GET_VERSION},
+    {"exchangeToken", Request::EXCHANGE_TOKEN},
+    {"loadRuleDataFile", Request::LOAD_RULESPEC_FILE},
+    {"dumpRules", Request::DUMP_RULES},
+    {"upsertRuleSpec", Request::UPSERT_RULESPEC},
+    {"startSession", Request::START_SESSION},
+    {"getSession", Request::GET_SESSION},
+    {"stopSession", Request::STOP_SESSION},
+    {"createAffirmation", Request::CREATE_AFFIRMATION},
+    {"createViolation", Request::CREATE_VIOLATION},
+    {"getSessionResult", Request::GET_SESSION_RESULT},
+    {"resetSession", Request::RESET_SESSION},
+    {"writeReport", Request::WRITE_REPORT},
+    {"stopServer", Request::STOP_SERVER},
+};
 
 constexpr std::size_t kMostWaiting = 64;
 constexpr std::size_t kMostUnreadBytes = std::size_t{256} << 20;
@@ -94,6 +118,33 @@ const Message& bodyOf(const Response& response) {
       response, Response::descriptor()->FindFieldByNumber(response.type() + 2));
 }
 
+StatusCode codeFor(ErrorCode code) {
+  switch (code) {
+    case ErrorCode::ServerStopped: return StatusCode::UNAVAILABLE;
+    case ErrorCode::TokenRefused: return StatusCode::UNAUTHENTICATED;
+    case ErrorCode::SessionUnknown:
+    case ErrorCode::RuleUnknown: return StatusCode::NOT_FOUND;
+    case ErrorCode::SessionExists: return StatusCode::ALREADY_EXISTS;
+    case ErrorCode::SessionStopped:
+    case ErrorCode::RulePlanned:
+    case ErrorCode::RuleReadOnly:
+    case ErrorCode::FileAccess: return StatusCode::FAILED_PRECONDITION;
+    case ErrorCode::LimitExceeded: return StatusCode::RESOURCE_EXHAUSTED;
+    case ErrorCode::BodyIncomplete:
+    case ErrorCode::RuleInvalid:
+    case ErrorCode::CategoryRefused:
+    case ErrorCode::FileAddress:
+    case ErrorCode::FileFormat:
+    case ErrorCode::SelectionInvalid: return StatusCode::INVALID_ARGUMENT;
+    // A method has made the envelope: what is wrong with it is the method's fault.
+    case ErrorCode::TypeMissing:
+    case ErrorCode::BodyMismatch:
+    case ErrorCode::BodyMissing:
+    case ErrorCode::Internal: return StatusCode::INTERNAL;
+  }
+  return StatusCode::INTERNAL;
+}
+
 // Answers later.
 class Delayed : public Reactor {
  public:
@@ -157,7 +208,18 @@ Status serialize(const Message& message, Bytes* bytes) {
 }
 
 RuleCheckService::RuleCheckService(rule_server::Server& server, std::function<void()> stop)
-    : server_(server), stop_(std::move(stop)), worker_(kMostWaiting) {}
+    : server_(server), stop_(std::move(stop)), worker_(kMostWaiting) {
+  const auto* service = Request::descriptor()->file()->FindServiceByName("RuleCheckService");
+  for (const Method& method : kMethods) {
+    // As the generated class WithRawCallbackMethod_... of each method does.
+    MarkMethodRawCallback(
+        service->FindMethodByName(method.name)->index(),
+        new grpc::internal::CallbackUnaryHandler<Bytes, Bytes>(
+            [this, type = method.type](Context* context, const Bytes* argument, Bytes* answer) {
+              return answerWith({context, argument, answer, type});
+            }));
+  }
+}
 
 Status RuleCheckService::perform(const Request& request, Bytes* answer) {
   return unlessMemoryLacks([&] {
@@ -223,6 +285,15 @@ Reactor* RuleCheckService::answerToken(const Call& call) {
   reactor->Finish(isTooLong ? refusal(StatusCode::RESOURCE_EXHAUSTED, "the argument is too long")
                             : attempt());
   return reactor;
+}
+
+grpc::Status refusal(StatusCode code, const std::string& text) {
+  constexpr std::size_t kLongest = 1000;
+  return {code, text.size() > kLongest ? text.substr(0, kLongest) + "..." : text};
+}
+
+grpc::Status statusOf(const vok::rulecheck::ErrorResponse& error) {
+  return refusal(codeFor(static_cast<ErrorCode>(error.code())), error.msg());
 }
 
 }  // namespace rule_grpc

@@ -15,34 +15,20 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
+#include <string>
 
 #include "grpc/worker.h"
 #include "rule_server/rule_server.h"
 
 namespace rule_grpc {
 
-using Methods = vok::rulecheck::RuleCheckService;
+// The longest argument with a token, in bytes: many can wait at once.
+constexpr std::size_t kMaxTokenBytes = 4096;
 
 // The methods get and return bytes. Otherwise gRPC would parse arguments, from a
 // stream, where six bytes can reserve 50 MB; it would log what required fields are
 // missing, and answer INTERNAL.
-using MethodsOnBytes = Methods::WithRawCallbackMethod_getVersion<
-    Methods::WithRawCallbackMethod_exchangeToken<Methods::WithRawCallbackMethod_loadRuleDataFile<
-        Methods::WithRawCallbackMethod_dumpRules<Methods::WithRawCallbackMethod_upsertRuleSpec<
-            Methods::WithRawCallbackMethod_startSession<Methods::WithRawCallbackMethod_getSession<
-                Methods::WithRawCallbackMethod_stopSession<
-                    Methods::WithRawCallbackMethod_createAffirmation<
-                        Methods::WithRawCallbackMethod_createViolation<
-                            Methods::WithRawCallbackMethod_getSessionResult<
-                                Methods::WithRawCallbackMethod_resetSession<
-                                    Methods::WithRawCallbackMethod_writeReport<
-                                        Methods::WithRawCallbackMethod_stopServer<
-                                            Methods::Service>>>>>>>>>>>>>>;
-
-// The longest argument with a token, in bytes: many can wait at once.
-constexpr std::size_t kMaxTokenBytes = 4096;
-
-class RuleCheckService : public MethodsOnBytes {
+class RuleCheckService : public vok::rulecheck::RuleCheckService::Service {
  public:
   using Bytes = grpc::ByteBuffer;
   using Context = grpc::CallbackServerContext;
@@ -51,49 +37,6 @@ class RuleCheckService : public MethodsOnBytes {
   // The server outlives the service. stop is called, in any thread, when stopServer
   // was accepted, and before that is answered.
   RuleCheckService(rule_server::Server& server, std::function<void()> stop);
-
-  Reactor* getVersion(Context* context, const Bytes* argument, Bytes* answer) override {
-    return answerWith({context, argument, answer, Request::GET_VERSION});
-  }
-  Reactor* exchangeToken(Context* context, const Bytes* argument, Bytes* answer) override {
-    return answerWith({context, argument, answer, Request::EXCHANGE_TOKEN});
-  }
-  Reactor* loadRuleDataFile(Context* context, const Bytes* argument, Bytes* answer) override {
-    return answerWith({context, argument, answer, Request::LOAD_RULESPEC_FILE});
-  }
-  Reactor* dumpRules(Context* context, const Bytes* argument, Bytes* answer) override {
-    return answerWith({context, argument, answer, Request::DUMP_RULES});
-  }
-  Reactor* upsertRuleSpec(Context* context, const Bytes* argument, Bytes* answer) override {
-    return answerWith({context, argument, answer, Request::UPSERT_RULESPEC});
-  }
-  Reactor* startSession(Context* context, const Bytes* argument, Bytes* answer) override {
-    return answerWith({context, argument, answer, Request::START_SESSION});
-  }
-  Reactor* getSession(Context* context, const Bytes* argument, Bytes* answer) override {
-    return answerWith({context, argument, answer, Request::GET_SESSION});
-  }
-  Reactor* stopSession(Context* context, const Bytes* argument, Bytes* answer) override {
-    return answerWith({context, argument, answer, Request::STOP_SESSION});
-  }
-  Reactor* createAffirmation(Context* context, const Bytes* argument, Bytes* answer) override {
-    return answerWith({context, argument, answer, Request::CREATE_AFFIRMATION});
-  }
-  Reactor* createViolation(Context* context, const Bytes* argument, Bytes* answer) override {
-    return answerWith({context, argument, answer, Request::CREATE_VIOLATION});
-  }
-  Reactor* getSessionResult(Context* context, const Bytes* argument, Bytes* answer) override {
-    return answerWith({context, argument, answer, Request::GET_SESSION_RESULT});
-  }
-  Reactor* resetSession(Context* context, const Bytes* argument, Bytes* answer) override {
-    return answerWith({context, argument, answer, Request::RESET_SESSION});
-  }
-  Reactor* writeReport(Context* context, const Bytes* argument, Bytes* answer) override {
-    return answerWith({context, argument, answer, Request::WRITE_REPORT});
-  }
-  Reactor* stopServer(Context* context, const Bytes* argument, Bytes* answer) override {
-    return answerWith({context, argument, answer, Request::STOP_SERVER});
-  }
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -128,6 +71,12 @@ class RuleCheckService : public MethodsOnBytes {
 
 // Serializes an answer. RESOURCE_EXHAUSTED if it has more than 2 GiB.
 grpc::Status serialize(const google::protobuf::Message& message, grpc::ByteBuffer* bytes);
+
+// A status with that text, cut if it is too long for the trailer that carries it.
+grpc::Status refusal(grpc::StatusCode code, const std::string& text);
+
+// The status for an error of the rule server.
+grpc::Status statusOf(const vok::rulecheck::ErrorResponse& error);
 
 }  // namespace rule_grpc
 

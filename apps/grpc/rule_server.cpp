@@ -14,9 +14,11 @@
 
 #include <CLI/CLI.hpp>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -28,7 +30,6 @@
 #include "grpc/listener.h"
 #include "grpc/rule_check_service.h"
 #include "grpc/security.h"
-#include "grpc/storage.h"
 #include "html_report/html_report.h"
 #include "rule_server/environment.h"
 #include "rule_server/files.h"
@@ -44,8 +45,44 @@ struct Options {
   std::string tokenFile;
   int idleSeconds = 60;
   rule_grpc::Security security;
-  rule_grpc::Storage storage;
+  // Of all files that clients can name; empty if they can name none.
+  std::string directory;
+  bool mayHoldHome = false;
+  rule_server::Limits limits;
 };
+
+void define(CLI::App& app, rule_server::Limits& limits) {
+  // A serialized message has less than 2 GiB, and a finding's number 31 bits.
+  constexpr auto kMost = static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max());
+  // CLI11 takes a negative number for an enormous one.
+  constexpr std::size_t kMostInAll = std::numeric_limits<std::size_t>::max() / 2;
+  const auto limit = [&app](const char* option, std::size_t& value, std::size_t most,
+                            const char* help) {
+    app.add_option(option, value, help)
+        ->check(CLI::Range(std::size_t{1}, most))
+        ->capture_default_str();
+  };
+  limit("--max-rules", limits.rules, kMost, "Rules in the catalog");
+  limit("--max-rule-bytes", limits.ruleBytes, kMost, "Bytes of a rule in memory");
+  limit("--max-sessions", limits.sessions, kMost, "Sessions, stopped ones included");
+  limit("--max-findings", limits.findings, kMost, "Findings of a session");
+  limit("--max-session-bytes", limits.sessionBytes, kMost, "Bytes of a session's result in memory");
+  limit("--max-text-bytes", limits.textBytes, kMost,
+        "Bytes in memory of what is written as a page, text or JSON");
+  limit("--max-bytes", limits.bytes, kMostInAll, "Bytes of all that is recorded, in memory");
+}
+
+// None without a directory.
+std::optional<rule_server::DirectoryFiles> filesOf(const Options& options) {
+  if (options.directory.empty()) {
+    return std::nullopt;
+  }
+  if (!options.mayHoldHome && rule_server::holdsHome(options.directory)) {
+    throw std::runtime_error(options.directory +
+                             ": is or holds a home directory, which needs --files-may-hold-home");
+  }
+  return std::optional<rule_server::DirectoryFiles>(options.directory);
+}
 
 void define(CLI::App& app, Options& options) {
   app.add_option("--listen", options.address, "HOST:PORT or unix:PATH; port 0 picks a free one")
@@ -61,7 +98,13 @@ void define(CLI::App& app, Options& options) {
   rule_grpc::define(app, "--client-ca", "Authority of clients: each must have a certificate of it",
                     options.security);
   app.get_option("--client-ca")->needs("--certificate");
-  rule_grpc::define(app, options.storage);
+  app.add_option("--files", options.directory,
+                 "Directory of all files that clients can name; without it, they can name none")
+      ->check(CLI::ExistingDirectory);
+  app.add_flag("--files-may-hold-home", options.mayHoldHome,
+               "Let --files be /, a home directory, or a directory above one")
+      ->needs("--files");
+  define(app, options.limits);
 }
 
 // A line break at the end of the file is not part of the token.
@@ -92,7 +135,7 @@ rule_server::Environment environmentOf(const Options& options, rule_server::File
   rule_server::Environment environment;
   environment.token = tokenFor(options);
   environment.files = files;
-  environment.limits = options.storage.limits;
+  environment.limits = options.limits;
   environment.now = rule_server::millisecondsSince1970;
   environment.newUuid = rule_server::randomUuid;
   environment.page = html_report::page;
@@ -173,7 +216,7 @@ void endAfter(std::chrono::seconds time) {
 void serve(const Options& options) {
   const StopSignals signals;
   rule_grpc::raiseDescriptorLimit();
-  auto files = rule_grpc::filesOf(options.storage);
+  auto files = filesOf(options);
   rule_server::Server rules(environmentOf(options, files ? &*files : nullptr));
   rule_grpc::RuleCheckService service(rules, [] { kill(getpid(), SIGTERM); });
   const auto credentials = rule_grpc::serverCredentials(options.security, options.address);

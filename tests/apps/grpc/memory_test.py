@@ -3,6 +3,7 @@
 """Memory that clients cost: the server lives on under a limit of its address space."""
 
 import random
+import resource
 import time
 import unittest
 
@@ -74,7 +75,7 @@ class Findings(MemoryTest):
         rule.examples.uri.add(link_text="x" * (MEBIBYTE - 1000))
         self.client.call("upsertRuleSpec", key="L", full_name="f", examples=rule.examples)
         body = protocol.CreateViolation(rule_key="L", session_uuid=self.kept).SerializeToString()
-        for _ in range(100):
+        for _ in range(50):
             self.client.send("createViolation", body)
         self.assertLess(self.server.most_memory(), 80 * MEBIBYTE)
         status = self.client.refusal("resetSession", session(self.kept))[0]
@@ -126,6 +127,20 @@ class Sessions(MemoryTest):
             channel.channel.close()
         while self.client.refusal("getVersion")[0] == "RESOURCE_EXHAUSTED":
             time.sleep(0.01)  # until the server knows that these clients are gone
+
+
+class Lack(MemoryTest):
+    def test_of_memory_is_answered(self):
+        other = self.client.start()
+        self.fill(other, "x" * 900000)
+        self.limit_address_space(self.server.memory("VmSize") + 16 * MEBIBYTE)
+        self.assertEqual(
+            self.client.refusal("getSessionResult", session(other)),
+            ("RESOURCE_EXHAUSTED", "the server has no memory left: try again later"))
+        self.limit_address_space(ADDRESS_SPACE)
+
+    def limit_address_space(self, size):
+        resource.prlimit(self.server.process.pid, resource.RLIMIT_AS, (size, ADDRESS_SPACE))
 
 
 class Files(MemoryTest):

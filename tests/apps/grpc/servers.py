@@ -109,10 +109,13 @@ class Server:
         self.process.stdout.close()
         self.errors.close()
 
-    def most_memory(self):
+    def memory(self, kind):
         """In bytes."""
         status = pathlib.Path(f"/proc/{self.process.pid}/status").read_text(encoding="ascii")
-        return int(re.search(r"VmHWM:\s+(\d+) kB", status)[1]) << 10
+        return int(re.search(rf"{kind}:\s+(\d+) kB", status)[1]) << 10
+
+    def most_memory(self):
+        return self.memory("VmHWM")
 
 
 ENDED_WELL = (0, "", "")

@@ -2,7 +2,7 @@
 
 // The statuses that failures become.
 
-#include "grpc/statuses.h"
+#include "grpc/rule_check_service.h"
 
 #include <grpcpp/grpcpp.h>
 #include <gtest/gtest.h>
@@ -13,7 +13,6 @@
 #include <string>
 
 #include "common/message_file.h"
-#include "grpc/rule_check_service.h"
 
 namespace {
 
