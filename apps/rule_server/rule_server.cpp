@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <new>
 #include <set>
 #include <utility>
 #include <vector>
@@ -111,6 +112,8 @@ Response Server::handle(const Request& request) {
     return perform(request);
   } catch (const Failure& failure) {
     return respond(failure.code(), failure.what());
+  } catch (const std::bad_alloc&) {
+    return respond(ErrorCode::LimitExceeded, "the server has no memory left: try again later");
   } catch (const std::exception& error) {
     return respond(ErrorCode::Internal, error.what());
   }

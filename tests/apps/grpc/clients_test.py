@@ -50,10 +50,12 @@ class SeveralClients(ClientsTest):
         """Does the same, and returns the lines."""
         client = self.secure_channel()
         own = client.start(name)
-        return "".join(
+        lines = [
             f"{session} {client.find(session, mark)} {mark}\n"
             for i in range(self.COUNT)
-            for session, mark in [(self.shared, f"{name}-shared-{i}"), (own, f"{name}-own-{i}")])
+            for session, mark in [(self.shared, f"{name}-shared-{i}"), (own, f"{name}-own-{i}")]]
+        client.channel.close()
+        return "".join(lines)
 
     @staticmethod
     def acknowledged(*outputs):
@@ -77,6 +79,7 @@ class SeveralClients(ClientsTest):
         self.assertEqual({session: self.client.found(session) for session in expected}, expected)
         self.assertEqual(len(expected), 5)
         self.assertEqual(len(expected[self.shared]), 4 * self.COUNT)
+        self.client.channel.close()  # an idle client would have it wait for five seconds
         self.assertEqual(self.server.stop(), ENDED_WELL)
 
     def test_that_are_killed_leave_what_was_acknowledged(self):
@@ -90,6 +93,7 @@ class SeveralClients(ClientsTest):
             self.assertLessEqual(marks.items(), found[session].items())
         self.assertLessEqual(
             sum(map(len, found.values())), 1 + sum(map(len, sessions.values())))
+        self.client.channel.close()  # an idle client would have it wait for five seconds
         self.assertEqual(self.server.stop(), ENDED_WELL)
 
 

@@ -54,7 +54,7 @@ class BadArguments(ProgramTest):
         for words, line in cases:
             with self.subTest(words):
                 self.assert_refused(
-                    self.run_program("timeout", "60", RULE_SERVER, *words), f"rule_server: {line}")
+                    self.run_program("timeout", "20", RULE_SERVER, *words), f"rule_server: {line}")
 
     def test_of_the_client(self):
         self.write("m.v", "module m; endmodule\n")

@@ -142,6 +142,18 @@ TEST(Limits, CountNoFindingForWhichMemoryIsLacking) {
   EXPECT_EQ(1U, state.violated.count("R"));
 }
 
+TEST(Limits, AreExceededIfMemoryIsLacking) {
+  TestServer server;
+  server.prepare("start; W; " + finding(1000000));
+  vok::rulecheck::Response response;
+  {
+    const AllocationLimit limit(100000);
+    response = server.server.handle(requestOf("result"));
+  }
+  EXPECT_EQ(41, response.error().code());
+  EXPECT_EQ(1, server.result().violation_count());
+}
+
 using Clock = std::chrono::steady_clock;
 
 // Performs short requests until done, and returns the longest time that one of them took.
