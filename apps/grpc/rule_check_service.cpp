@@ -104,7 +104,7 @@ Status read(const Bytes& argument, Request::RequestType type, Request* request) 
     return parse(argument, argumentIn(request));
   }
   Session session;
-  const Status status = parse(argument, &session);
+  Status status = parse(argument, &session);
   if (type == Request::START_SESSION) {
     start(session, request->mutable_start_session());
   } else {
@@ -269,7 +269,7 @@ Reactor* RuleCheckService::answerToken(const Call& call) {
   constexpr auto kDelay = std::chrono::seconds(1);
   const auto attempt = [this, call] {
     constexpr auto kSuspicion = std::chrono::seconds(10);
-    const Status status = performNow(call);
+    Status status = performNow(call);
     if (status.error_code() == StatusCode::UNAUTHENTICATED) {
       suspiciousUntil_ = Clock::now() + kSuspicion;
     } else if (status.ok() && call.type == Request::STOP_SERVER) {

@@ -132,3 +132,18 @@ class ServerTest(program_test.ProgramTest):
     def large_channel(self):
         return self.channel(self.server.address, options=[
             ("grpc.max_receive_message_length", -1), ("grpc.max_send_message_length", -1)])
+
+    def report(self, address, *options, lines=0):
+        """Has grpc_lint_client report so many lines of a Verilator that is not there."""
+        self.write("m.v", "module m; endmodule\n")
+        said = self.write("said", "".join(
+            f"%Warning-WIDTH: 0/m.v:{line}:1: text\n" for line in range(1, lines + 1)))
+        self.write("verilator", f"#!/bin/sh\ncat '{said}' >&2\n").chmod(0o755)
+        return self.run_program(
+            GRPC_LINT_CLIENT, "m.v", "--verilator", "./verilator", "--server", address, *options)
+
+    def assert_lost(self, ended):
+        """The client said that there is no connection, with exit status 3."""
+        self.assertEqual((ended.returncode, ended.stdout), (3, ""))
+        self.assertRegex(
+            ended.stderr, r"\Agrpc_lint_client: no connection to the server: [^\n]+\n\Z")
