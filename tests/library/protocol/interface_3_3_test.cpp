@@ -29,10 +29,6 @@ void* exported(const std::string& name, const std::string& rest, const char* pre
   return dlsym(RTLD_DEFAULT, symbol.c_str());
 }
 
-void* defaultInstance(const std::string& type) {
-  return exported("_" + type + "_default_instance_", "E");
-}
-
 template <typename... Types>
 int constructedDefaultInstances(tests::TypeList<Types...> /*types*/) {
   return (const_cast<ExplicitlyConstructed<Types>*>(
@@ -58,21 +54,6 @@ TEST(Interface, ExportsTheRegistration) {
         std::_Exit(Request::default_instance().has_type() ? 1 : 0);
       },
       testing::ExitedWithCode(0), "");
-}
-
-TEST(Interface, NamesDefaultInstances) {
-  int maps = 0;
-  for (const Message* message : tests::allMessages()) {
-    const auto* type = message->GetDescriptor();
-    EXPECT_EQ(defaultInstance(type->name()), message) << type->name();
-    for (int i = 0; i < type->nested_type_count(); ++i, ++maps) {
-      const auto* entry = type->nested_type(i);
-      EXPECT_EQ(defaultInstance(type->name() + "_" + entry->name()),
-                google::protobuf::MessageFactory::generated_factory()->GetPrototype(entry))
-          << entry->full_name();
-    }
-  }
-  EXPECT_EQ(maps, 9);
 }
 
 TEST(Interface, DestroysDefaultInstancesAtShutdown) {
