@@ -123,11 +123,12 @@ const Random randomDoubles[] = {
        const std::uint64_t exponent = 1023 - 80 + random() % 141;
        return fromBits(random() >> 63 << 63 | exponent << 52 | random() >> 12);
      }},
-    {"EverydaySizes", 200000,
+    {"EverydaySizes", RANDOM_DOUBLES / 2,
      [](auto& random) { return std::uniform_real_distribution<double>(-1e6, 1e6)(random); }},
-    {"Ties", 100000, tie},
-    {"BelowTies", 100000, [](auto& random) { return std::nextafter(tie(random), 0); }},
-    {"AboveTies", 100000, [](auto& random) { return std::nextafter(tie(random), 1e9); }},
+    {"Ties", RANDOM_DOUBLES / 5, tie},
+    {"BelowTies", RANDOM_DOUBLES / 5, [](auto& random) { return std::nextafter(tie(random), 0); }},
+    {"AboveTies", RANDOM_DOUBLES / 5,
+     [](auto& random) { return std::nextafter(tie(random), 1e9); }},
 };
 
 class RandomDoubles : public testing::TestWithParam<Random> {};
