@@ -18,6 +18,8 @@ PACKAGES = SOURCE / "build/packages"
 VERSION = os.environ["VERSION"]
 RUNTIME = f"libvok-rulecheck{os.environ['ABI']}"
 DEVELOPMENT = "libvok-rulecheck-dev"
+PYTHON = "python3-vok-rulecheck"
+PYTHON_PAGE = SOURCE / "docs/python.md"
 
 
 def run(*command, **options):
@@ -71,7 +73,7 @@ class FolderTest(unittest.TestCase):
 
 class Packages(FolderTest):
     def test_they_have_the_version_of_the_library(self):
-        for name in (RUNTIME, DEVELOPMENT, f"{RUNTIME}-dbgsym"):
+        for name in (RUNTIME, DEVELOPMENT, PYTHON, f"{RUNTIME}-dbgsym"):
             self.assertEqual(field(name, "Version"), VERSION, name)
 
     def test_the_runtime_package_depends_on_the_libraries_that_it_was_linked_with(self):
@@ -113,6 +115,7 @@ class Users(FolderTest):
         (cls.project / "main.cpp").write_text(readme("cpp"))
         (cls.project / "CMakeLists.txt").write_text(readme("cmake"))
         (cls.project / "command.sh").write_text(readme("sh", "g++"))
+        (cls.project / "example.py").write_text(readme("python", page=PYTHON_PAGE))
         (cls.project / "install.sh").write_text(readme("sh", "--install"))
         (cls.project / "documented_packages.txt").write_text(
             re.search(r"On Debian: `(.+?)`", README.read_text())[1])
@@ -124,20 +127,21 @@ class Users(FolderTest):
         self.assertEqual(succeed(self.project / "built_outside"), readme("text"))
 
     def test_with_the_packages_installed_in_a_system_that_has_nothing_else(self):
-        for name in (RUNTIME, DEVELOPMENT):
+        for name in (RUNTIME, DEVELOPMENT, PYTHON):
             shutil.copy(package(name), self.project / f"{name}.deb")
         shutil.copy(HERE / "use_packages.sh", self.project)
         (self.project / "source").mkdir()
-        succeed("cp", "-R", "CMakeLists.txt", "cmake", "packaging", "rendering", "swig",
+        succeed("cp", "-R", "CMakeLists.txt", "cmake", "conformance", "packaging", "python", "rendering", "swig",
                 self.project / "source", cwd=SOURCE)
         log = run("mmdebstrap", "--variant=apt", "--format=null",
                   f"--customize-hook=copy-in {self.project} /",
-                  f"--customize-hook=chroot \"$1\" sh /project/use_packages.sh {RUNTIME} {DEVELOPMENT}",
+                  f"--customize-hook=chroot \"$1\" sh /project/use_packages.sh {RUNTIME} {DEVELOPMENT} {PYTHON}",
                   f"--customize-hook=copy-out /project/said {self.folder}", "", "-", *apt_sources(),
                   env={**os.environ, "TMPDIR": folder_of_systems()})
         if "running --customize-hook" not in log.stdout:
             self.skipTest("no such system could be made: " + log.stdout.splitlines()[-1])
         self.assertEqual(log.returncode, 0, log.stdout)
+        self.assertEqual((self.folder / "said/python").read_text(), readme("text", page=PYTHON_PAGE))
         for how in ("runtime", "installed_from_source", "find_package", "pkg_config"):
             self.assertEqual((self.folder / "said" / how).read_text(), readme("text"), how)
 

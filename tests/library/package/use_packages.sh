@@ -6,11 +6,12 @@
 # packages, and the program that was built outside; what programs print goes to its
 # folder "said".
 #
-# usage: sh use_packages.sh RUNTIME_PACKAGE DEVELOPMENT_PACKAGE
+# usage: sh use_packages.sh RUNTIME_PACKAGE DEVELOPMENT_PACKAGE PYTHON_PACKAGE
 
 set -eux
 runtime=$1
 development=$2
+python=$3
 cd "$(dirname "$0")"
 mkdir said
 export DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8
@@ -48,7 +49,9 @@ cmake --build build/packaged
 build/packaged/program > said/find_package
 sh -e command.sh
 ./a.out > said/pkg_config
-apt-get purge --yes --quiet "$runtime" "$development"
+install "./$python.deb"
+python3 example.py > said/python
+apt-get purge --yes --quiet "$runtime" "$development" "$python"
 list_files > after.txt
 if grep -i -e vok_rulecheck -e vok-rulecheck -e /vok after.txt; then
   echo "these files are left" >&2
