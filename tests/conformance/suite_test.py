@@ -79,8 +79,8 @@ class Coverage(unittest.TestCase):
 
     def test_has_what_the_page_on_renderers_names(self):
         page = (ROOT / "docs/write_a_renderer.md").read_text(encoding="utf-8")
-        (line,) = re.findall(r"^\{.*\}$", page, re.MULTILINE)
-        self.assertIn(json.loads(line), self.cases)
+        (case,) = re.findall(r"^```json\n(.*?)```$", page, re.MULTILINE | re.DOTALL)
+        self.assertIn(json.loads(case), self.cases)
         named = re.findall(r"^\|.*\| `([a-z][^`]*)` \|$", page, re.MULTILINE)
         self.assertTrue(named)
         self.assertLessEqual(set(named), {case["case"] for case in self.cases})
