@@ -1,4 +1,4 @@
 cmake -S . -B build -D CMAKE_PREFIX_PATH="$HOME/rulecheck"
 cmake --build build --target first_report
 build/first_report                 # writes result.pb
-html_report result.pb report.html  # open it in a browser
+rulecheck html result.pb -o report.html  # open it in a browser

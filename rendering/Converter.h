@@ -23,7 +23,7 @@
 //   3. drop or rewrite resources whose scheme the page must not link to
 //      (Resource::FTP, IRC, MAILTO and unlisted schemes have no prefix, so their
 //      host begins the address: a host "javascript:..." is a script),
-// and render the copy. apps/html_report does exactly that.
+// and render the copy. apps/rulecheck does exactly that.
 //
 // Rules that hold for every function:
 //   * A field counts as set when its presence test says so, never by content: a

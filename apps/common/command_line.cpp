@@ -26,7 +26,7 @@ int run(CLI::App& app, int argc, const char* const* argv, const std::function<vo
     return app.exit(request);
   } catch (const std::exception& error) {
     std::cerr << app.get_name() << ": " << oneLine(error.what()) << '\n';
-    return 2;
+    return dynamic_cast<const CannotRun*>(&error) == nullptr ? 2 : 3;
   }
 }
 

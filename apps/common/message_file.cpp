@@ -8,10 +8,11 @@
 #include <google/protobuf/text_format.h>
 #include <google/protobuf/util/json_util.h>
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <limits>
 #include <string_view>
 #include <system_error>
@@ -105,7 +106,16 @@ std::string readFile(const std::string& path) {
   if (!in || std::filesystem::is_directory(path, ignored)) {
     throw FileError(path + ": cannot be read");
   }
-  std::string content{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  std::string content;
+  // Or a large file would take twice its size while it is read.
+  const auto size = std::filesystem::is_regular_file(path, ignored)
+                        ? std::filesystem::file_size(path, ignored)
+                        : 0;
+  content.reserve(size);
+  std::array<char, 65536> buffer;
+  while (in.read(buffer.data(), buffer.size()) || in.gcount() > 0) {
+    content.append(buffer.data(), static_cast<std::size_t>(in.gcount()));
+  }
   return content;
 }
 

@@ -13,7 +13,6 @@
 namespace rule_grpc {
 namespace {
 
-using lint_client::Exchange;
 using vok::rulecheck::Request;
 using vok::rulecheck::Response;
 using vok::rulecheck::Session;
@@ -30,21 +29,20 @@ using Stub = vok::rulecheck::RuleCheckService::Stub;
 }
 
 template <typename Argument, typename Answer>
-Exchange call(Stub& stub,
+Response call(Stub& stub,
               grpc::Status (Stub::*method)(grpc::ClientContext*, const Argument&, Answer*),
               const Argument& argument, Response::ResponseType type, Answer* (Response::*body)()) {
   constexpr auto kLongest = std::chrono::minutes(1);
   grpc::ClientContext context;
   context.set_deadline(std::chrono::system_clock::now() + kLongest);
-  Exchange exchange{Response(), argument.ByteSizeLong(), 0};
-  exchange.answer.set_type(type);
-  Answer* answer = (exchange.answer.*body)();
+  Response response;
+  response.set_type(type);
+  Answer* answer = (response.*body)();
   const grpc::Status status = (stub.*method)(&context, argument, answer);
   if (!status.ok()) {
     fail(status);
   }
-  exchange.bytesReceived = answer->ByteSizeLong();
-  return exchange;
+  return response;
 }
 
 Session sessionOf(const vok::rulecheck::StartSession& start) {
@@ -63,7 +61,7 @@ Session named(const std::string& uuid) {
   return session;
 }
 
-Exchange exchange(Stub& stub, const Request& request) {
+Response exchange(Stub& stub, const Request& request) {
   switch (request.type()) {
     case Request::CREATE_AFFIRMATION:
       return call(stub, &Stub::createAffirmation, request.create_affirmation(),
@@ -100,7 +98,7 @@ std::shared_ptr<grpc::Channel> channelTo(const std::string& address, const Secur
   return grpc::CreateCustomChannel(address, clientCredentials(security, address), arguments);
 }
 
-lint_client::Transport remoteServer(const std::shared_ptr<grpc::Channel>& channel) {
+rulecheck::Server remoteServer(const std::shared_ptr<grpc::Channel>& channel) {
   const std::shared_ptr<Stub> stub = vok::rulecheck::RuleCheckService::NewStub(channel);
   return [stub](const Request& request) { return exchange(*stub, request); };
 }

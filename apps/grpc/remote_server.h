@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A rule server that is reached through gRPC, for lint_client's connection.
+// A rule server that is reached through gRPC, for report() of rulecheck.
 
 #ifndef VOK_APPS_GRPC_REMOTE_SERVER_H_
 #define VOK_APPS_GRPC_REMOTE_SERVER_H_
@@ -12,7 +12,7 @@
 #include <string>
 
 #include "grpc/security.h"
-#include "lint_client/connection.h"
+#include "rulecheck/lint/report.h"
 
 namespace rule_grpc {
 
@@ -26,10 +26,9 @@ class ConnectionLost : public std::runtime_error {
 // clientCredentials() do.
 std::shared_ptr<grpc::Channel> channelTo(const std::string& address, const Security& security);
 
-// Carries those requests that report() of lint_client makes. It throws ConnectionLost,
-// or std::runtime_error if the server refuses a request. The bytes that it counts are
-// those of messages.
-lint_client::Transport remoteServer(const std::shared_ptr<grpc::Channel>& channel);
+// Carries those requests that report() makes. It throws ConnectionLost, or
+// std::runtime_error if the server refuses a request.
+rulecheck::Server remoteServer(const std::shared_ptr<grpc::Channel>& channel);
 
 }  // namespace rule_grpc
 

@@ -30,11 +30,11 @@
 #include "grpc/listener.h"
 #include "grpc/rule_check_service.h"
 #include "grpc/security.h"
-#include "html_report/html_report.h"
 #include "rule_server/environment.h"
 #include "rule_server/files.h"
 #include "rule_server/limits.h"
 #include "rule_server/rule_server.h"
+#include "rulecheck/page/page.h"
 
 namespace {
 
@@ -138,7 +138,7 @@ rule_server::Environment environmentOf(const Options& options, rule_server::File
   environment.limits = options.limits;
   environment.now = rule_server::millisecondsSince1970;
   environment.newUuid = rule_server::randomUuid;
-  environment.page = html_report::page;
+  environment.page = rulecheck::page;
   return environment;
 }
 

@@ -36,7 +36,7 @@ class ProjectTest(ProgramTest):
     def run_script(self, name):
         """What a script of the recipes prints."""
         tools = [pathlib.Path(os.environ[tool]).parent
-                 for tool in ("PROTOC", "CMAKE", "HTML_REPORT") if tool in os.environ]
+                 for tool in ("PROTOC", "CMAKE", "RULECHECK") if tool in os.environ]
         environment = {
             **os.environ, "HOME": str(self.folder),
             "PATH": ":".join([*map(str, tools), os.environ["PATH"]]),

@@ -47,15 +47,5 @@ class CommandLine(ProgramTest):
                 self.assert_refused(self.run_program(TOOLS / tool, *arguments), f"{tool}: {line}")
 
 
-class Demo(ProgramTest):
-    def test_files_that_cannot_be_checked(self):
-        self.write("a b.v", "module m; endmodule\n")
-        for words, refused in [(["a b.v", "no file.v"], "no file.v"), (["--", "--help"], "--help"),
-                               (["."], ".")]:
-            with self.subTest(words):
-                self.assert_refused(self.run_program(TOOLS / "demo", *words),
-                                    f"demo: {refused}: no such file, or not readable")
-
-
 if __name__ == "__main__":
     unittest.main()

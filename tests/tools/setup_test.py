@@ -150,56 +150,6 @@ class Quietly(SetupTest):
         self.assertEqual(list(temporary.iterdir()), [])
 
 
-class DemoServer(SetupTest):
-    def setUp(self):
-        super().setUp()
-        self.add_program("cmake", "")
-        self.add_program("dpkg-query", "echo ii")
-        (self.checkout / "apps/designs").mkdir(parents=True)
-        self.programs = self.checkout / "build/demo/apps/grpc"
-        self.programs.mkdir(parents=True)
-        for name in ["rule_server", "grpc_lint_client"]:
-            self.add_program(
-                name, f"echo \"$*\" >> '{self.folder}/{name}'; echo {name}; exec sleep 60")
-        self.temporary = self.folder / ("long" * 30)
-        self.temporary.mkdir()
-
-    def demo(self):
-        """The tool, once its client runs."""
-        demo = subprocess.Popen(
-            [self.checkout / "tools/demo", "--grpc"], stdout=subprocess.PIPE, text=True,
-            env={**self.environment, "TMPDIR": str(self.temporary)}, start_new_session=True)
-        while demo.stdout.readline() != "grpc_lint_client\n":
-            self.assertIsNone(demo.poll())
-        return demo
-
-    def sockets(self):
-        words = (self.folder / "rule_server").read_text(encoding="utf-8").split()
-        return pathlib.Path(words[words.index("--listen") + 1].removeprefix("unix:")).parent
-
-    def test_that_outlives_the_tool_holds_no_lock(self):
-        with self.demo() as demo:
-            demo.kill()
-            demo.wait()
-            with open(self.checkout / "build/.lock", "wb") as lock:
-                fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
-            os.killpg(demo.pid, signal.SIGKILL)
-        self.sockets().rmdir()
-
-    def test_is_stopped_by_signals(self):
-        for number in [signal.SIGHUP, signal.SIGINT, signal.SIGTERM]:
-            with self.subTest(number):
-                with self.demo() as demo:
-                    demo.send_signal(number)
-                    # The pipe's last writers are the server and the client.
-                    self.assertEqual(demo.communicate(timeout=10), ("", None))
-                    self.assertEqual(demo.returncode, -number)
-                self.assertLess(len(str(self.sockets())), 80)
-                self.assertFalse(self.sockets().exists())
-                self.assertEqual(list(self.temporary.iterdir()), [])
-                (self.folder / "rule_server").unlink()
-
-
 class Npm(SetupTest):
     @unittest.skipUnless(shutil.which("npm"), "needs npm")
     def test_runs_no_scripts_of_packages(self):

@@ -9,7 +9,8 @@
   bench_packages=(binutils libbenchmark-dev libfmt-dev libjemalloc2 libmimalloc2.0 libprotozero-dev
     libtcmalloc-minimal4 pkg-config pybind11-dev python3-dev python3-protobuf rapidjson-dev)
   build_packages=(g++ cmake ninja-build libprotobuf-dev protobuf-compiler)
-  app_packages=(libcli11-dev libkainjow-mustache-dev libre2-dev openssl pkg-config)
+  app_packages=(libcli11-dev libkainjow-mustache-dev libre2-dev nlohmann-json3-dev openssl
+    pkg-config)
   lint_packages=(verilator)
   test_packages=(binutils libgmock-dev libgtest-dev locales python3 valgrind)
   style_packages=(clang clang-format clang-tidy cppcheck shellcheck)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Text of unknown origin on a terminal. html_report's tests have the rest.
+// Text of unknown origin on a terminal. The tests of rulecheck's page have the rest.
 
 #include "common/characters.h"
 

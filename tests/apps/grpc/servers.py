@@ -137,10 +137,10 @@ class ServerTest(program_test.ProgramTest):
         """Has grpc_lint_client report so many lines of a Verilator that is not there."""
         self.write("m.v", "module m; endmodule\n")
         said = self.write("said", "".join(
-            f"%Warning-WIDTH: 0/m.v:{line}:1: text\n" for line in range(1, lines + 1)))
+            f"%Warning-WIDTH: m.v:{line}:1: text\n" for line in range(1, lines + 1)))
         self.write("verilator", f"#!/bin/sh\ncat '{said}' >&2\n").chmod(0o755)
         return self.run_program(
-            GRPC_LINT_CLIENT, "m.v", "--verilator", "./verilator", "--server", address, *options)
+            GRPC_LINT_CLIENT, "--verilator", "./verilator", "--server", address, *options, "m.v")
 
     def assert_lost(self, ended):
         """The client said that there is no connection, with exit status 3."""

@@ -320,7 +320,7 @@ class Programs(PackageTest):
         session = self.build / "session.txtpb"
         page = self.build / "report.html"
         session.write_text('session { name: "of an outside project" }')
-        self.succeed(self.build / "html_report/html_report", session, page)
+        self.succeed(self.build / "rulecheck/rulecheck", "html", session, "-o", page)
         self.assertIn("of an outside project", page.read_text())
 
 

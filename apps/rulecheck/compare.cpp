@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "rulecheck/compare.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <tuple>
+#include <utility>
+
+#include "rulecheck/fingerprint.h"
+#include "rulecheck/place.h"
+#include "rulecheck/plain_text.h"
+
+namespace rulecheck {
+namespace {
+
+using vok::rulecheck::SessionResult;
+using vok::rulecheck::Violation;
+using vok::rulecheck::ViolationMap;
+
+struct Entry {
+  std::uint64_t fingerprint;
+  int line;
+  int column;
+  const Violation* violation;
+
+  auto order() const { return std::make_tuple(fingerprint, line, column, violation->id()); }
+};
+
+// Sorted, so that the same violations of two results are met at the same time.
+std::vector<Entry> entriesOf(const ViolationMap& violations) {
+  std::vector<Entry> entries;
+  entries.reserve(violations.hashmap().size());
+  for (const auto& [number, violation] : violations.hashmap()) {
+    const Place place = placeOf(violation.details().args());
+    entries.push_back({fingerprintOf(violation), place.line, place.column, &violation});
+  }
+  std::sort(entries.begin(), entries.end(),
+            [](const Entry& a, const Entry& b) { return a.order() < b.order(); });
+  return entries;
+}
+
+// Takes those out of the list whose fingerprints are among the others.
+void removeAll(const std::vector<Entry>& others, std::vector<Entry>* entries) {
+  const auto isAmong = [&others](const Entry& entry) {
+    return std::binary_search(
+        others.begin(), others.end(), entry,
+        [](const Entry& a, const Entry& b) { return a.fingerprint < b.fingerprint; });
+  };
+  entries->erase(std::remove_if(entries->begin(), entries->end(), isAmong), entries->end());
+}
+
+Violations sorted(Violations violations) {
+  std::vector<std::pair<Place, const Violation*>> placed;
+  placed.reserve(violations.size());
+  for (const Violation* violation : violations) {
+    placed.emplace_back(placeOf(violation->details().args()), violation);
+    placed.back().first.source.clear();
+  }
+  std::sort(placed.begin(), placed.end(), [](const auto& a, const auto& b) {
+    const auto order = [](const auto& entry) {
+      return std::tie(entry.first.file, entry.first.line, entry.first.column);
+    };
+    return order(a) != order(b) ? order(a) < order(b) : a.second->id() < b.second->id();
+  });
+  std::transform(placed.begin(), placed.end(), violations.begin(),
+                 [](const auto& entry) { return entry.second; });
+  return violations;
+}
+
+}  // namespace
+
+Violations sortedByPlace(const ViolationMap& violations) {
+  Violations all;
+  for (const auto& entry : violations.hashmap()) {
+    all.push_back(&entry.second);
+  }
+  return sorted(std::move(all));
+}
+
+Comparison compare(const SessionResult& before, const SessionResult& after) {
+  const std::vector<Entry> olds = entriesOf(before.violations());
+  const std::vector<Entry> news = entriesOf(after.violations());
+  Comparison comparison;
+  std::vector<Entry> gone;
+  auto old = olds.begin();
+  for (const Entry& entry : news) {
+    while (old != olds.end() && old->fingerprint < entry.fingerprint) {
+      gone.push_back(*old++);
+    }
+    if (old == olds.end() || old->fingerprint != entry.fingerprint) {
+      comparison.added.push_back(entry.violation);
+      continue;
+    }
+    const bool isThere = old->line == entry.line && old->column == entry.column;
+    (isThere ? comparison.unchanged : comparison.moved).push_back(entry.violation);
+    ++old;
+  }
+  gone.insert(gone.end(), old, olds.end());
+  removeAll(entriesOf(after.waived_violations()), &gone);
+  for (const Entry& entry : gone) {
+    comparison.fixed.push_back(entry.violation);
+  }
+  comparison.added = sorted(std::move(comparison.added));
+  comparison.fixed = sorted(std::move(comparison.fixed));
+  return comparison;
+}
+
+std::string textOf(const Comparison& comparison, bool withFindings) {
+  std::string text;
+  if (withFindings) {
+    for (const Violation* violation : comparison.added) {
+      text += "new: " + lineOf(*violation) + '\n';
+    }
+    for (const Violation* violation : comparison.fixed) {
+      text += "fixed: " + lineOf(*violation) + '\n';
+    }
+  }
+  return text + std::to_string(comparison.added.size()) + " new, " +
+         std::to_string(comparison.fixed.size()) + " fixed, " +
+         std::to_string(comparison.unchanged.size()) + " unchanged, " +
+         std::to_string(comparison.moved.size()) + " moved\n";
+}
+
+}  // namespace rulecheck

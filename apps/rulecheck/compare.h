@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// Two results, finding by finding.
+
+#ifndef VOK_APPS_RULECHECK_COMPARE_H_
+#define VOK_APPS_RULECHECK_COMPARE_H_
+
+#include <vok/rulecheck/RuleService.pb.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace rulecheck {
+
+using Violations = std::vector<const vok::rulecheck::Violation*>;
+
+// Sorted by file, line, column and number.
+Violations sortedByPlace(const vok::rulecheck::ViolationMap& violations);
+
+// Each violation of the new result is in one of the first three lists. Waived violations
+// of the new result are not fixed.
+struct Comparison {
+  Violations added;
+  Violations moved;
+  Violations unchanged;
+  Violations fixed;
+};
+
+// Finds the same violation by its fingerprint. Of several with one fingerprint, those that
+// come first are the same. A violation moved if its line or column did.
+Comparison compare(const vok::rulecheck::SessionResult& before,
+                   const vok::rulecheck::SessionResult& after);
+
+// The lines "new: ..." and "fixed: ...", if wanted, and a line of counts.
+std::string textOf(const Comparison& comparison, bool withFindings);
+
+}  // namespace rulecheck
+
+#endif  // VOK_APPS_RULECHECK_COMPARE_H_

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// What a finding has in common with the same finding in another result.
+
+#ifndef VOK_APPS_RULECHECK_FINGERPRINT_H_
+#define VOK_APPS_RULECHECK_FINGERPRINT_H_
+
+#include <vok/rulecheck/RuleService.pb.h>
+
+#include <cstdint>
+#include <string>
+
+namespace rulecheck {
+
+// A hash of the rule, the file, the text of its line where the result has it, and the
+// message with its arguments. White space counts once; numbers of lines, columns and
+// findings don't count. It is the same on all machines and in all releases.
+std::uint64_t fingerprintOf(const vok::rulecheck::Violation& violation);
+
+// In 16 hexadecimal digits.
+std::string hexadecimal(std::uint64_t fingerprint);
+
+}  // namespace rulecheck
+
+#endif  // VOK_APPS_RULECHECK_FINGERPRINT_H_

@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "rulecheck/lint/messages.h"
+
+#include <re2/re2.h>
+
+#include <cstddef>
+#include <sstream>
+#include <utility>
+
+#include "rulecheck/lint/objects.h"
+#include "rulecheck/place.h"
+
+namespace rulecheck {
+namespace {
+
+using re2::StringPiece;
+using vok::rulecheck::ArgList;
+using vok::rulecheck::CreateViolation;
+using vok::rulecheck::Link;
+using vok::rulecheck::Reference;
+using vok::rulecheck::Scalar;
+using vok::rulecheck::Violation;
+
+namespace fs = std::filesystem;
+
+// Takes "file:line:column: " off the beginning of a text. A file's name may have colons
+// and blanks in it.
+Place takePlace(StringPiece* text) {
+  static const RE2 pattern(R"((.+?):(\d{1,9}):(\d{1,9}): )", RE2::Latin1);
+  Place place;
+  RE2::Consume(text, pattern, &place.file, &place.line, &place.column);
+  return place;
+}
+
+Scalar scalarOf(const std::string& value, const char* units) {
+  static const RE2 number(R"(\d{1,18})");
+  Scalar scalar;
+  if (RE2::FullMatch(value, number)) {
+    scalar.set_int_val(std::stoll(value));
+  } else {
+    scalar.set_string_val(value);
+  }
+  if (*units != '\0') {
+    scalar.set_units(units);
+  }
+  return scalar;
+}
+
+void addValues(const std::string& text, CreateViolation* body) {
+  static const RE2 width(R"( expects (.+?) bits? .* generates (.+?) bits)", RE2::Latin1);
+  static const RE2 index(R"( requires (.+?) bit index, not (.+?) bits)", RE2::Latin1);
+  static const RE2 range("Selection index out of range: (.+?) outside (.+)", RE2::Latin1);
+  std::string threshold;
+  std::string actual;
+  const char* units = "bits";
+  if (RE2::PartialMatch(text, range, &actual, &threshold)) {
+    units = "";
+  } else if (!RE2::PartialMatch(text, width, &threshold, &actual) &&
+             !RE2::PartialMatch(text, index, &threshold, &actual)) {
+    return;
+  }
+  *body->mutable_threshold_value() = scalarOf(threshold, units);
+  *body->mutable_actual_value() = scalarOf(actual, units);
+}
+
+// A message, while its lines are read.
+struct Message {
+  CreateViolation body;
+  Place place;
+  std::string text;
+  std::string instance;
+  std::vector<Link> links;
+  std::vector<std::string> advice;
+};
+
+// Nothing, one element itself, or a list.
+template <typename Element, typename List>
+void addAll(const std::vector<Element>& elements, Element* (vok::rulecheck::Arg::*one)(),
+            List* (vok::rulecheck::Arg::*many)(), Element* (List::*add)(), ArgList* args) {
+  if (elements.size() == 1) {
+    *(args->add_arg()->*one)() = elements.front();
+  } else if (!elements.empty()) {
+    List* list = (args->add_arg()->*many)();
+    for (const Element& element : elements) {
+      *(list->*add)() = element;
+    }
+  }
+}
+
+CreateViolation violationOf(const Message& message, const fs::path& directory) {
+  using vok::rulecheck::Arg;
+  CreateViolation body = message.body;
+  ArgList* args = body.mutable_args();
+  if (message.place.file.empty()) {
+    args->add_arg()->set_string_val("design");
+  } else {
+    *args->add_arg()->mutable_ref() = referenceTo(message.place, directory);
+  }
+  args->add_arg()->set_string_val(message.text);
+  addAll(namedObjects(message.text), &Arg::mutable_ref, &Arg::mutable_refs,
+         &vok::rulecheck::RefList::add_ref, args);
+  if (!message.instance.empty()) {
+    Reference* instance = args->add_arg()->mutable_ref();
+    instance->set_type(Reference::HIERARCHY);
+    instance->set_name(message.instance);
+  }
+  addAll(message.links, &Arg::mutable_uri, &Arg::mutable_uris, &vok::rulecheck::Links::add_uri,
+         args);
+  for (const std::string& text : message.advice) {
+    args->add_arg()->set_string_val(text);
+  }
+  addValues(message.text, &body);
+  return body;
+}
+
+class Reader {
+ public:
+  explicit Reader(fs::path directory) : directory_(std::move(directory)) {}
+
+  void read(const std::string& line) {
+    static const RE2 header(R"(%(Warning|Error)(?:-([^ :]+))?: )", RE2::Latin1);
+    static const RE2 excerpt(R"( +(?:(\d{1,9}) )?\| ?)", RE2::Latin1);
+    StringPiece rest = line;
+    std::string kind;
+    std::string code;
+    if (RE2::Consume(&rest, header, &kind, &code)) {
+      begin(kind == "Error", code, rest);
+    } else if (line.compare(0, 7, "-Info: ") == 0) {
+      isOpen_ = false;
+    } else if (isOpen_ && line[0] == ' ') {
+      std::string number;
+      if (RE2::Consume(&rest, excerpt, &number)) {
+        addExcerpt(number, rest.as_string());
+      } else {
+        addNote(line);
+      }
+    } else if (isOpen_) {
+      messages_.back().text += '\n' + line;
+    }
+  }
+
+  std::vector<CreateViolation> violations() const {
+    std::vector<CreateViolation> violations;
+    for (const Message& message : messages_) {
+      violations.push_back(violationOf(message, directory_));
+    }
+    return violations;
+  }
+
+ private:
+  void begin(bool isError, const std::string& code, StringPiece rest) {
+    isOpen_ = false;
+    const bool isPlain = isError && code.empty();
+    if (isPlain && (rest.starts_with("Exiting due to ") || rest.starts_with("Command Failed "))) {
+      return;
+    }
+    Message message;
+    if (!rest.starts_with("Internal Error")) {
+      message.place = takePlace(&rest);
+    }
+    // Verilator gives this advice the form of an error.
+    isOpen_ = true;
+    if (isPlain && rest.starts_with("This may be because ") && !messages_.empty()) {
+      messages_.back().advice.push_back(rest.as_string());
+      return;
+    }
+    message.body.set_rule_key(code.empty() ? kErrorRule : code);
+    if (isError) {
+      message.body.set_severity(Violation::SEV_ERROR);
+    }
+    message.text = rest.as_string();
+    messages_.push_back(std::move(message));
+  }
+
+  // The first line of source code is that of the message's own place.
+  void addExcerpt(const std::string& number, const std::string& source) {
+    Place& place = messages_.back().place;
+    if (place.source.empty() && number == std::to_string(place.line)) {
+      place.source = source;
+    }
+  }
+
+  // An indented line: ": ... text", "file:line:column: ... text" or "... text". Any
+  // other without a place is of use to the user of a terminal only.
+  void addNote(StringPiece text) {
+    static const RE2 indent("(?: +(?:: +)?)");
+    static const RE2 mark(R"( *\.\.\. )");
+    static const RE2 instance(R"(In instance )");
+    static const RE2 manual(R"(For |Use "/\* verilator|See the manual|Looked in:)");
+    RE2::Consume(&text, indent);
+    const Place place = takePlace(&text);
+    const bool isMarked = RE2::Consume(&text, mark);
+    RE2::Consume(&text, indent);
+    if (!place.file.empty()) {
+      Link link;
+      const Reference reference = referenceTo(place, directory_);
+      link.set_link_text(text.as_string() + " (" + reference.name() + ")");
+      *link.mutable_url() = reference.url();
+      messages_.back().links.push_back(link);
+    } else if (isMarked && RE2::Consume(&text, instance)) {
+      messages_.back().instance = text.as_string();
+    } else if (isMarked && !RE2::Consume(&text, manual)) {
+      messages_.back().advice.push_back(text.as_string());
+    }
+  }
+
+  fs::path directory_;
+  std::vector<Message> messages_;
+  // Whether lines belong to the last message.
+  bool isOpen_ = false;
+};
+
+}  // namespace
+
+std::vector<CreateViolation> parseMessages(const std::string& output, const fs::path& directory) {
+  Reader reader(directory);
+  std::istringstream lines(output);
+  for (std::string line; std::getline(lines, line);) {
+    reader.read(line);
+  }
+  return reader.violations();
+}
+
+}  // namespace rulecheck

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "rulecheck/lint/unchecked.h"
+
+#include <re2/re2.h>
+
+#include <algorithm>
+#include <set>
+#include <sstream>
+#include <system_error>
+
+#include "common/message_file.h"
+#include "rulecheck/lint/messages.h"
+#include "rulecheck/not_checked.h"
+#include "rulecheck/place.h"
+
+namespace rulecheck {
+namespace {
+
+using re2::StringPiece;
+using vok::rulecheck::ArgList;
+using vok::rulecheck::CreateViolation;
+
+namespace fs = std::filesystem;
+
+class Unchecked {
+ public:
+  Unchecked(const Catalog& rules, fs::path directory)
+      : rules_(rules), directory_(std::move(directory)) {}
+
+  void add(const std::string& rule, const ArgList& args, const char* reason) {
+    CreateViolation violation;
+    violation.set_rule_key(rule);
+    *violation.mutable_args() = args;
+    (*violation.mutable_dynamic_category_values())["waiver"] = reason;
+    violations_.push_back(violation);
+  }
+
+  // What switches the rules off that a name means.
+  void addNamed(const std::string& name, const Place& place, const std::string& text) {
+    ArgList args;
+    if (place.file.empty()) {
+      args.add_arg()->set_string_val("command line");
+    } else {
+      *args.add_arg()->mutable_ref() = referenceTo(place, directory_);
+    }
+    args.add_arg()->set_string_val(text);
+    for (const std::string& rule : rulesNamed(name, rules_)) {
+      add(rule, args, place.file.empty() ? kOffByArgument : kOffInSource);
+    }
+  }
+
+  // Verilator reads the three kinds of files with the same paths, so the text decides.
+  void addFile(const std::string& path) {
+    const std::string content = apps::readFile(directory_ / path);
+    const bool isConfiguration = content.find("`verilator_config") != std::string::npos;
+    std::istringstream lines(content);
+    Place place{path};
+    for (std::string line; std::getline(lines, line);) {
+      ++place.line;
+      place.source = line;
+      if (isConfiguration) {
+        addConfiguration(line, place);
+      } else {
+        addComments(line, place);
+      }
+    }
+  }
+
+  void addArguments(const std::string& line, const Place& place) {
+    static const RE2 argument(R"((?:^|[\s"'])(-Wno-([\w-]+)))", RE2::Latin1);
+    StringPiece rest = line;
+    StringPiece whole;
+    for (std::string name; RE2::FindAndConsume(&rest, argument, &whole, &name);) {
+      addNamed(name, at(place, line, whole), whole.as_string());
+    }
+  }
+
+  std::vector<CreateViolation> take() { return std::move(violations_); }
+
+ private:
+  static Place at(Place place, const std::string& line, StringPiece part) {
+    place.column = place.file.empty() ? 0 : static_cast<int>(part.data() - line.data()) + 1;
+    return place;
+  }
+
+  void addComments(const std::string& line, const Place& place) {
+    static const RE2 comment(R"((/[/*]\s*verilator\s+lint_off\s+([\w ,]+)))", RE2::Latin1);
+    static const RE2 word(R"((\w+))", RE2::Latin1);
+    StringPiece rest = line;
+    StringPiece whole;
+    for (StringPiece names; RE2::FindAndConsume(&rest, comment, &whole, &names);) {
+      for (std::string name; RE2::FindAndConsume(&names, word, &name);) {
+        addNamed(name, at(place, line, whole), "lint_off " + name);
+      }
+    }
+    addArguments(line, place);
+  }
+
+  void addConfiguration(const std::string& line, const Place& place) {
+    static const RE2 off(R"(^\s*(lint_off\b[^/]*))", RE2::Latin1);
+    static const RE2 rule(R"re(-(?:rule|msg)\s+"?(\w+))re", RE2::Latin1);
+    std::string text;
+    if (RE2::PartialMatch(line, off, &text)) {
+      std::string name;
+      RE2::PartialMatch(text, rule, &name);
+      addNamed(name, place, line);
+    }
+  }
+
+  const Catalog& rules_;
+  fs::path directory_;
+  std::vector<CreateViolation> violations_;
+};
+
+// Blanks separate the names, which Verilator neither quotes nor lets have one.
+std::set<std::string> filesOf(const std::vector<std::string>& arguments,
+                              const std::string& dependencies) {
+  std::set<std::string> files;
+  for (const std::string& argument : arguments) {
+    files.insert(fs::path(argument).lexically_normal());
+  }
+  std::istringstream words(dependencies.substr(dependencies.find(':') + 1));
+  for (std::string word; words >> word;) {
+    files.insert(fs::path(word).lexically_normal());
+  }
+  return files;
+}
+
+bool isSource(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_regular_file(path, ignored) &&
+         path.filename().string().compare(0, 13, "verilator_bin") != 0;
+}
+
+}  // namespace
+
+std::vector<CreateViolation> uncheckedRules(const std::vector<std::string>& arguments,
+                                            const std::string& dependencies,
+                                            const std::vector<CreateViolation>& found,
+                                            const fs::path& directory, const Catalog& rules) {
+  Unchecked unchecked(rules, directory);
+  for (const std::string& argument : arguments) {
+    unchecked.addArguments(argument, {});
+  }
+  for (const std::string& path : filesOf(arguments, dependencies)) {
+    if (isSource(directory / path)) {
+      unchecked.addFile(path);
+    }
+  }
+  const auto error = std::find_if(found.begin(), found.end(), isError);
+  if (error != found.end()) {
+    std::set<std::string> violated;
+    for (const CreateViolation& violation : found) {
+      violated.insert(violation.rule_key());
+    }
+    for (const auto& rule : rules) {
+      if (violated.count(rule.first) == 0) {
+        unchecked.add(rule.first, error->args(), kCutShort);
+      }
+    }
+  }
+  return unchecked.take();
+}
+
+}  // namespace rulecheck

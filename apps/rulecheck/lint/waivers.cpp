@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "rulecheck/lint/waivers.h"
+
+#include <re2/re2.h>
+
+#include <list>
+#include <sstream>
+
+#include "common/message_file.h"
+#include "rulecheck/place.h"
+
+namespace rulecheck {
+namespace {
+
+using vok::rulecheck::ArgList;
+using vok::rulecheck::CreateViolation;
+
+// As a regular expression.
+std::string patternOf(const std::string& glob) {
+  std::string pattern;
+  for (const char c : glob) {
+    pattern += c == '*' ? ".*" : c == '?' ? "." : RE2::QuoteMeta(std::string(1, c));
+  }
+  return pattern;
+}
+
+RE2::Options quiet() {
+  RE2::Options options(RE2::Quiet);
+  options.set_encoding(RE2::Options::EncodingLatin1);
+  options.set_dot_nl(true);
+  return options;
+}
+
+struct Waiver {
+  Waiver(const std::string& rulePattern, const std::string& filePattern, const std::string& regex)
+      : rule(patternOf(rulePattern), quiet()),
+        file("(?:.*/)?" + patternOf(filePattern), quiet()),
+        message(regex, quiet()) {}
+
+  bool isFor(const CreateViolation& violation) const {
+    const Place place = placeOf(violation.args());
+    return RE2::FullMatch(violation.rule_key(), rule) && RE2::FullMatch(place.file, file) &&
+           (line == 0 || line == place.line) && matchesMessage(violation.args());
+  }
+
+  bool matchesMessage(const ArgList& args) const {
+    for (const auto& arg : args.arg()) {
+      if (arg.has_string_val() && RE2::PartialMatch(arg.string_val(), message)) {
+        return true;
+      }
+    }
+    return message.pattern().empty();
+  }
+
+  RE2 rule;
+  RE2 file;
+  RE2 message;
+  int line = 0;
+  std::string until;
+  // What the finding keeps.
+  std::string reason;
+  // Where the waiver is, and what it says.
+  std::string source;
+};
+
+// Adds the waiver of a line. Returns whether there is one.
+bool parse(const std::string& text, std::list<Waiver>* waivers) {
+  static const RE2 line(R"(\s*(\S+)\s+(\S+?)(?::(\d{1,9}))?((?:\s+\w+=\S+)*)\s+--\s+(.*\S)\s*)",
+                        RE2::Latin1);
+  static const RE2 option(R"(\s+(match|owner|until)=(\S+))", RE2::Latin1);
+  static const RE2 day(R"(\d{4}-\d\d-\d\d)");
+  std::string rule;
+  std::string file;
+  std::string number;
+  std::string options;
+  std::string reason;
+  if (!RE2::FullMatch(text, line, &rule, &file, &number, &options, &reason)) {
+    return false;
+  }
+  std::string match;
+  std::string owner;
+  std::string until;
+  re2::StringPiece rest = options;
+  std::string name;
+  for (std::string value; RE2::Consume(&rest, option, &name, &value);) {
+    (name == "match" ? match : name == "owner" ? owner : until) = value;
+  }
+  waivers->emplace_back(rule, file, match);
+  Waiver& waiver = waivers->back();
+  waiver.line = number.empty() ? 0 : std::stoi(number);
+  waiver.until = until;
+  waiver.reason =
+      reason + (owner.empty() ? "" : ", " + owner) + (until.empty() ? "" : ", until " + until);
+  return rest.empty() && waiver.message.ok() && (until.empty() || RE2::FullMatch(until, day));
+}
+
+std::list<Waiver> readWaivers(const std::string& path) {
+  static const RE2 skipped(R"(\s*(?:#.*)?)", RE2::Latin1);
+  std::list<Waiver> waivers;
+  std::istringstream lines(apps::readFile(path));
+  int number = 0;
+  for (std::string line; std::getline(lines, line);) {
+    const std::string source = path + ':' + std::to_string(++number) + ": ";
+    if (RE2::FullMatch(line, skipped)) {
+      continue;
+    }
+    if (!parse(line, &waivers)) {
+      throw apps::FileError(source +
+                            "expected RULE FILE[:LINE] [match=REGEX] [owner=NAME] "
+                            "[until=YYYY-MM-DD] -- REASON");
+    }
+    waivers.back().source = source;
+  }
+  return waivers;
+}
+
+}  // namespace
+
+std::vector<std::string> applyWaivers(const std::string& path, const std::string& today,
+                                      std::vector<CreateViolation>* violations) {
+  std::vector<std::string> remarks;
+  for (const Waiver& waiver : readWaivers(path)) {
+    if (!waiver.until.empty() && waiver.until < today) {
+      remarks.push_back(waiver.source + "the waiver expired on " + waiver.until);
+      continue;
+    }
+    bool isUsed = false;
+    for (CreateViolation& violation : *violations) {
+      auto& values = *violation.mutable_dynamic_category_values();
+      if (values.count("waiver") == 0 && waiver.isFor(violation)) {
+        values["waiver"] = waiver.reason;
+        isUsed = true;
+      }
+    }
+    if (!isUsed) {
+      remarks.push_back(waiver.source + "the waiver matches no finding");
+    }
+  }
+  return remarks;
+}
+
+}  // namespace rulecheck

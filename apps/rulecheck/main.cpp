@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// rulecheck: checks a design, and makes of the result what people and programs read.
+
+#include <vok/rulecheck/RuleService.pb.h>
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#include "common/command_line.h"
+#include "rulecheck/commands.h"
+#include "rulecheck/files.h"
+#include "rulecheck/lint/lint.h"
+#include "rulecheck/lint/report.h"
+#include "rulecheck/page/page.h"
+#include "rulecheck/summary.h"
+
+namespace {
+
+using vok::rulecheck::SessionResult;
+
+namespace fs = std::filesystem;
+
+struct Options {
+  rulecheck::LintOptions lint;
+  std::string output;
+  std::string format;
+  std::string page;
+  bool quiet = false;
+};
+
+// What an older run wrote must not pass for what this one finds.
+void removeOld(const std::string& path) {
+  std::error_code ignored;
+  if (fs::is_regular_file(path, ignored)) {
+    fs::remove(path, ignored);
+  }
+}
+
+void lint(const Options& options) {
+  removeOld(options.output);
+  removeOld(options.page);
+  const rulecheck::LintReport report = rulecheck::lint(options.lint);
+  const SessionResult result =
+      rulecheck::report(rulecheck::localServer(), rulecheck::sessionFor(options.lint), report.rules,
+                        report.violations);
+  rulecheck::writeResult(options.output, options.format, result);
+  if (!options.page.empty()) {
+    rulecheck::writeText(options.page, rulecheck::page(result));
+  }
+  if (!options.quiet) {
+    std::cerr << rulecheck::summary(result, report.remarks);
+  }
+}
+
+void addLint(CLI::App& app, Options& options) {
+  CLI::App* command = app.add_subcommand("lint", "Checks a design with Verilator");
+  command->fallthrough();
+  rulecheck::define(*command, options.lint);
+  command
+      ->add_option("-o,--output", options.output,
+                   std::string("The result to write: ") + rulecheck::kResultFormats)
+      ->required();
+  command->add_option("--format", options.format, "The format of the result, as an extension");
+  command->add_option("--html", options.page, "A page to write, too");
+  command->add_flag("--quiet", options.quiet, "Print no summary");
+  command->footer(
+      "Example:\n  rulecheck lint -o result.pb --html report.html -- -Irtl -f design.f");
+  command->callback([&options] { lint(options); });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("Checks designs against rules, and reports what violates them", "rulecheck");
+  app.require_subcommand(0, 1);
+  app.set_config("--config", "", "A file of options: a section [lint] of name=value lines");
+  app.set_version_flag("--version", "rulecheck " + std::to_string(vok::rulecheck::MAJOR) + '.' +
+                                        std::to_string(vok::rulecheck::MINOR) + '.' +
+                                        std::to_string(vok::rulecheck::PATCH));
+  app.footer(
+      "Exit status: 0 fine, 1 the gate says no, 2 wrong use or unreadable input, 3 a program could "
+      "not be run.\n"
+      "\"rulecheck COMMAND --help\" has the options of a command.");
+  Options options;
+  addLint(app, options);
+  rulecheck::addConversions(app);
+  rulecheck::addSarif(app);
+  rulecheck::addImport(app);
+  rulecheck::addMerge(app);
+  rulecheck::addDiff(app);
+  int decision = 0;
+  rulecheck::addGate(app, &decision);
+  const int status = apps::run(app, argc, argv, [&app] {
+    if (app.get_subcommands().empty()) {
+      throw std::runtime_error("a command is required (see --help)");
+    }
+  });
+  return status == 0 ? decision : status;
+}

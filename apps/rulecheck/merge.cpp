@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "rulecheck/merge.h"
+
+#include <algorithm>
+#include <limits>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace rulecheck {
+namespace {
+
+using vok::rulecheck::Affirmation;
+using vok::rulecheck::SessionResult;
+using vok::rulecheck::ViolationMap;
+
+// Finding numbers begin at 1.
+template <typename Findings>
+int lastNumber(const Findings& findings) {
+  int last = 0;
+  for (const auto& entry : findings) {
+    last = std::max(last, entry.first);
+  }
+  return last;
+}
+
+template <typename Findings>
+void moveFindings(Findings* from, Findings* into) {
+  std::vector<int> numbers;
+  numbers.reserve(from->size());
+  for (const auto& entry : *from) {
+    numbers.push_back(entry.first);
+  }
+  std::sort(numbers.begin(), numbers.end());
+  int number = lastNumber(*into);
+  if (from->size() > static_cast<std::size_t>(std::numeric_limits<int>::max() - number)) {
+    throw std::runtime_error("the results have too many findings");
+  }
+  for (const int key : numbers) {
+    auto& finding = (*into)[++number];
+    finding.Swap(&(*from)[key]);
+    finding.set_id(number);
+  }
+}
+
+template <typename Specs>
+void moveSpecs(Specs* from, Specs* into) {
+  for (auto& entry : *from->mutable_hashmap()) {
+    if (into->hashmap().count(entry.first) == 0) {
+      (*into->mutable_hashmap())[entry.first].Swap(&entry.second);
+    }
+  }
+}
+
+std::string contentOf(Affirmation affirmation) {
+  affirmation.set_id(0);
+  return affirmation.SerializeAsString();
+}
+
+void dropKnownAffirmations(SessionResult* from, const SessionResult& into) {
+  std::set<std::string> known;
+  for (const auto& entry : into.affirmations().hashmap()) {
+    known.insert(contentOf(entry.second));
+  }
+  auto& affirmations = *from->mutable_affirmations()->mutable_hashmap();
+  for (auto entry = affirmations.begin(); entry != affirmations.end();) {
+    entry =
+        known.count(contentOf(entry->second)) == 0 ? std::next(entry) : affirmations.erase(entry);
+  }
+}
+
+void addRules(const ViolationMap& violations, std::set<std::string>* rules) {
+  for (const auto& entry : violations.hashmap()) {
+    rules->insert(entry.second.rule_key());
+  }
+}
+
+}  // namespace
+
+void merge(SessionResult* from, SessionResult* into) {
+  if (!into->has_session()) {
+    into->mutable_session()->Swap(from->mutable_session());
+  }
+  dropKnownAffirmations(from, *into);
+  moveFindings(from->mutable_violations()->mutable_hashmap(),
+               into->mutable_violations()->mutable_hashmap());
+  moveFindings(from->mutable_waived_violations()->mutable_hashmap(),
+               into->mutable_waived_violations()->mutable_hashmap());
+  moveFindings(from->mutable_affirmations()->mutable_hashmap(),
+               into->mutable_affirmations()->mutable_hashmap());
+  moveSpecs(from->mutable_specs_violated(), into->mutable_specs_violated());
+  moveSpecs(from->mutable_specs_affirmed(), into->mutable_specs_affirmed());
+}
+
+void finishMerge(SessionResult* result) {
+  std::set<std::string> violated;
+  addRules(result->violations(), &violated);
+  addRules(result->waived_violations(), &violated);
+  auto& affirmations = *result->mutable_affirmations()->mutable_hashmap();
+  for (auto entry = affirmations.begin(); entry != affirmations.end();) {
+    entry = violated.count(entry->second.rule_key()) == 0 ? std::next(entry)
+                                                          : affirmations.erase(entry);
+  }
+  for (const std::string& rule : violated) {
+    result->mutable_specs_affirmed()->mutable_hashmap()->erase(rule);
+  }
+  result->set_violation_count(static_cast<int>(result->violations().hashmap().size()));
+  result->set_waived_count(static_cast<int>(result->waived_violations().hashmap().size()));
+  result->set_affirmation_count(static_cast<int>(affirmations.size()));
+}
+
+}  // namespace rulecheck

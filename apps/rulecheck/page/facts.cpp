@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "rulecheck/page/facts.h"
+
+#include <vok/rulecheck/Converter.h>
+
+#include <algorithm>
+
+#include "rulecheck/page/safe_copy.h"
+#include "rulecheck/page/safe_text.h"
+
+namespace rulecheck {
+
+using kainjow::mustache::data;
+using vok::rulecheck::Converter;
+using vok::rulecheck::Link;
+using vok::rulecheck::Links;
+using vok::rulecheck::Resource;
+
+void Facts::add(const std::string& label, const std::string& html) {
+  if (isBlank(html)) {
+    return;
+  }
+  data fact;
+  fact["label"] = label;
+  fact["value"] = html;
+  fact["long"] = isLong(html, mostBytes_);
+  list_ << fact;
+}
+
+data Facts::view() const {
+  if (list_.is_empty_list()) {
+    return data(false);
+  }
+  data view;
+  view["list"] = data(list_);
+  return view;
+}
+
+bool isLong(const std::string& html, std::size_t mostBytes) {
+  const auto breaks = static_cast<std::size_t>(std::count(html.begin(), html.end(), '\n'));
+  return html.size() > mostBytes || breaks > mostBytes / 100;
+}
+
+std::string linksHtml(const Links& safeLinks) {
+  std::string html;
+  for (const Link& link : safeLinks.uri()) {
+    html += "<span class=\"link\">" + Converter::toHtml(link) + "</span> ";
+  }
+  return html;
+}
+
+std::string linkHtml(const Resource& resource, const std::string& text) {
+  Link link;
+  *link.mutable_url() = resource;
+  link.set_link_text(text);
+  return Converter::toHtml(safeCopy(link));
+}
+
+}  // namespace rulecheck

@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include <google/protobuf/util/json_util.h>
+#include <vok/rulecheck/Converter.h>
+
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "rulecheck/compare.h"
+#include "rulecheck/fingerprint.h"
+#include "rulecheck/not_checked.h"
+#include "rulecheck/place.h"
+#include "rulecheck/plain_text.h"
+#include "rulecheck/sarif.h"
+#include "rulecheck/severity.h"
+
+namespace rulecheck {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using vok::rulecheck::Affirmation;
+using vok::rulecheck::ArgList;
+using vok::rulecheck::Converter;
+using vok::rulecheck::Link;
+using vok::rulecheck::MsgInst;
+using vok::rulecheck::Reference;
+using vok::rulecheck::RuleSpec;
+using vok::rulecheck::SessionResult;
+using vok::rulecheck::Violation;
+
+const char* levelWord(const Level& level) {
+  return level.rank <= Violation::SEV_ERROR      ? "error"
+         : level.rank == Violation::SEV_ADVISORY ? "note"
+                                                 : "warning";
+}
+
+Json textJson(const std::string& text) {
+  return {{"text", text}};
+}
+
+Json ruleJson(const std::string& key, const RuleSpec& rule) {
+  Json json = {{"id", key}};
+  const auto add = [&json](const char* name, const std::string& text) {
+    if (!text.empty()) {
+      json[name] = textJson(text);
+    }
+  };
+  add("shortDescription", rule.full_name());
+  add("fullDescription", rule.expects());
+  add("help", rule.resolution_msg());
+  if (rule.has_description()) {
+    json["helpUri"] = Converter::href(rule.description());
+  }
+  if (rule.has_severity()) {
+    const Level level = levelOf(rule.severity());
+    json["defaultConfiguration"] = {{"level", levelWord(level)}};
+    json["properties"] = {{"severity", level.slug}};
+  }
+  return json;
+}
+
+// The address of a file is relative where its name is.
+Json physicalLocation(const Place& place, const std::string& path) {
+  const bool isRelative = !place.file.empty() && place.file[0] != '/';
+  const Reference plain = referenceTo({place.file}, "/");
+  Json location;
+  location["artifactLocation"]["uri"] =
+      isRelative ? plain.url().path().substr(1) : "file://" + (path.empty() ? place.file : path);
+  if (place.line != 0) {
+    location["region"]["startLine"] = place.line;
+    if (place.column != 0) {
+      location["region"]["startColumn"] = place.column;
+    }
+    if (!place.source.empty()) {
+      location["region"]["snippet"] = textJson(place.source);
+    }
+  }
+  return location;
+}
+
+void addPlaces(const ArgList& args, Json* json) {
+  for (const auto& arg : args.arg()) {
+    if (arg.has_ref() && arg.ref().type() == Reference::FILE && arg.ref().has_url()) {
+      (*json)["locations"] = {
+          {{"physicalLocation", physicalLocation(placeOf(arg.ref()), arg.ref().url().path())}}};
+      return;
+    }
+  }
+}
+
+// The message as it is, for fromSarif().
+Json detailsJson(const MsgInst& details) {
+  std::string text;
+  return google::protobuf::util::MessageToJsonString(details, &text).ok()
+             ? Json::parse(text, nullptr, false)
+             : Json();
+}
+
+template <typename Finding>
+Json findingJson(const Finding& finding, const std::map<std::string, std::size_t>& rules) {
+  Json json = {{"ruleId", finding.rule_key()}};
+  const auto rule = rules.find(finding.rule_key());
+  if (rule != rules.end()) {
+    json["ruleIndex"] = rule->second;
+  }
+  json["message"] = textJson(plainText(finding.details()));
+  addPlaces(finding.details().args(), &json);
+  json["properties"]["details"] = detailsJson(finding.details());
+  return json;
+}
+
+class Writer {
+ public:
+  explicit Writer(const SessionResult& result) {
+    for (const auto* specs : {&result.specs_violated(), &result.specs_affirmed()}) {
+      for (const auto& entry : specs->hashmap()) {
+        specs_.emplace(entry.first, &entry.second);
+      }
+    }
+    for (const auto& entry : specs_) {
+      indices_.emplace(entry.first, rules_.size());
+      rules_.push_back(ruleJson(entry.first, *entry.second));
+    }
+    name_ = result.session().name().empty() ? "rulecheck" : result.session().name();
+  }
+
+  void add(const Violations& violations, const char* baselineState, bool waived = false) {
+    for (const Violation* violation : violations) {
+      const Level level = levelOf(*violation);
+      Json json = findingJson(*violation, indices_);
+      json["level"] = levelWord(level);
+      json["properties"]["severity"] = level.slug;
+      json["partialFingerprints"] = {{"rulecheck/v1", hexadecimal(fingerprintOf(*violation))}};
+      if (baselineState != nullptr) {
+        json["baselineState"] = baselineState;
+      }
+      if (waived) {
+        const std::string reason = waiverOf(*violation);
+        Json suppression = {{"kind", reason == kOffInSource ? "inSource" : "external"}};
+        if (!reason.empty()) {
+          suppression["justification"] = reason;
+        }
+        json["suppressions"] = Json::array({suppression});
+      }
+      results_.push_back(std::move(json));
+    }
+  }
+
+  void add(const Affirmation& affirmation) {
+    Json json = findingJson(affirmation, indices_);
+    json["kind"] = "pass";
+    json["level"] = "none";
+    results_.push_back(std::move(json));
+  }
+
+  std::string text() const {
+    const Json driver = {{"name", name_}, {"rules", rules_}};
+    const Json log = {{"$schema", "https://json.schemastore.org/sarif-2.1.0.json"},
+                      {"version", "2.1.0"},
+                      {"runs",
+                       {{{"tool", {{"driver", driver}}},
+                         {"columnKind", "unicodeCodePoints"},
+                         {"results", results_}}}}};
+    return log.dump(1, ' ', false, Json::error_handler_t::replace) + '\n';
+  }
+
+ private:
+  std::string name_;
+  std::map<std::string, const RuleSpec*> specs_;
+  std::map<std::string, std::size_t> indices_;
+  Json rules_ = Json::array();
+  Json results_ = Json::array();
+};
+
+}  // namespace
+
+std::string toSarif(const SessionResult& result, const SessionResult* baseline) {
+  Writer writer(result);
+  if (baseline == nullptr) {
+    writer.add(sortedByPlace(result.violations()), nullptr);
+  } else {
+    const Comparison comparison = compare(*baseline, result);
+    writer.add(comparison.added, "new");
+    writer.add(comparison.moved, "unchanged");
+    writer.add(comparison.unchanged, "unchanged");
+    writer.add(comparison.fixed, "absent");
+  }
+  writer.add(sortedByPlace(result.waived_violations()), nullptr, true);
+  const std::map<int, Affirmation> affirmations(result.affirmations().hashmap().begin(),
+                                                result.affirmations().hashmap().end());
+  for (const auto& entry : affirmations) {
+    writer.add(entry.second);
+  }
+  return writer.text();
+}
+
+}  // namespace rulecheck

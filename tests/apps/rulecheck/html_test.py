@@ -1,0 +1,108 @@
+# SPDX-License-Identifier: Apache-2.0
+
+"""`rulecheck html` on the command line."""
+
+import os
+import pathlib
+import re
+import subprocess
+import unittest
+
+from programs import RULECHECK, SAMPLE, RulecheckTest
+
+MANUAL = pathlib.Path(os.environ["SOURCE_DIR"], "apps/rulecheck/rulecheck.1")
+BEFORE = b"what was there before"
+
+
+class Formats(RulecheckTest):
+    def test_the_format_of_the_input_makes_no_difference(self):
+        page = self.page_of(SAMPLE)
+        self.assertIn(b"Camera pipeline, nightly", page)
+        for extension in "pb", "bin", "textproto", "txt", "json":
+            with self.subTest(extension):
+                copy = self.folder / f"copy.{extension}"
+                self.make_results("convert", SAMPLE, copy)
+                self.assertEqual(self.page_of(copy), page)
+
+    def test_the_standard_input_is_a_message(self):
+        self.make_results("convert", SAMPLE, self.folder / "copy.pb")
+        for options, path in [([], self.folder / "copy.pb"), (["--format", "txtpb"], SAMPLE)]:
+            with open(path, "rb") as content:
+                ended = self.rulecheck("html", "-", *options, stdin=content)
+            self.assertIn(b"Camera pipeline, nightly", ended.stdout)
+
+    def test_an_existing_page_is_replaced(self):
+        page = self.write_bytes("page.html", BEFORE * 100000)
+        self.rulecheck("html", SAMPLE, "-o", page)
+        self.assertEqual(page.read_bytes(), self.page_of(SAMPLE))
+
+
+class BadInput(RulecheckTest):
+    def assert_input_refused(self, words, path):
+        output = self.write_bytes("page.html", BEFORE)
+        self.assert_error(words, "html", path, "-o", output)
+        self.assertEqual(output.read_bytes(), BEFORE)
+
+    def test_arguments(self):
+        self.assert_error("RESULT is required", "html")
+        self.assert_error("a command is required")
+        self.assert_error("nosuch", "nosuch")
+
+    def test_inputs(self):
+        session = b"session { name: 's' } "
+        cases = {
+            "an unknown extension": ("result.xml", session, "unknown extension"),
+            "malformed bytes": ("result.pb", b"\x0a\xff\xff", "malformed bytes"),
+            "malformed text": ("result.txtpb", session + b"violations {", "1:"),
+            "an unknown field": ("result.txtpb", session + b"colour: 1", "colour"),
+            "a session without name": ("result.txtpb", b"session { }", "missing session.name"),
+            "a violation without severity": (
+                "result.txtpb",
+                session + b"violations { hashmap { key: 1 value { id: 1 } } }",
+                "severity",
+            ),
+        }
+        for name, (file, content, words) in cases.items():
+            with self.subTest(name):
+                self.assert_input_refused(words, self.write_bytes(file, content))
+
+    def test_an_input_that_is_not_there(self):
+        self.assert_input_refused("cannot be read", self.folder / "missing.pb")
+
+    def test_an_input_that_is_a_folder(self):
+        folder = self.folder / "folder.pb"
+        folder.mkdir()
+        self.assert_input_refused("cannot be read", folder)
+
+    def test_an_output_that_is_full(self):
+        self.assert_error("cannot be written", "html", SAMPLE, "-o", "/dev/full")
+        with open("/dev/full", "wb") as full:
+            self.assertIn(b"cannot be written", subprocess.run(
+                [RULECHECK, "html", SAMPLE], stdout=full, stderr=subprocess.PIPE, check=False).stderr)
+
+    def test_an_output_that_is_the_input(self):
+        content = SAMPLE.read_bytes()
+        both = self.write_bytes("both.txtpb", content)
+        self.assert_error("is the input", "html", both, "-o", both)
+        self.assertEqual(both.read_bytes(), content)
+
+
+class Help(RulecheckTest):
+    def test_names_the_commands_of_the_manual_page_and_no_others(self):
+        printed = self.rulecheck("--help").stdout.decode("utf-8")
+        commands = re.findall(r"^  ([a-z]+) ", printed.split("Subcommands:")[1], re.M)
+        manual = MANUAL.read_text(encoding="utf-8").split(".SH SYNOPSIS")[1].split(".SH DESC")[0]
+        named = re.findall(r"^\.B rulecheck ([a-z]+)|\b(html|json|sarif|text)\b", manual, re.M)
+        self.assertEqual(sorted(commands), sorted({a or b for a, b in named}))
+        for command in commands:
+            with self.subTest(command):
+                printed = self.rulecheck(command, "--help").stdout.decode("utf-8")
+                self.assertIn(f"Example:\n  rulecheck {command} ", printed)
+
+    def test_has_the_version(self):
+        self.assertEqual(self.rulecheck("--version").stdout, b"rulecheck 1.4.0\n")
+        self.assertIn('"rulecheck 1.4.0"', MANUAL.read_text(encoding="utf-8"))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,233 @@
+# SPDX-License-Identifier: Apache-2.0
+
+"""`rulecheck lint`, with a stand-in for Verilator."""
+
+import os
+import pathlib
+import signal
+import subprocess
+import time
+import unittest
+
+from programs import RECORDED, RULECHECK, RulecheckTest, findings, read_json
+
+MODULE = "module m; endmodule\n"
+NARROW = (RECORDED / "narrow.txt").read_text(encoding="utf-8")
+FOUND = [("MULTIDRIVEN", "narrow.v:4:22"), ("UNDRIVEN", "narrow.v:6:8"),
+         ("UNUSEDSIGNAL", "narrow.v:3:18"), ("WIDTH", "narrow.v:7:27")]
+RULES = 70
+
+
+class LintTest(RulecheckTest):
+    def lint(self, output, *options, arguments=("m.v",), **fake):
+        """What the program prints, and the result."""
+        self.write("m.v", MODULE)
+        program = self.fake_verilator(output, **fake)
+        ended = self.rulecheck("lint", "--verilator", program, "-o", "result.json", *options,
+                               "--", *arguments)
+        return ended.stderr.decode("utf-8"), read_json(self.folder / "result.json")
+
+
+class BadArguments(RulecheckTest):
+    def test_are_refused(self):
+        self.write("broken", "WIDTH\n")
+        self.write("regex", "WIDTH * match=( -- reason\n")
+        self.write("day", "WIDTH * until=tomorrow -- reason\n")
+        fine = ["lint", "--verilator", self.fake_verilator(""), "-o", "result.pb"]
+        cases = [
+            (["lint", "-o", "result.pb"], "VERILATOR-ARGUMENTS is required"),
+            (["lint", "m.v"], "--output is required"),
+            ([*fine, "--severity", "WIDTH", "m.v"], "--severity WIDTH: expected RULE=LEVEL, with "
+             "one of fatal, error, critical-warning, warning, advisory"),
+            ([*fine, "--severity", "WIDTH=bad", "m.v"], "--severity WIDTH=bad: expected"),
+            ([*fine, "--waivers", "missing", "m.v"], "missing: cannot be read"),
+            ([*fine, "--waivers", "broken", "m.v"], "broken:1: expected RULE FILE"),
+            ([*fine, "--waivers", "regex", "m.v"], "regex:1: expected RULE FILE"),
+            ([*fine, "--waivers", "day", "m.v"], "day:1: expected RULE FILE"),
+            ([*fine[:-1], "result.xml", "m.v"], "result.xml: unknown extension"),
+            ([*fine[:-1], ".", "m.v"], "unknown extension"),
+            ([*fine, "--html", "missing/page.html", "m.v"], "missing/page.html: cannot be written"),
+        ]
+        for words, line in cases:
+            with self.subTest(words):
+                self.assert_error(line, *words)
+
+    def test_verilator_that_cannot_be_run(self):
+        for program in ["./missing", "no-such-verilator"]:
+            self.assert_error(
+                f"{program}: cannot be run: No such file or directory",
+                "lint", "--verilator", program, "-o", "result.pb", "m.v", status=3)
+
+    def test_verilator_that_fails_without_a_message(self):
+        program = self.fake_verilator("first\nlast words\n", status=3)
+        self.assert_error("fake verilator failed: last words",
+                          "lint", "--verilator", program, "-o", "result.pb", "m.v", status=3)
+
+
+class OldReports(RulecheckTest):
+    def test_do_not_survive_a_failure(self):
+        for name in ["result.pb", "page.html"]:
+            self.write(name, "old")
+        self.assert_error("cannot be run", "lint", "--verilator", "./missing", "-o", "result.pb",
+                          "--html", "page.html", "m.v", status=3)
+        self.assertEqual(list(self.folder.iterdir()), [])
+
+
+class Signals(RulecheckTest):
+    def test_leave_no_folder_and_no_process(self):
+        temporary = self.folder / "tmp"
+        temporary.mkdir()
+        os.mkfifo(self.folder / "ready")
+        program = self.fake_verilator("")
+        program.write_text(
+            f"#!/bin/sh\nsleep 60 &\necho $! > '{self.folder}/ready'\nsleep 60\n", encoding="utf-8")
+        for number in [signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGTERM]:
+            with self.subTest(number):
+                client = subprocess.Popen(
+                    [RULECHECK, "lint", "--verilator", program, "-o", "result.pb", "m.v"],
+                    cwd=self.folder, env={**os.environ, "TMPDIR": str(temporary)},
+                    stderr=subprocess.DEVNULL)
+                child = int((self.folder / "ready").read_text(encoding="utf-8"))
+                self.assertEqual(len(list(temporary.iterdir())), 1)
+                client.send_signal(number)
+                self.assertEqual(client.wait(10), -number)
+                self.assertEqual(list(temporary.iterdir()), [])
+                self.assertFalse(self.runs(child))
+
+    def runs(self, process):
+        """Whether it does, a second at most after it was killed."""
+        for _ in range(100):
+            try:
+                state = pathlib.Path(f"/proc/{process}/stat").read_text(encoding="utf-8")
+            except FileNotFoundError:
+                return False
+            if state.rsplit(")", 1)[1].split()[0] == "Z":
+                return False
+            time.sleep(0.01)
+        return True
+
+
+class Verilator(LintTest):
+    def test_gets_its_arguments_unchanged(self):
+        arguments = ["-I", "a b", "+incdir+x", "-DX='1'", "--top-module", "a $c", "-f", "a\nb", "-"]
+        self.lint("", arguments=arguments)
+        given = (self.folder / "arguments").read_text(encoding="utf-8")
+        self.assertTrue(given.startswith("\n".join(
+            ["--lint-only", "-Wall", "-Wno-fatal", *arguments, "-MMD", "--Mdir", "/"])), given)
+
+
+class Findings(LintTest):
+    def test_have_line_and_column(self):
+        printed, result = self.lint(NARROW)
+        self.assertEqual(findings(result), FOUND)
+        self.assertRegex(
+            printed,
+            r"\AFindings\n"
+            r"  fatal +0\n  error +1\n  critical warning +1\n  warning +1\n  advisory +1\n"
+            rf"  waived +0\n  rules affirmed +{RULES - 4}\n  rules not checked +0\n\Z")
+        url = result["violations"]["hashmap"]["1"]["details"]["args"]["arg"][0]["ref"]["url"]
+        self.assertEqual(url["path"], f"{self.folder}/narrow.v".replace(" ", "%20"))
+        self.assertEqual(url["fragment"], "L7C27")
+
+    def test_are_written_as_a_page_too(self):
+        self.assertEqual(self.lint(NARROW, "--html", "page.html", "--quiet")[0], "")
+        self.assertIn("Width mismatch", (self.folder / "page.html").read_text(encoding="utf-8"))
+
+    def test_are_written_to_the_standard_output(self):
+        program = self.fake_verilator(NARROW)
+        ended = self.rulecheck("lint", "--verilator", program, "-o", "-", "--format", "txtpb", "m.v")
+        self.assertIn(b"violation_count: 4\n", ended.stdout)
+
+    def test_have_the_severity_that_the_user_says(self):
+        _, result = self.lint(NARROW, "--severity", "WIDTH=fatal", "--severity", "UNUSED=error")
+        found = {finding["ruleKey"]: finding["severity"]
+                 for finding in result["violations"]["hashmap"].values()}
+        self.assertEqual((found["WIDTH"], found["UNUSEDSIGNAL"]), ("SEV_FATAL", "SEV_ERROR"))
+        self.assertEqual(result["specsViolated"]["hashmap"]["WIDTH"]["severity"], "SEV_FATAL")
+
+    def test_take_options_from_a_file(self):
+        self.write("rulecheck.conf", '[lint]\nseverity=["WIDTH=fatal"]\nquiet=true\n')
+        printed, result = self.lint(NARROW, "--config", "rulecheck.conf")
+        self.assertEqual(printed, "")
+        self.assertEqual(result["specsViolated"]["hashmap"]["WIDTH"]["severity"], "SEV_FATAL")
+
+    def test_that_are_errors_cut_the_check_short(self):
+        printed, result = self.lint(
+            "%Error: m.v:1:2: syntax error, unexpected ';'\n%Error: m.v:9:2: syntax error\n"
+            "%Error: Cannot find file containing module: 'x.v'\n", status=1)
+        self.assertEqual(findings(result),
+                         [("ERROR", "design"), ("ERROR", "m.v:1:2"), ("ERROR", "m.v:9:2")])
+        self.assertEqual(findings(result, "affirmations"), [])
+        unchecked = findings(result, "waivedViolations")
+        self.assertEqual(len(unchecked), RULES - 1)
+        self.assertIn(("WIDTH", "m.v:1:2", "cut short by an error"), unchecked)
+        self.assertRegex(printed, rf"rules affirmed +0\n  rules not checked +{RULES - 1}\n")
+
+
+class RulesThatAreOff(LintTest):
+    def unchecked(self, dependencies, *arguments):
+        _, result = self.lint("", arguments=["m.v", *arguments], dependencies=dependencies)
+        affirmed = {finding["ruleKey"] for finding in result["affirmations"].get("hashmap", {}).values()}
+        unchecked = findings(result, "waivedViolations")
+        self.assertEqual(len(affirmed | {rule for rule, *_ in unchecked}), RULES)
+        self.assertFalse(affirmed & {rule for rule, *_ in unchecked})
+        return unchecked
+
+    def test_by_comments_are_not_affirmed(self):
+        self.write("a.v", "module a;\n  /* verilator lint_off WIDTH */ // verilator lint_off LATCH\n")
+        self.write("b.v", "/*verilator lint_off UNUSED*/\r\n// verilator lint_on WIDTH\n")
+        reason = "switched off in the source"
+        self.assertEqual(self.unchecked("a.v b.v missing.v"), [
+            ("LATCH", "a.v:2:34", reason), ("UNUSEDGENVAR", "b.v:1:1", reason),
+            ("UNUSEDPARAM", "b.v:1:1", reason), ("UNUSEDSIGNAL", "b.v:1:1", reason),
+            ("WIDTH", "a.v:2:3", reason)])
+
+    def test_by_configuration_files_are_not_affirmed(self):
+        self.write("c.vlt", '`verilator_config\nlint_off -rule WIDTH -file "*/a.v" -lines 3\n'
+                   '// lint_off -rule LATCH\nlint_off -msg CASEX\nlint_on -rule BLKSEQ\n')
+        self.assertEqual([found[:2] for found in self.unchecked("c.vlt")],
+                         [("CASEX", "c.vlt:4"), ("WIDTH", "c.vlt:2")])
+        self.write("c.vlt", '`verilator_config\nlint_off -file "*/a.v"\n')
+        self.assertEqual(len(self.unchecked("", "c.vlt")), RULES)
+
+    def test_by_arguments_are_not_affirmed(self):
+        self.write("a.f", "-Wno-LATCH top.v\n+define+X -Wno-nosuch\n")
+        self.assertEqual(self.unchecked("a.f", "-Wno-WIDTH", "-Wno-nosuch"), [
+            ("LATCH", "a.f:1:1", "switched off in the source"),
+            ("WIDTH", "command line", "switched off on the command line")])
+
+
+class Waivers(LintTest):
+    def waived(self, *lines):
+        """The waived findings, and what the program says about the waivers."""
+        self.write("waivers", "".join(f"{line}\n" for line in lines))
+        printed, result = self.lint(
+            NARROW.replace("narrow.v:", "rtl/narrow.v:"), "--waivers", "waivers")
+        return (findings(result, "waivedViolations"), printed.splitlines()[9:])
+
+    def test_match_rule_file_line_and_message(self):
+        width = ("WIDTH", "rtl/narrow.v:7:27")
+        cases = {
+            "WIDTH *": [width], "WIDTH narrow.v": [width], "WIDTH rtl/narrow.v:7": [width],
+            "W?D* rtl/*.v": [width], "WIDTH narrow.v match=expects.4": [width],
+            "WIDTH narrow.v:8": [], "WIDTH arrow.v": [], "WIDT *": [], "WIDTH * match=nothing": [],
+            "U* *": [("UNDRIVEN", "rtl/narrow.v:6:8"), ("UNUSEDSIGNAL", "rtl/narrow.v:3:18")],
+        }
+        for waiver, expected in cases.items():
+            with self.subTest(waiver):
+                found, remarks = self.waived(waiver + "  --  a reason -- or two ")
+                self.assertEqual(found, [(*each, "a reason -- or two") for each in expected])
+                self.assertEqual(remarks, [] if expected else
+                                 ["waivers:1: the waiver matches no finding"])
+
+    def test_keep_owner_and_day_until_they_expire(self):
+        found, remarks = self.waived(
+            "# a comment", "", "WIDTH * until=2020-02-29 -- old",
+            "WIDTH * owner=ann until=9999-12-31 -- first", "WIDTH * -- second")
+        self.assertEqual(found, [("WIDTH", "rtl/narrow.v:7:27", "first, ann, until 9999-12-31")])
+        self.assertEqual(remarks, ["waivers:3: the waiver expired on 2020-02-29",
+                                   "waivers:5: the waiver matches no finding"])
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,173 @@
+# SPDX-License-Identifier: Apache-2.0
+
+"""SARIF that is written, and SARIF of other tools that is read."""
+
+import json
+import os
+import pathlib
+import random
+import subprocess
+import unittest
+
+from programs import HERE, RULECHECK, SAMPLE, RulecheckTest, read_json
+
+LOGS = HERE / "sarif"
+MULTITOOL = os.environ.get("SARIF_MULTITOOL", "")
+
+
+def log(*results, **run):
+    driver = {"name": "tool", "rules": run.pop("rules", [])}
+    return json.dumps({"version": "2.1.0", "runs": [
+        {"tool": {"driver": driver}, "results": list(results), **run}]})
+
+
+def at(uri, **region):
+    return {"physicalLocation": {"artifactLocation": {"uri": uri}, "region": region}}
+
+
+class Import(RulecheckTest):
+    def imported(self, path):
+        self.rulecheck("import", path, "-o", "result.json")
+        return read_json(self.folder / "result.json")
+
+    def test_has_the_findings_of_other_tools(self):
+        expected = {
+            "clang": ["/src/s/c.c:2:34: warning: Dereference of null pointer (loaded from variable 'p') "
+                      "[core.NullDereference]",
+                      "/src/s/c.c:3:22: warning: Undefined or garbage value returned to caller "
+                      "[core.uninitialized.UndefReturn]",
+                      "/src/s/c.c:4:48: warning: Potential leak of memory pointed to by 'q' [unix.Malloc]"],
+            "eslint": ["/src/s/a.js:2:7: error: Expected '===' and instead saw '=='. [eqeqeq]",
+                       "/src/s/a.js:3:5: warning: 'unused' is defined but never used. [no-unused-vars]",
+                       "/src/s/a.js:4:7: error: Expected '===' and instead saw '=='. [eqeqeq]",
+                       "/src/s/a.js:4:18: error: 'z' is not defined. [no-undef]"],
+            "stylelint": ['/src/s/b.css:1:5: error: Unknown property "colr" (property-no-unknown) '
+                          "[property-no-unknown]",
+                          '/src/s/b.css:1:23: error: Invalid hex color "#ggg" (color-no-invalid-hex) '
+                          "[color-no-invalid-hex]",
+                          "/src/s/b.css:2:3: warning: Empty block (block-no-empty) [block-no-empty]"],
+        }
+        for tool, lines in expected.items():
+            with self.subTest(tool):
+                text = self.rulecheck("text", LOGS / f"{tool}.sarif").stdout.decode("utf-8")
+                self.assertEqual(text.splitlines(), lines)
+
+    def test_has_suppressions_and_descriptions(self):
+        result = self.imported(LOGS / "eslint.sarif")
+        waived = result["waivedViolations"]["hashmap"].values()
+        self.assertEqual([each["ruleKey"] for each in waived], ["no-undef"])
+        self.write("log.sarif", log({"message": {"text": "m"}, "suppressions": [
+            {"kind": "external", "status": "accepted", "justification": "old code"}]}))
+        waived = self.imported("log.sarif")["waivedViolations"]["hashmap"].values()
+        self.assertEqual([each["categories"]["1"] for each in waived], ["old code"])
+        rule = result["specsViolated"]["hashmap"]["eqeqeq"]
+        self.assertEqual(rule["fullName"], "Require the use of `===` and `!==`")
+        self.assertEqual(rule["description"]["host"], "eslint.org")
+        self.assertEqual(result["session"]["name"], "ESLint")
+
+    def test_reads_what_the_format_allows(self):
+        place = at("a%20b.v", startLine=3, startColumn=4)
+        cases = {
+            "index of a rule": (log({"ruleIndex": 0, "message": {"text": "m"}},
+                                    rules=[{"id": "R", "defaultConfiguration": {"level": "error"}}]),
+                                "error: m [R]"),
+            "rule of an extension": (log({"rule": {"id": "E"}, "message": {"text": "m"}},
+                                         tool={"extensions": [{"rules": [
+                                             {"id": "E", "defaultConfiguration": {"level": "note"}}]}]}),
+                                     "advisory: m [E]"),
+            "message of the rule": (log({"ruleId": "R", "message": {"id": "x", "arguments": ["1", "2"]}},
+                                        rules=[{"id": "R", "messageStrings": {"x": {"text": "{1} of {0}{9}"}}}]),
+                                    "warning: 2 of 1{9} [R]"),
+            "encoded name": (log({"message": {"text": "m"}, "locations": [place]}), "a b.v:3:4: warning: m []"),
+            "base of names": (log({"message": {"text": "m"}, "locations": [{"physicalLocation": {
+                "artifactLocation": {"uri": "x/a.v", "uriBaseId": "ROOT"}}}]},
+                                  originalUriBaseIds={"ROOT": {"uri": "file:///r/"}}), "x/a.v: warning: m []"),
+            "index of a file": (log({"message": {"text": "m"}, "locations": [{"physicalLocation": {
+                "artifactLocation": {"index": 0}}}]}, artifacts=[{"location": {"uri": "file:///f.v"}}]),
+                                "/f.v: warning: m []"),
+            "rejected suppression": (log({"message": {"text": "m"}, "suppressions": [
+                {"kind": "external", "status": "rejected"}]}), "warning: m []"),
+            "percent signs": (log({"message": {"text": "%1 %% %"}}), "warning: %1 %% % []"),
+            "absent results": (log({"message": {"text": "m"}, "baselineState": "absent"}), ""),
+            "results that do not apply": (log({"message": {"text": "m"}, "kind": "notApplicable"}), ""),
+            "other types": (log(3, None, "x", {"message": 1, "locations": "x", "ruleId": []}), "warning: []"),
+        }
+        for name, (content, line) in cases.items():
+            with self.subTest(name):
+                path = self.write("log.sarif", content)
+                ended = self.rulecheck("text", path)
+                lines = ended.stdout.decode("utf-8").replace(":  ", ": ")
+                self.assertIn(line, lines)
+                self.assertEqual(bool(line), bool(lines))
+
+    def test_refuses_what_is_not_a_log(self):
+        for content in ["", "{", "[]", "{}", '{"version": "2.0.0", "runs": []}',
+                        '{"version": "2.1.0", "runs": 1}', '"\\ud800"', "\x00", "[" * 100000]:
+            path = self.write("bad.sarif", content)
+            self.assert_error("bad.sarif: ", "import", path, "-o", "result.pb")
+
+    def test_survives_damaged_logs(self):
+        randoms = random.Random(1)
+        logs = [path.read_bytes() for path in LOGS.iterdir()]
+        for _ in range(150):
+            content = bytearray(randoms.choice(logs))
+            for _ in range(randoms.choice([1, 3, 30])):
+                place = randoms.randrange(len(content))
+                content[place:place + randoms.choice([0, 1, 9])] = randoms.choice(
+                    [b"", b"{", b"}", b"[", b"]", b"null", b"-1", b'"', b"\\", b"1e999", b"\xff", b"%"])
+            ended = subprocess.run([RULECHECK, "text", "-", "--format", "sarif"], input=content,
+                                   capture_output=True, check=False)
+            self.assertIn(ended.returncode, (0, 2), bytes(content))
+
+
+class Export(RulecheckTest):
+    def exported(self, result, *options):
+        self.rulecheck("sarif", result, "-o", "out.sarif", *options)
+        return read_json(self.folder / "out.sarif")
+
+    def test_gives_the_same_findings_when_it_is_imported(self):
+        for path in [SAMPLE, *LOGS.iterdir()]:
+            with self.subTest(path.name):
+                self.exported(path)
+                self.rulecheck("import", "out.sarif", "-o", "back.pb")
+                self.assertEqual(self.results_of(path), self.results_of("back.pb"))
+                self.assertRegex(self.rulecheck("diff", path, "back.pb").stdout, rb"\A0 new, 0 fixed, ")
+
+    def results_of(self, result):
+        """The results, but for the numbers of rules: rules without a finding are not imported."""
+        results = self.exported(result)["runs"][0]["results"]
+        return [{**each, "ruleIndex": 0} for each in results]
+
+    def test_has_fingerprints_suppressions_and_passes(self):
+        results = self.exported(SAMPLE)["runs"][0]["results"]
+        self.assertEqual(sum("partialFingerprints" in each for each in results), 16)
+        self.assertEqual(sum("suppressions" in each for each in results), 2)
+        self.assertEqual(sum(each.get("kind") == "pass" for each in results), 4)
+
+    def test_has_states_if_there_is_a_baseline(self):
+        self.write("old.sarif", log({"ruleId": "A", "message": {"text": "same"}, "locations": [
+            at("a.v", startLine=1)]}, {"ruleId": "A", "message": {"text": "gone"}}))
+        self.write("new.sarif", log({"ruleId": "A", "message": {"text": "same"}, "locations": [
+            at("a.v", startLine=5)]}, {"ruleId": "B", "message": {"text": "more"}}))
+        results = self.exported("new.sarif", "--baseline", "old.sarif")["runs"][0]["results"]
+        self.assertEqual([(each["message"]["text"], each["baselineState"]) for each in results],
+                         [("more", "new"), ("same", "unchanged"), ("gone", "absent")])
+
+    @unittest.skipUnless(os.path.exists(MULTITOOL), "needs npm ci in tests")
+    def test_is_valid(self):
+        os.chmod(MULTITOOL, 0o755)  # npm runs no script that would do it
+        for path in [SAMPLE, *LOGS.iterdir()]:
+            with self.subTest(path.name):
+                self.exported(path, "--baseline", SAMPLE)
+                ended = subprocess.run(
+                    [MULTITOOL, "validate", "out.sarif", "--output", "report.sarif", "--log",
+                     "ForceOverwrite"],
+                    cwd=self.folder, capture_output=True, text=True, check=False,
+                    env={**os.environ, "DOTNET_SYSTEM_GLOBALIZATION_INVARIANT": "1"})
+                report = json.loads(pathlib.Path(self.folder, "report.sarif").read_text("utf-8-sig"))
+                errors = [each for each in report["runs"][0]["results"] if each.get("level") == "error"]
+                self.assertEqual(errors, [], ended.stdout)
+
+
+if __name__ == "__main__":
+    unittest.main()

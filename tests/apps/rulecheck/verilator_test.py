@@ -1,0 +1,126 @@
+# SPDX-License-Identifier: Apache-2.0
+
+"""`rulecheck lint` with the real Verilator, whose own output says what it must find."""
+
+import os
+import pathlib
+import re
+import subprocess
+import unittest
+
+from programs import RECORDED, RULECHECK, RulecheckTest, findings, read_json, verilator_findings
+
+VERILATOR = os.environ["VERILATOR"]
+DESIGNS = pathlib.Path(os.environ["SOURCE_DIR"], "apps/designs")
+
+HOW_OFTEN = {"": 1, ", twice": 2}
+
+
+def findings_in_readme():
+    """The rule and line of each finding that the design's README lists."""
+    text = (DESIGNS / "README.md").read_text(encoding="utf-8")
+    found = []
+    for place, rule, count in re.findall(r"^\| `(\S+:\d+)` \| ([A-Z]+)(, twice)? \|", text, re.M):
+        found += [(rule, place)] * HOW_OFTEN[count]
+    return sorted(found)
+
+
+class Lint(RulecheckTest):
+    def lint(self, *arguments):
+        """The result, whose findings are those that Verilator prints."""
+        said = self.run_program(VERILATOR, "--lint-only", "-Wall", "-Wno-fatal", *arguments)
+        self.rulecheck("lint", "-o", "result.json", "--", *arguments)
+        result = read_json(self.folder / "result.json")
+        self.assertEqual(
+            [found for found in findings(result) if found[1] != "design"],
+            verilator_findings(said.stderr))
+        return result
+
+    def test_finds_what_the_readme_of_the_design_says(self):
+        for path in DESIGNS.iterdir():
+            self.write(path.name, path.read_text(encoding="utf-8"))
+        result = self.lint(*sorted(path.name for path in DESIGNS.glob("*.v")))
+        found = [(rule, place.rsplit(":", 1)[0]) for rule, place in findings(result)]
+        self.assertEqual(found, findings_in_readme())
+        self.assertEqual((len(found), len({rule for rule, _ in found})), (27, 15))
+
+    def test_reads_designs_as_verilator_does(self):
+        self.write("rtl/pkg.sv", "package p; localparam int W = 4; endpackage\n")
+        self.write("rtl/top.sv", '`include "width.vh"\n// verilator lint_off UNUSEDPARAM\n'
+                   "module top(input logic [`W:0] i, output logic [p::W-1:0] o);\n"
+                   "  part u_part(.i(i[0]), .o(o[0]));\n  assign o = i;\nendmodule\n")
+        self.write("inc/width.vh", "`define W 7\n/* verilator lint_off CASEX */\n")
+        self.write("lib/part.v", "module part(input i, output o);\n  wire unused;\nendmodule\n"
+                   "// verilator lint_off LATCH\n")
+        self.write("waive.vlt", '`verilator_config\nlint_off -rule UNDRIVEN -file "*/lib/*.v"\n')
+        self.write("design.f", "+incdir+inc\n-y lib\n-Wno-CASEOVERLAP\nrtl/pkg.sv\nrtl/top.sv\n")
+        result = self.lint("-f", "design.f", "waive.vlt", "--top-module", "top", "-Wno-BLKSEQ")
+        self.assertIn("WIDTH", {rule for rule, _ in findings(result)})
+        unchecked = {found[:2] for found in findings(result, "waivedViolations")}
+        self.assertEqual(unchecked, {
+            ("UNUSEDPARAM", "rtl/top.sv:2:1"), ("CASEX", "inc/width.vh:2:1"),
+            ("LATCH", "lib/part.v:4:1"), ("UNDRIVEN", "waive.vlt:2"),
+            ("CASEOVERLAP", "design.f:3:1"), ("BLKSEQ", "command line")})
+
+    def test_reports_what_keeps_a_design_from_being_checked(self):
+        cases = {
+            "two syntax errors": "module m;\n  assign = 1;\nendmodule\nmodule n;\n  wire 3;\nendmodule\n",
+            "a missing include": '`include "missing.vh"\nmodule m; endmodule\n',
+            "a missing module": "module m;\n  nosuch u();\nendmodule\n",
+            "carriage returns": "module m;\r\n  assign = 1;\r\nendmodule\r\n",
+            "no Verilog": "This is a letter.\n",
+            "nothing": "",
+        }
+        for name, content in cases.items():
+            with self.subTest(name):
+                self.write("m.v", content)
+                result = self.lint("m.v")
+                self.assertGreater(len(findings(result)), 0)
+                self.assertEqual(findings(result, "affirmations"), [])
+        self.lint("missing.v")
+        self.write("m.v", "module m;\0\0 endmodule\n")
+        self.lint("m.v")
+
+    def test_takes_names_as_verilator_does(self):
+        narrow = (RECORDED / "narrow.v").read_text(encoding="utf-8")
+        for name in ["ü.v", "a'b\".v", "./-x.v", "one/narrow.v", "two/narrow.v", "a b.v"]:
+            with self.subTest(name):
+                self.write(name, narrow)
+                self.lint(name)
+
+    def test_gate_of_the_page_about_ci(self):
+        page = pathlib.Path(os.environ["SOURCE_DIR"], "docs/ci.md").read_text(encoding="utf-8")
+        script = self.write("check.sh", re.search(r"^```sh\n(.*?)^```", page, re.M | re.S)[1])
+        self.write("waivers", "")
+        path = f"{pathlib.Path(RULECHECK).parent}:{os.environ['PATH']}"
+        narrow = "wire [1:0] w = a;"
+        for before, now, status in [
+                (None, narrow, 0), ("", "", 0), (narrow, narrow, 0), ("", narrow, 1),
+                (None, "wire w = ;", 1)]:
+            with self.subTest(before=before, now=now):
+                module = "module m(input [3:0] a, output [3:0] o);\nassign o = a;\n{}\nendmodule\n"
+                if before is not None:
+                    self.write("m.v", module.format(before))
+                    self.rulecheck("lint", "-o", "main.pb", "--", "m.v")
+                self.write("m.v", "// moved\n" + module.format(now))
+                ended = subprocess.run(["sh", script, "m.v"], cwd=self.folder, capture_output=True,
+                                       text=True, check=False, env={**os.environ, "PATH": path})
+                self.assertEqual(ended.returncode, status, ended.stdout + ended.stderr)
+                self.assertTrue((self.folder / "today.sarif").exists())
+                (self.folder / "main.pb").unlink(missing_ok=True)
+
+    def test_recordings_are_what_verilator_says(self):
+        if "5.006" not in self.run_program(VERILATOR, "--version").stdout:
+            self.skipTest("the recordings are of Verilator 5.006")
+        for recording in ["errors.v", "narrow.v", "syntax.v"]:
+            with self.subTest(recording):
+                self.write(recording, (RECORDED / recording).read_text(encoding="utf-8"))
+                ended = self.run_program(
+                    VERILATOR, "--lint-only", "-Wall", "-Wno-fatal", "--no-timing", recording)
+                recorded = RECORDED / recording.split(".")[0]
+                self.assertEqual(
+                    ended.stderr, recorded.with_suffix(".txt").read_text(encoding="utf-8"))
+
+
+if __name__ == "__main__":
+    unittest.main()
