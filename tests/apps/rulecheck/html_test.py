@@ -104,5 +104,16 @@ class Help(RulecheckTest):
         self.assertIn('"rulecheck 1.4.0"', MANUAL.read_text(encoding="utf-8"))
 
 
+class Installation(RulecheckTest):
+    def test_has_the_program_and_its_manual_page(self):
+        for component in ["runtime", "rulecheck"]:
+            installed = self.run_program(os.environ["CMAKE"], "--install", os.environ["BUILD_DIR"],
+                                         "--component", component, "--prefix", self.folder)
+            self.assertEqual(installed.returncode, 0, installed.stderr)
+        self.assertTrue((self.folder / "share/man/man1/rulecheck.1").exists())
+        ended = self.run_program(self.folder / "bin/rulecheck", "--version")
+        self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+
+
 if __name__ == "__main__":
     unittest.main()

@@ -85,11 +85,10 @@ export const hostile = () => {
 export const demo = () => {
   if (!process.env.VERILATOR) return undefined;
   const designs = inRepository('apps/designs');
-  const files = readdirSync(designs).filter((name) => name.endsWith('.v'));
   const page = join(work, 'demo.html');
   execFileSync(process.env.RULECHECK, [
     'lint', '--verilator', process.env.VERILATOR, '-o', join(work, 'demo.pb'), '--html', page,
-    '--waivers', 'waivers', '--quiet', '--', '--top-module', 'uart', ...files,
+    '--waivers', 'waivers', '--quiet', '--', '--top-module', 'board', '-f', 'design.f',
   ], { cwd: designs });
   return page;
 };

@@ -1,0 +1,9 @@
++incdir+include
+uart_pkg.sv
+baud_gen.v
+registers.v
+sync_fifo.v
+uart.v
+uart_rx.v
+uart_tx.v
+board.sv

@@ -1,0 +1,2 @@
+// How wide the board's bus is.
+`define DATA_BITS 32
