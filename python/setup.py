@@ -40,7 +40,7 @@ setup(
     install_requires=["protobuf"],
     ext_modules=[Extension(
         "vok_rulecheck.converter", ["converter.cpp"], language="c++",
-        extra_compile_args=["-std=c++17", "-fvisibility=hidden", *pkg_config("--cflags")],
+        extra_compile_args=["-std=c++17", "-g0", "-fvisibility=hidden", *pkg_config("--cflags")],
         extra_link_args=[*pkg_config("--libs"), f"-Wl,-rpath,{pkg_config('--variable=libdir')[0]}",
                          f"-Wl,--version-script={HERE / 'converter.map'}"])],
     cmdclass={"build_py": BuildMessages})
