@@ -109,7 +109,8 @@ class Options(PackageTest):
             SOURCE, *(f"-DVOK_RULECHECK_BUILD_{part}=ON" for part in ("APPS", "PYTHON", "TESTS")),
             *(f"-DCMAKE_DISABLE_FIND_PACKAGE_{package}=ON" for package in ("CLI11", "GTest", "pybind11")))
         self.assertEqual(result.returncode, 0, result.stdout)
-        for line in ("-- Without CLI11, kainjow's mustache, pkg-config and RE2 there are no programs",
+        for line in ("-- Without CLI11, nlohmann's JSON, kainjow's mustache, pkg-config and RE2 "
+                     "there are no programs",
                      "-- Without pybind11, and Python with its headers and google.protobuf "
                      f"{os.environ['PROTOBUF_RELEASE']}, there is no Python package",
                      "-- Without GoogleTest and Python 3 there are no tests"):
