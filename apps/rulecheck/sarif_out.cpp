@@ -18,7 +18,7 @@
 namespace rulecheck {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 using vok::rulecheck::Affirmation;
 using vok::rulecheck::ArgList;
 using vok::rulecheck::Converter;
@@ -35,12 +35,12 @@ const char* levelWord(const Level& level) {
                                                  : "warning";
 }
 
-Json textJson(const std::string& text) {
+OrderedJson textJson(const std::string& text) {
   return {{"text", text}};
 }
 
-Json ruleJson(const std::string& key, const RuleSpec& rule) {
-  Json json = {{"id", key}};
+OrderedJson ruleJson(const std::string& key, const RuleSpec& rule) {
+  OrderedJson json = {{"id", key}};
   const auto add = [&json](const char* name, const std::string& text) {
     if (!text.empty()) {
       json[name] = textJson(text);
@@ -61,10 +61,10 @@ Json ruleJson(const std::string& key, const RuleSpec& rule) {
 }
 
 // The address of a file is relative where its name is.
-Json physicalLocation(const Place& place, const std::string& path) {
+OrderedJson physicalLocation(const Place& place, const std::string& path) {
   const bool isRelative = !place.file.empty() && place.file[0] != '/';
   const Reference plain = referenceTo({place.file}, "/");
-  Json location;
+  OrderedJson location;
   location["artifactLocation"]["uri"] =
       isRelative ? plain.url().path().substr(1) : "file://" + (path.empty() ? place.file : path);
   if (place.line != 0) {
@@ -79,7 +79,7 @@ Json physicalLocation(const Place& place, const std::string& path) {
   return location;
 }
 
-void addPlaces(const ArgList& args, Json* json) {
+void addPlaces(const ArgList& args, OrderedJson* json) {
   for (const auto& arg : args.arg()) {
     if (arg.has_ref() && arg.ref().type() == Reference::FILE && arg.ref().has_url()) {
       (*json)["locations"] = {
@@ -90,16 +90,16 @@ void addPlaces(const ArgList& args, Json* json) {
 }
 
 // The message as it is, for fromSarif().
-Json detailsJson(const MsgInst& details) {
+OrderedJson detailsJson(const MsgInst& details) {
   std::string text;
   return google::protobuf::util::MessageToJsonString(details, &text).ok()
-             ? Json::parse(text, nullptr, false)
-             : Json();
+             ? OrderedJson::parse(text, nullptr, false)
+             : OrderedJson();
 }
 
 template <typename Finding>
-Json findingJson(const Finding& finding, const std::map<std::string, std::size_t>& rules) {
-  Json json = {{"ruleId", finding.rule_key()}};
+OrderedJson findingJson(const Finding& finding, const std::map<std::string, std::size_t>& rules) {
+  OrderedJson json = {{"ruleId", finding.rule_key()}};
   const auto rule = rules.find(finding.rule_key());
   if (rule != rules.end()) {
     json["ruleIndex"] = rule->second;
@@ -128,7 +128,7 @@ class Writer {
   void add(const Violations& violations, const char* baselineState, bool waived = false) {
     for (const Violation* violation : violations) {
       const Level level = levelOf(*violation);
-      Json json = findingJson(*violation, indices_);
+      OrderedJson json = findingJson(*violation, indices_);
       json["level"] = levelWord(level);
       json["properties"]["severity"] = level.slug;
       json["partialFingerprints"] = {{"rulecheck/v1", hexadecimal(fingerprintOf(*violation))}};
@@ -137,40 +137,40 @@ class Writer {
       }
       if (waived) {
         const std::string reason = waiverOf(*violation);
-        Json suppression = {{"kind", reason == kOffInSource ? "inSource" : "external"}};
+        OrderedJson suppression = {{"kind", reason == kOffInSource ? "inSource" : "external"}};
         if (!reason.empty()) {
           suppression["justification"] = reason;
         }
-        json["suppressions"] = Json::array({suppression});
+        json["suppressions"] = OrderedJson::array({suppression});
       }
       results_.push_back(std::move(json));
     }
   }
 
   void add(const Affirmation& affirmation) {
-    Json json = findingJson(affirmation, indices_);
+    OrderedJson json = findingJson(affirmation, indices_);
     json["kind"] = "pass";
     json["level"] = "none";
     results_.push_back(std::move(json));
   }
 
   std::string text() const {
-    const Json driver = {{"name", name_}, {"rules", rules_}};
-    const Json log = {{"$schema", "https://json.schemastore.org/sarif-2.1.0.json"},
-                      {"version", "2.1.0"},
-                      {"runs",
-                       {{{"tool", {{"driver", driver}}},
-                         {"columnKind", "unicodeCodePoints"},
-                         {"results", results_}}}}};
-    return log.dump(1, ' ', false, Json::error_handler_t::replace) + '\n';
+    const OrderedJson driver = {{"name", name_}, {"rules", rules_}};
+    const OrderedJson log = {{"$schema", "https://json.schemastore.org/sarif-2.1.0.json"},
+                             {"version", "2.1.0"},
+                             {"runs",
+                              {{{"tool", {{"driver", driver}}},
+                                {"columnKind", "unicodeCodePoints"},
+                                {"results", results_}}}}};
+    return log.dump(1, ' ', false, OrderedJson::error_handler_t::replace) + '\n';
   }
 
  private:
   std::string name_;
   std::map<std::string, const RuleSpec*> specs_;
   std::map<std::string, std::size_t> indices_;
-  Json rules_ = Json::array();
-  Json results_ = Json::array();
+  OrderedJson rules_ = OrderedJson::array();
+  OrderedJson results_ = OrderedJson::array();
 };
 
 }  // namespace
