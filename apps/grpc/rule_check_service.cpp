@@ -52,6 +52,7 @@ constexpr Method kMethods[] = {
 };
 
 constexpr std::size_t kMostWaiting = 64;
+constexpr int kMostWaitingTokens = 100;
 constexpr std::size_t kMostUnreadBytes = std::size_t{256} << 20;
 
 Status parse(const Bytes& bytes, Message* message) {
@@ -277,14 +278,25 @@ Reactor* RuleCheckService::answerToken(const Call& call) {
     }
     return status;
   };
+  const auto finished = [call](const Status& status) {
+    Reactor* reactor = call.context->DefaultReactor();
+    reactor->Finish(status);
+    return reactor;
+  };
   const bool isTooLong = call.argument->Valid() && call.argument->Length() > kMaxTokenBytes;
   if (!isTooLong && Clock::now() < suspiciousUntil_.load()) {
-    return new Delayed(kDelay, attempt);
+    // A client that acknowledges no settings can have any number of requests in progress.
+    if (++waitingTokens_ > kMostWaitingTokens) {
+      --waitingTokens_;
+      return finished(busy("too many tokens wait"));
+    }
+    return new Delayed(kDelay, [this, attempt] {
+      --waitingTokens_;
+      return attempt();
+    });
   }
-  Reactor* reactor = call.context->DefaultReactor();
-  reactor->Finish(isTooLong ? refusal(StatusCode::RESOURCE_EXHAUSTED, "the argument is too long")
+  return finished(isTooLong ? refusal(StatusCode::RESOURCE_EXHAUSTED, "the argument is too long")
                             : attempt());
-  return reactor;
 }
 
 grpc::Status refusal(StatusCode code, const std::string& text) {

@@ -64,6 +64,7 @@ class RuleCheckService : public vok::rulecheck::RuleCheckService::Service {
   rule_server::Server& server_;
   std::function<void()> stop_;
   std::atomic<Clock::time_point> suspiciousUntil_{};
+  std::atomic<int> waitingTokens_{0};
   // Of answers that clients have not read yet.
   std::atomic<std::size_t> unreadBytes_{0};
   Worker worker_;

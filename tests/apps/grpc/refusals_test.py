@@ -175,6 +175,16 @@ class Tokens(RefusalsTest):
                 ("UNAUTHENTICATED", "the token is not this server's"), key)
         self.assertEqual(self.client.call("exchangeToken", token="secret").code, 0)
 
+    def test_that_wait_are_few(self):
+        self.attempt(self.client, "guess").exception()
+        clients = [self.channel(self.server.address) for _ in range(20)]
+        guesses = [self.attempt(client, "guess") for client in clients for _ in range(16)]
+        codes = {guess.code().name for guess in guesses}
+        self.assertEqual(codes, {"UNAUTHENTICATED", "RESOURCE_EXHAUSTED"})
+        for client in clients:
+            client.channel.close()
+        self.assertEqual(self.client.call("exchangeToken", token="secret").code, 0)
+
     def test_take_a_second_after_a_guess_and_nothing_else_does(self):
         self.assertEqual(self.attempt(self.client, "first").code().name, "UNAUTHENTICATED")
         begin = time.monotonic()
