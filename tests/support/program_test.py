@@ -14,10 +14,10 @@ class ProgramTest(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name).resolve()
 
-    def run_program(self, *words):
+    def run_program(self, *words, timeout=300):
         return subprocess.run(
             [str(word) for word in words], cwd=self.folder, capture_output=True, text=True,
-            check=False, timeout=300)
+            check=False, timeout=timeout)
 
     def assert_refused(self, ended, line):
         """The program said that line and nothing else, with exit status 2."""

@@ -14,7 +14,7 @@ DEMO = pathlib.Path(os.environ["TOOLS_DIR"]) / "demo"
 class Demo(ProgramTest):
     def report_of(self, *arguments):
         """The page that the last line printed names."""
-        ended = self.run_program(DEMO, *arguments)
+        ended = self.run_program(DEMO, *arguments, timeout=1200)  # builds
         self.assertEqual(ended.returncode, 0, ended.stdout + ended.stderr)
         last = ended.stdout.splitlines()[-1]
         self.assertTrue(last.startswith("Report: "), last)
