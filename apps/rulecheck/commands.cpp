@@ -97,7 +97,7 @@ void addSarif(CLI::App& app) {
   CLI::App* command = addCommand(app, "sarif", "Writes a result as SARIF 2.1.0",
                                  "rulecheck sarif result.pb -o result.sarif", options);
   options->inputs.resize(2);
-  addResult(command, "RESULT", &options->inputs[0]);
+  addResult(command, "RESULT", &options->inputs.front());
   addOutput(command, &options->output);
   command->add_option("--baseline", options->inputs[1],
                       "An older result: findings are marked as new, unchanged or absent");
@@ -146,7 +146,7 @@ void addDiff(CLI::App& app) {
   CLI::App* command = addCommand(app, "diff", "Compares two results, finding by finding",
                                  "rulecheck diff yesterday.pb today.pb", options);
   options->inputs.resize(2);
-  addResult(command, "OLD", &options->inputs[0]);
+  addResult(command, "OLD", &options->inputs.front());
   addResult(command, "NEW", &options->inputs[1]);
   addOutput(command, &options->output);
   command->add_flag("--quiet", options->quiet, "Print the counts only");
@@ -165,7 +165,7 @@ void addGate(CLI::App& app, int* status) {
       app, "gate", "Decides whether a result is good enough: exit status 1 if it is not",
       "rulecheck gate today.pb --fail-on warning --baseline yesterday.pb --new-only", options);
   options->inputs.resize(2);
-  addResult(command, "RESULT", &options->inputs[0]);
+  addResult(command, "RESULT", &options->inputs.front());
   command
       ->add_option_function<std::string>(
           "--fail-on",
