@@ -82,6 +82,15 @@ void* operator new(std::size_t size) {
   return block;
 }
 
+// A sanitizer's own form would not match the delete below.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 void operator delete(void* block) noexcept {
   if (block == nullptr) {
     return;
