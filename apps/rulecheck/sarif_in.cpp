@@ -17,7 +17,7 @@
 namespace rulecheck {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Json = nlohmann::json;
 using vok::rulecheck::MsgInst;
 using vok::rulecheck::Resource;
 using vok::rulecheck::RuleSpec;

@@ -3,7 +3,7 @@
 // usage: data_race setting|rendering
 //
 // Modifies a message in one thread while another one modifies or renders it,
-// which nobody may do: ThreadSanitizer has to see both.
+// which is not allowed: ThreadSanitizer has to report both.
 
 #include <vok/rulecheck/Converter.h>
 
