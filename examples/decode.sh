@@ -4,7 +4,7 @@ schema=$HOME/rulecheck/share/vok/rulecheck
 protoc -I "$schema" --encode=vok.rulecheck.Request "$schema/RuleService.proto" < request.txtpb > request.pb
 protoc -I "$schema" --decode=vok.rulecheck.Request "$schema/RuleService.proto" < request.pb
 
-# The first message of a stream that holds one: its length, here a byte, comes off.
+# A message from a stream, without the length before it, which is one byte here.
 tail -c +2 stream | protoc -I "$schema" --decode=vok.rulecheck.Request "$schema/RuleService.proto"
 
 # Bytes of a message of unknown type, by the numbers of its fields.

@@ -51,7 +51,7 @@ inline void escapeField(const google::protobuf::FieldDescriptor* field,
   }
 }
 
-// Escapes each string of a message, and takes out the addresses that a page must not link to.
+// Escapes each string of a message, and removes the addresses that a page must not link to.
 inline void makeSafe(google::protobuf::Message* message) {
   using google::protobuf::FieldDescriptor;
   if (isUnsafeAddress(*message)) {

@@ -11,7 +11,7 @@
 
 using namespace vok::rulecheck;
 
-// Gives out the lowest numbers that no finding has yet, neither as its key nor as its id.
+// Returns the lowest numbers that no finding has, neither as its key nor as its id.
 class FreeNumbers {
  public:
   template <typename Findings>
@@ -34,11 +34,11 @@ class FreeNumbers {
   std::int32_t next_ = 1;
 };
 
-// A finding without a build target has its session's, which it leaves here.
+// A finding without a build target has its session's: it gets that if the two sessions differ.
 template <typename Findings>
 void addFindings(const Findings& source, const Session& oldSession, const Session& newSession,
                  FreeNumbers* numbers, Findings* target) {
-  std::set<std::int32_t> keys;  // in order, which those of the map are not
+  std::set<std::int32_t> keys;  // sorted, unlike those of the map
   for (const auto& entry : source.hashmap()) {
     keys.insert(entry.first);
   }
@@ -53,14 +53,14 @@ void addFindings(const Findings& source, const Session& oldSession, const Sessio
   }
 }
 
-// Rules that both know stay as they are in the target.
+// If both have a rule, the target's is kept.
 void addRules(const RuleSpecMap& source, RuleSpecMap* target) {
   for (const auto& entry : source.hashmap()) {
     target->mutable_hashmap()->insert(entry);
   }
 }
 
-// Adds a result to the target, whose session stays.
+// Adds a result to the target, which keeps its session.
 void merge(const SessionResult& source, SessionResult* target) {
   FreeNumbers numbers;
   numbers.take(target->violations());

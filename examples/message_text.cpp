@@ -13,8 +13,8 @@
 
 using namespace vok::rulecheck;
 
-// Returns which of the arguments "%1", "%2"... at the front of the text names, counted from 0, and
-// moves *at behind it; or returns size, with *at unchanged, if that is none of them.
+// If there is a placeholder such as "%2" at *at for one of size arguments, returns its index from 0
+// and moves *at past it. Otherwise returns size and leaves *at unchanged.
 std::size_t argumentAt(const std::string& text, std::size_t size, std::size_t* at) {
   std::size_t number = 0;
   std::size_t end = *at + 1;
@@ -28,8 +28,8 @@ std::size_t argumentAt(const std::string& text, std::size_t size, std::size_t* a
   return number - 1;
 }
 
-// Returns the text of a message with its arguments in their places, and those without a place
-// behind it. As HTML can grow with each place, no more are filled when there is a mebibyte of it.
+// Returns the text of a message with its placeholders replaced, followed by the arguments without
+// one. Many placeholders can make the HTML huge: past 1 MiB no more are replaced.
 std::string messageHtml(MsgInst message) {
   makeSafe(&message);
   std::vector<std::string> arguments;

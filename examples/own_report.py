@@ -9,7 +9,7 @@ SAFE = (pb.Resource.HTTP, pb.Resource.HTTPS, pb.Resource.FILE)
 
 
 def make_safe(message):
-    """Escapes the strings of arguments, and takes out addresses that a page must not link to."""
+    """Escapes the strings of arguments, and removes addresses that a page must not link to."""
     for field, value in message.ListFields():
         if field.type == field.TYPE_STRING:
             setattr(message, field.name, html.escape(value))

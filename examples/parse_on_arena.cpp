@@ -12,13 +12,12 @@
 
 using namespace vok::rulecheck;
 
-// Reads results, one after the other, on an arena whose first block is used again and again.
+// Reads one result after the other on an arena that keeps its first block.
 class ResultReader {
  public:
   ResultReader() : block_(1 << 20), arena_(options(&block_)) {}
 
-  // Returns null if the bytes are malformed or incomplete. The arena owns the result, until the
-  // next call.
+  // Returns null if the bytes are malformed or incomplete. The result is valid until the next call.
   const SessionResult* read(const std::string& bytes) {
     arena_.Reset();
     SessionResult* result = SessionResult::default_instance().New(&arena_);
@@ -34,7 +33,7 @@ class ResultReader {
     return options;
   }
 
-  std::vector<char> block_;  // before the arena, which it outlives
+  std::vector<char> block_;  // before the arena, so that it outlives it
   google::protobuf::Arena arena_;
 };
 // Shown in docs/recipes.md: end

@@ -1,4 +1,4 @@
-"""Merges results, keeps what is an error or worse, and counts by module.
+"""Merges results, keeps errors and worse, and counts violations by module.
 
 usage: postprocess.py OUTPUT RESULT...
 """

@@ -11,7 +11,7 @@ bool printText(const google::protobuf::Message& message, std::string* text) {
   return google::protobuf::TextFormat::PrintToString(message, text);
 }
 
-// Returns false for an incomplete message too: JSON is made of the bytes of a complete one.
+// Also returns false for an incomplete message, which the runtime cannot convert.
 bool printJson(const google::protobuf::Message& message, std::string* json) {
   google::protobuf::util::JsonPrintOptions options;
   options.add_whitespace = true;

@@ -13,8 +13,8 @@ using vok::rulecheck::Request;
 
 enum class Frame { Read, End, Bad };
 
-// Reads the next message. It is bad if the stream ends within it, and if it is longer than
-// maxBytes, malformed or incomplete. After a bad one the start of the next one is unknown.
+// Reads the next message. It is bad if it is truncated, longer than maxBytes, malformed or
+// incomplete. After a bad one the start of the next one is unknown.
 Frame readFrame(google::protobuf::io::ZeroCopyInputStream* stream, int maxBytes,
                 google::protobuf::MessageLite* message) {
   google::protobuf::io::CodedInputStream in(stream);
@@ -35,11 +35,11 @@ Frame readFrame(google::protobuf::io::ZeroCopyInputStream* stream, int maxBytes,
   return Frame::Read;
 }
 
-// Handles what comes from an open file or a connected socket. Returns true at its end, and false
+// Handles the requests from an open file or a connected socket. Returns true at its end, and false
 // for a bad request or if reading fails.
 bool handleAll(int descriptor, void (*handle)(const Request&)) {
   google::protobuf::io::FileInputStream stream(descriptor);
-  Request request;  // one for all, which is quicker than one for each
+  Request request;  // reused, which is faster than a new one each time
   Frame frame = Frame::End;
   while ((frame = readFrame(&stream, 1 << 20, &request)) == Frame::Read) {
     handle(request);

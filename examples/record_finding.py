@@ -18,7 +18,7 @@ def call(channel, method, request, answer):
 
 
 def record(address, report):
-    """Returns the recorded violation, when the server has written the report."""
+    """Returns the recorded violation, after the server has written the report."""
     with grpc.insecure_channel(address) as channel:
         rule = pb.RuleSpec(key="WIDTH", full_name="Width of a bus", raw_msg="The bus at %1 has 9 bits.")
         call(channel, "upsertRuleSpec", rule, pb.StatusResponse)

@@ -23,14 +23,13 @@ Request makeRequest(const std::string& sessionUuid) {
   return request;
 }
 
-// Returns false, with nothing written, if a required field is missing, and false if the stream
-// fails.
+// Returns false if a required field is missing, with nothing written, or if the stream fails.
 bool send(const google::protobuf::MessageLite& message, std::ostream* out) {
   return message.IsInitialized() &&
          google::protobuf::util::SerializeDelimitedToOstream(message, out) && out->flush();
 }
 
-// Returns the number that the server has given to the finding, or throws what went wrong.
+// Returns the number that the server gave the finding, or throws an exception with its error text.
 std::int32_t recordedAs(const Response& response) {
   if (response.type() == Response::VIOLATION && response.has_violation()) {
     return response.violation().id();

@@ -10,9 +10,9 @@
 
 using namespace vok::rulecheck;
 
-// Puts the word for a violation's severity and a zero byte into the host's own buffer. Returns 0,
-// or -1 for malformed or incomplete bytes and if the word doesn't fit. Nothing of the plugin stays
-// with the host, neither memory nor an exception.
+// Writes the word for a violation's severity and a zero byte to the host's buffer. Returns 0, or -1
+// if the bytes are malformed or incomplete or the word doesn't fit. No memory and no exception of
+// the plugin reaches the host.
 extern "C" __attribute__((visibility("default"))) int severityWord(const void* bytes,
                                                                    std::size_t size, char* word,
                                                                    std::size_t room) {
