@@ -59,7 +59,7 @@ class Paths(SetupTest):
     def test_folder_for_temporary_files_that_is_missing(self):
         self.assert_refused(
             self.run_script("prepare_builds", TMPDIR="/no/such"),
-            "tool: TMPDIR=/no/such: no folder that can be written to")
+            "tool: TMPDIR=/no/such is not a writable folder")
 
     def test_paths_that_cmake_does_not_take(self):
         for name in ["a;b", 'a"b', "a\\b"]:
@@ -68,7 +68,7 @@ class Paths(SetupTest):
                 shutil.copytree(TOOLS, checkout / "tools")
                 self.assert_refused(
                     self.run_script("prepare_builds", checkout),
-                    f"tool: {checkout}: CMake takes no path with a semicolon, quote or backslash")
+                    f"tool: {checkout}: CMake does not support a semicolon, quote or backslash in a path")
 
 
 class BuildFolders(SetupTest):

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash
-# What the tools share: the list of Debian packages, and how a missing one is
-# installed. To be sourced by bash scripts that set -euo pipefail.
+# What the tools share, such as the lists of Debian packages and their installation.
+# Source this from bash scripts that set -euo pipefail.
 
 # The packages that each purpose needs. Scripts use the lists, not this file.
 # shellcheck disable=SC2034
@@ -42,7 +42,7 @@ install_for_all_tests() {
   quietly npm --prefix tests ci
 }
 
-# Ends the script for a reason that its user can do something about.
+# Ends the script with an error that its user can fix.
 fail() {
   printf '%s: %s\n' "${0##*/}" "$1" >&2
   exit 2
@@ -62,7 +62,7 @@ take_no_arguments() {
   esac
 }
 
-# Sets log to the descriptor of a file that has no name, so that no signal leaves it behind.
+# Sets log to the descriptor of a file without a name, which no signal can leave behind.
 open_log() {
   local name
   name=$(mktemp)
@@ -95,14 +95,14 @@ as_root() {
 }
 
 # Ends the script unless it can build here, and keeps other tools from building in this
-# checkout until it ends. Those that it starts itself know that by the variable. The lock is
-# descriptor 9: close that for programs that can outlive the tool and don't build.
+# checkout until it ends. The tools that it starts itself see VOK_BUILDS_LOCKED. The lock is
+# descriptor 9: close that for programs that may outlive the tool and don't build.
 prepare_builds() {
   local temporary=${TMPDIR:-/tmp} cache
   [[ -d $temporary && -w $temporary ]] ||
-    fail "TMPDIR=$temporary: no folder that can be written to"
+    fail "TMPDIR=$temporary is not a writable folder"
   # shellcheck disable=SC2154  # the script sets root
-  [[ $root != *[\;\"\\]* ]] || fail "$root: CMake takes no path with a semicolon, quote or backslash"
+  [[ $root != *[\;\"\\]* ]] || fail "$root: CMake does not support a semicolon, quote or backslash in a path"
   [[ ${VOK_BUILDS_LOCKED-} != "$root" ]] || return 0
   mkdir -p "$root/build"
   exec 9> "$root/build/.lock"
@@ -116,7 +116,7 @@ prepare_builds() {
     export CCACHE_BASEDIR=${CCACHE_BASEDIR-$root}
   fi
   for cache in "$root"/build/*/CMakeCache.txt; do
-    # A build folder that was copied here would build the other checkout's sources.
+    # A build folder copied from another checkout would build that one's sources.
     if [[ -e $cache && ! "$(sed -n 's/^CMAKE_CACHEFILE_DIR:INTERNAL=//p' "$cache")" -ef ${cache%/*} ]]; then
       echo "Removing ${cache%/*}: it was copied from another checkout" >&2
       rm -rf "${cache%/*}"
