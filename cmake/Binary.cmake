@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# What the compiler and the linker make of vok_rulecheck: what it exports, what
-# loading it costs, how it is hardened. Each option says what happens without it.
+# How vok_rulecheck is compiled and linked: what it exports, what loading it costs, how
+# it is hardened. Each option's comment says what happens without it.
 # tests/library/binary checks the result. Sets, for other targets of the same sources:
 #
 #   vok_generated_options  what the generated source is compiled with
@@ -13,8 +13,8 @@ include(cmake/Warnings.cmake)
 # --- Compiling
 
 # Each source that includes <iostream>, as the runtime's headers do, gets an
-# initializer that sets up std::cout. The sources need the stream types only:
-# they get these, and take <iostream> as included already.
+# initializer that sets up std::cout. The sources need only the stream types, so
+# include these and define the include guard of <iostream>.
 set(vok_no_iostream -include istream -D_GLIBCXX_IOSTREAM)
 
 # -w: generated code does not compile under every warning that a host may turn
@@ -48,8 +48,8 @@ set_source_files_properties(${vok_generated} PROPERTIES
   COMPILE_OPTIONS "${vok_generated_options}"
   COMPILE_DEFINITIONS NDEBUG)
 
-# GCC assumes that snprintf never fails, and drops the code that handles it. A
-# host's warnings are not ours.
+# GCC assumes that snprintf never fails, and drops the code that handles that. In
+# another project, its warnings don't apply.
 set_source_files_properties(${vok_rendering} PROPERTIES
   COMPILE_OPTIONS
     "$<IF:$<BOOL:${PROJECT_IS_TOP_LEVEL}>,${VOK_WARNINGS},-w>;${vok_no_iostream};$<$<CXX_COMPILER_ID:GNU>:-fno-printf-return-value>")
@@ -85,8 +85,8 @@ set(vok_interposable "${PROJECT_BINARY_DIR}/interposable.map")
 configure_file(cmake/exports.map "${vok_exports}" COPYONLY)
 configure_file(cmake/interposable.map.in "${vok_interposable}" @ONLY)
 set_target_properties(vok_rulecheck PROPERTIES LINK_DEPENDS "${vok_exports};${vok_interposable}")
-# CMake writes a dollar sign of a linker's option wrongly, so the paths are relative. Ninja
-# links in the build folder.
+# CMake garbles a dollar sign in linker options, so the paths are relative to the build
+# folder, in which Ninja links.
 if(CMAKE_GENERATOR MATCHES Ninja)
   cmake_path(RELATIVE_PATH vok_exports BASE_DIRECTORY "${CMAKE_BINARY_DIR}")
   cmake_path(RELATIVE_PATH vok_interposable BASE_DIRECTORY "${CMAKE_BINARY_DIR}")

@@ -6,8 +6,8 @@
 #
 # OUTPUTS are the compiler's options for languages, separated by commas.
 #
-# The schema has no syntax line, by contract; the compiler remarks on that at
-# each run. That remark is dropped here, and nothing else is.
+# The schema has no syntax line, by contract. The compiler warns of that at each run;
+# only that warning is dropped.
 
 cmake_path(GET SCHEMA PARENT_PATH schema_dir)
 cmake_path(GET SCHEMA FILENAME schema_name)

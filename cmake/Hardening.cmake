@@ -2,8 +2,8 @@
 # Hardening of compiled code, in every build type. Sets:
 #
 #   VOK_SANITIZED    whether the build has a sanitizer
-#   vok_unoptimized  a generator expression, 1 in a build without optimization:
-#                    for debugging or without build type, and without such flags
+#   vok_unoptimized  a generator expression, 1 in a build without optimization: type
+#                    Debug or none, and no -O flag in CMAKE_CXX_FLAGS
 
 include(CheckCXXCompilerFlag)
 include(CheckCXXSourceCompiles)
@@ -17,7 +17,7 @@ else()
   set(VOK_SANITIZED ON)
 endif()
 
-# Not every architecture has these. Clang takes an option that it ignores, and warns.
+# Not every architecture has these. Clang would accept and ignore them, with a warning.
 foreach(option IN ITEMS -fstack-clash-protection -fcf-protection=full)
   string(MAKE_C_IDENTIFIER "VOK_HAS${option}" variable)
   check_cxx_compiler_flag(${option} ${variable})
@@ -31,7 +31,7 @@ if(CMAKE_CXX_FLAGS MATCHES "-O[1-3sz]")
   set(vok_unoptimized 0)
 endif()
 
-# Packagers, and some systems' compilers, ask for a level of their own.
+# Packagers and some systems' compilers set a level of their own.
 set(CMAKE_REQUIRED_FLAGS -O2)
 check_cxx_source_compiles("
 #ifndef _FORTIFY_SOURCE
@@ -40,9 +40,8 @@ check_cxx_source_compiles("
 int main() {}" VOK_FORTIFIED)
 unset(CMAKE_REQUIRED_FLAGS)
 
-# A sanitizer brings checks of its own for what fortified calls check. Fortified
-# calls need optimization, so a build for debugging gets as much of it as leaves
-# debugging undisturbed.
+# Sanitizers check what fortified calls check. Fortified calls need optimization, so
+# debug builds get -Og.
 function(vok_harden target)
   if(NOT VOK_RULECHECK_HARDENING)
     return()

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 # What the linker does with an option, seen in a shared library that it links:
-# some linkers warn and go on, or do something else.
+# some linkers only warn, or do something else.
 
-# vok_check_linker(VARIABLE PATTERN OPTION...): whether the linker takes the
-# options, and what readelf says of the library then matches the pattern.
+# vok_check_linker(VARIABLE PATTERN OPTION...): whether the linker accepts the
+# options, and readelf's output for the library matches the pattern.
 function(vok_check_linker variable pattern)
   if(DEFINED ${variable})
     return()
@@ -40,14 +40,14 @@ void (*vok_function)() = function;
 endfunction()
 
 # Whether the linker packs relocations, from 24 bytes each to little more than a
-# bit, and makes the library ask for a loader that can read them. mold 1.10 leaves
-# the latter out: an older loader crashes, and a newer one refuses the library.
+# bit, and makes the library require a loader that can read them. mold 1.10 does not
+# do the latter: an older loader crashes, and a newer one rejects the library.
 vok_check_linker(VOK_RULECHECK_PACKED_RELOCATIONS "\\(RELR\\).*GLIBC_ABI_DT_RELR"
   LINKER:-z,pack-relative-relocs)
 
-# Whether a program's definition replaces the library's of what is on the list.
-# mold 1.10 binds what is on it to the library: a program that has copies of
-# default instances would get others than the library.
+# Whether a program's copies of the symbols on the list replace the library's.
+# mold 1.10 binds the listed symbols to the library: a program with copies of
+# default instances would see others than the library.
 set(vok_list "${CMAKE_CURRENT_BINARY_DIR}/CMakeFiles/vok_datum.map")
 file(WRITE "${vok_list}" "{ vok_datum; };\n")
 vok_check_linker(VOK_RULECHECK_DYNAMIC_LIST "vok_datum" -Xlinker "--dynamic-list=${vok_list}")

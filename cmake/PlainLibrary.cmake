@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
-# What the library is compared with in size and speed.
+# The library that size and speed are compared with.
 
 # vok_add_plain_library(): the target vok_rulecheck_plain, the library's sources
-# as CMake builds a shared library that it is told nothing about. To be called in
-# a folder below the root, where the root's properties of sources don't reach.
+# built with CMake's default options. Call it in a folder below the root, where the
+# root's source properties don't apply.
 function(vok_add_plain_library)
   if(TARGET vok_rulecheck_plain)
     return()

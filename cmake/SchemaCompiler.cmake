@@ -1,13 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 # The schema compiler that belongs to the runtime found by VokProtobuf:
-# VOK_PROTOC. Stops the configuration, with one sentence, where the build could
-# not succeed.
+# VOK_PROTOC. Stops the configuration with one sentence if the build cannot succeed.
 
 if(VOK_PROTOBUF_ERROR)
   message(FATAL_ERROR "${VOK_PROTOBUF_ERROR}")
 endif()
 
-# Two copies of the runtime in one process would each keep a pool of schemas.
+# Two copies of the runtime in one process would have separate pools of schemas.
 get_target_property(vok_protobuf_type protobuf::libprotobuf TYPE)
 if(vok_protobuf_type STREQUAL "STATIC_LIBRARY" OR Protobuf_LIBRARY_RELEASE MATCHES "\\.a$")
   message(FATAL_ERROR
@@ -16,7 +15,7 @@ endif()
 
 if(NOT TARGET protobuf::protoc)
   message(FATAL_ERROR
-    "protoc, the compiler of Protocol Buffers ${VOK_PROTOBUF_RELEASE}, was not found: install it beside its runtime.")
+    "protoc, the compiler of Protocol Buffers ${VOK_PROTOBUF_RELEASE}, was not found: install it with its runtime.")
 endif()
 get_target_property(VOK_PROTOC protobuf::protoc LOCATION)
 

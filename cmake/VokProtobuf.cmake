@@ -1,12 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
-# Finds Protocol Buffers, runtime and compiler, and says what differs between
-# its releases. This file is the one home of those differences; it is used by
-# the build and, once installed, by the package configuration. 3.3.0, 3.12.4, 3.21.12
+# Finds Protocol Buffers, runtime and compiler, and lists how its releases differ, for
+# the build and, once installed, for the package configuration. 3.3.0, 3.12.4, 3.21.12
 # and 36.2 have been tried; no others near the boundaries at 3.4, 3.6 and 22.0.
 #
-# Where the runtime's headers are found decides where the rest is looked for, so
-# that CMAKE_PREFIX_PATH alone selects a release. A release that brings a CMake
-# package of its own is used through it, any other through CMake's FindProtobuf.
+# The rest is looked for where the runtime's headers are, so that CMAKE_PREFIX_PATH
+# alone selects a release. A release that has a CMake package is used through that, any
+# other through CMake's FindProtobuf.
 #
 # Sets:
 #   VOK_PROTOBUF_ERROR         empty, or one sentence that says what is wrong
@@ -14,8 +13,8 @@
 #   VOK_PROTOBUF_RELEASE       what protoc calls that release: 3.21.12, 36.2
 #   VOK_PROTOBUF_ABI           releases with the same text share one ABI
 #   VOK_PROTOBUF_CXX_STANDARD  the C++ standard for generated source
-#   VOK_PROTOBUF_SHARED_DATA   how the mangled names of variables end that
-#                              generated headers name
+#   VOK_PROTOBUF_SHARED_DATA   the end of the mangled names of the variables that
+#                              generated headers use
 #   VOK_PROTOBUF_MAP_SEEDS     whether the seeds of maps need cmake/map_seeds.h
 
 set(VOK_PROTOBUF_ERROR "")
@@ -78,8 +77,8 @@ else()
   set(VOK_PROTOBUF_CXX_STANDARD 17)
 endif()
 
-# Up to 3.21 these are the default instances. Later releases name more, and
-# otherwise; an underscore ends the names of all that are the generated code's own.
+# Up to 3.21 these are the default instances. Later releases use more variables, with
+# other names; those that belong to generated code all end in an underscore.
 if(VOK_PROTOBUF_VERSION LESS 4022000)
   set(VOK_PROTOBUF_SHARED_DATA "_default_instance_E")
 else()
