@@ -13,8 +13,8 @@
 
 // Each kind of value has one function that appends its pieces to an output. It
 // runs twice: on a Length, which adds the pieces up, and then on a Writer, which
-// puts them into a string of that length. So a text costs one allocation, however
-// deep the value is, and none where the string has room within itself.
+// copies them to a string of that length. So a text costs one allocation, however
+// deep the value is, and none if it fits into the string object.
 
 namespace vok::rulecheck {
 namespace {
@@ -102,8 +102,8 @@ class Length {
   std::size_t length_ = 0;
 };
 
-// Copies a piece of n to 2 * n bytes. Both ends are read before any is written,
-// since the compiler can't know that the two places have nothing in common.
+// Copies a piece of n to 2 * n bytes. Both ends are read before any is written:
+// the compiler cannot know that source and target do not overlap.
 template <std::size_t n>
 inline void copyEnds(char* to, std::string_view piece) {
   const std::size_t last = piece.size() - n;
@@ -115,7 +115,7 @@ inline void copyEnds(char* to, std::string_view piece) {
   std::memcpy(to + last, last_bytes, n);
 }
 
-// Most pieces are so short that a call of memcpy would take longer than they do.
+// Most pieces are so short that a call of memcpy would take longer than the copy.
 inline void copy(char* to, std::string_view piece) {
   if (piece.size() > 32) {
     std::memcpy(to, piece.data(), piece.size());
@@ -168,7 +168,7 @@ std::string render(Append append) {
   return text;
 }
 
-// The buffer holds the text where it is that of a number.
+// The text of a number is in the buffer.
 std::string_view plainValue(const Scalar& scalar, numbers::Buffer& buffer) {
   if (scalar.has_string_val()) {
     return scalar.string_val();
@@ -182,7 +182,7 @@ std::string_view plainValue(const Scalar& scalar, numbers::Buffer& buffer) {
   return scalar.address();
 }
 
-// Not plainValue: an argument's scalar puts its number first.
+// Unlike plainValue, prefers numbers to strings.
 std::string_view argumentValue(const Scalar& scalar, numbers::Buffer& buffer) {
   if (scalar.has_int_val()) {
     return numbers::decimal(scalar.int_val(), buffer);
@@ -275,7 +275,7 @@ void appendAddress(Output& out, const Resource& resource) {
   }
 }
 
-// appendContent() appends what stands between the anchor's tags.
+// appendContent() appends the content of the anchor.
 template <typename Output, typename AppendContent>
 void appendHtml(Output& out, const Resource& resource, AppendContent appendContent) {
   if (!resource.has_scheme()) {

@@ -18,18 +18,18 @@
 //
 // Before text of unknown origin goes into a page, the caller must
 //   1. work on a copy of the message,
-//   2. replace & < > " ' in every string of the copy by character references,
-//      the strings inside resources included, and
+//   2. replace & < > " ' in every string of the copy, including those inside
+//      resources, with character references, and
 //   3. drop or rewrite resources whose scheme the page must not link to
 //      (Resource::FTP, IRC, MAILTO and unlisted schemes have no prefix, so their
 //      host begins the address: a host "javascript:..." is a script),
-// and render the copy. apps/rulecheck does exactly that.
+// and render the copy, as apps/rulecheck does.
 //
 // Rules that hold for every function:
 //   * A field counts as set when its presence test says so, never by content: a
 //     string set to "" and a number set to 0 are set. Unset fields are skipped.
-//   * Every input is accepted, incomplete messages and unlisted enum numbers
-//     included. Parsing never stores an unlisted number, so a message holds one
+//   * Every input is accepted, including incomplete messages and unlisted enum
+//     numbers. Parsing never stores an unlisted number, so a message holds one
 //     only if a program has set it, and generated setters assert that the number
 //     is listed: resource.set_scheme(static_cast<Resource_Scheme>(7)) aborts in
 //     a program compiled without NDEBUG and stores 7 in one compiled with it.
@@ -43,9 +43,9 @@
 //   * A call allocates memory at most once, and not at all where the result fits
 //     into a string object itself (15 bytes with libstdc++).
 //   * No function keeps state. Any number of threads may call any of them at
-//     once, even on one message, provided that meanwhile no thread modifies that
-//     message and, if the message holds a double, none calls setlocale: POSIX
-//     leaves that undefined. Threads may call uselocale at any time.
+//     once, even on one message, provided that no thread modifies that message
+//     meanwhile and, if it holds a double, none calls setlocale, which POSIX leaves
+//     undefined. Threads may call uselocale at any time.
 
 #ifndef VOK_RULECHECK_CONVERTER_H_
 #define VOK_RULECHECK_CONVERTER_H_
@@ -84,8 +84,8 @@ class Converter {
   static std::string toString(Violation_Severity severity);
 
   // Returns the value, the first set one of string_val, int_val, double_val and
-  // address, followed by a space and the units if units are set and the address
-  // is not: an address suppresses the units even where it is not shown itself.
+  // address, followed by a space and the units if these are set and the address
+  // is not: an address suppresses the units even if another value is shown.
   // Only units set: a space and the units. Nothing set: "".
   //
   //   {int_val: -42, units: "MHz"}                     "-42 MHz"

@@ -25,7 +25,7 @@ std::string_view textUntil(const char* end, const Buffer& buffer) {
 
 constexpr std::uint64_t kMillion = 1000000;
 
-// Above, millionths need not fit into 64 bits.
+// The millionths of larger numbers may not fit into 64 bits.
 constexpr double kMostInMillionths = 1e13;
 
 // Returns a million times the number, which is at least 0 and less than
@@ -66,16 +66,15 @@ std::string_view fixedByMillionths(double number, Buffer& buffer) {
 
 std::string_view fixedByPrintf(double number, Buffer& buffer) {
   const int length = std::snprintf(buffer, sizeof buffer, "%f", number);
-  // Negative for lack of memory, too great where a malformed locale's decimal point is
-  // longer than MB_LEN_MAX and the text was cut.
+  // Negative if memory is lacking; too large if a malformed locale's decimal point is
+  // longer than MB_LEN_MAX and the text was truncated.
   if (static_cast<std::size_t>(length) >= sizeof buffer) {
     throw std::bad_alloc();
   }
   return textUntil(buffer + length, buffer);
 }
 
-// The ways that are quicker than printf round to nearest and write a full stop,
-// whatever the rounding mode and the locale are.
+// The paths that are faster than printf always round to nearest and write a full stop.
 bool needsPrintf(double number) {
   return !std::isfinite(number) || std::fegetround() != FE_TONEAREST ||
          std::strcmp(nl_langinfo(RADIXCHAR), ".") != 0;
@@ -100,7 +99,7 @@ std::string_view fixed(double number, Buffer& buffer) {
   const auto result =
       std::to_chars(std::begin(buffer), std::end(buffer), number, std::chars_format::fixed, 6);
   return textUntil(result.ptr, buffer);
-#else  // GCC 10 has it for integers only
+#else  // GCC 10 has to_chars for integers only
   return fixedByPrintf(number, buffer);
 #endif
 }

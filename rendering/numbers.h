@@ -13,15 +13,15 @@
 
 namespace vok::numbers {
 
-// Room for any number, with printf's zero byte: sign, digits, decimal point, decimals.
+// Holds any number: sign, digits, decimal point, decimals, and printf's zero byte.
 using Buffer = char[1 + std::numeric_limits<double>::max_exponent10 + 1 + MB_LEN_MAX + 6 + 1];
 
-// Returns the text of "%ld", which is in the buffer: decimal(-5, buffer) is "-5".
+// Formats as "%ld" into the buffer and returns the text: decimal(-5, buffer) is "-5".
 // Errors: none.
 std::string_view decimal(std::int64_t number, Buffer& buffer);
 
-// Returns the text of "%f" in the current locale and rounding mode, which is in the
-// buffer: fixed(0.5, buffer) is "0.500000" in the locale "C". Throws std::bad_alloc if
+// Formats as "%f" into the buffer, in the current locale and rounding mode, and returns
+// the text: fixed(0.5, buffer) is "0.500000" in the locale "C". Throws std::bad_alloc if
 // printf lacks memory, or if the locale's decimal point is longer than MB_LEN_MAX.
 std::string_view fixed(double number, Buffer& buffer);
 
