@@ -14,9 +14,8 @@
 #include <typeinfo>
 #include <unordered_map>
 
-// The C++ interface of Python's runtime as far as it is used here, under its own name: the
-// runtime's proto_api.h, which declares it, is not installed. The compiler must know of it outside
-// of this file, or it takes the function for one that nothing overrides.
+// The part of Python's runtime that is used here, as declared in its proto_api.h, which is not
+// installed. Exported, since otherwise the compiler assumes that nothing overrides the function.
 namespace google::protobuf::python {
 struct PYBIND11_EXPORT PyProto_API {
   virtual ~PyProto_API() = default;
@@ -37,7 +36,7 @@ const std::size_t bytesWorthHandingOver = 2048;
 
 const PyProto_API* runtime = nullptr;  // set once, when the module is imported
 
-// Null unless the runtime is of a release whose proto_api.h begins with what is declared above.
+// Null unless the proto_api.h of the runtime's release begins with the declarations above.
 const PyProto_API* findRuntime() {
 #if GOOGLE_PROTOBUF_VERSION / 1000 == 3021
   const auto version =
@@ -54,9 +53,9 @@ const PyProto_API* findRuntime() {
   return nullptr;
 }
 
-// Returns the message itself, if it is an object of the generated class; or null, as for the
-// messages of Python's pure implementation, and those of classes that were made before this
-// library was loaded.
+// Returns the message itself if it is an object of the generated class. Returns null for messages
+// of the pure Python implementation, and of classes that were created before this library was
+// loaded.
 template <typename Message>
 const Message* inPlace(py::handle value) {
   if (runtime == nullptr) {
@@ -134,8 +133,8 @@ std::string fromPython(py::handle text) {
   return py::reinterpret_steal<py::bytes>(encoded).cast<std::string>();
 }
 
-// A message that is not rendered in place arrives as its bytes. They are a copy, which no thread
-// changes while the GIL is released, and every implementation of the runtime has them.
+// A message that is not rendered in place is passed as bytes. Every implementation of the runtime
+// can serialize, and no thread changes the bytes while the GIL is released.
 template <typename Message, typename Render>
 py::str rendered(py::handle value, Render render) {
   const auto* const original = inPlace<Message>(value);
@@ -241,8 +240,8 @@ const char* const moduleText =
     R"(Display words, plain text, addresses and HTML fragments for protocol values.
 
 Nothing is escaped, quoted or trimmed. Each function accepts every message, incomplete ones
-included; a field counts as set if its presence test says so. Text that is not UTF-8 has its
-bytes as lone surrogates: text.encode(errors="surrogateescape") gives them back.
+included; a field counts as set if its presence test says so. Bytes that are not UTF-8 become
+lone surrogates, which text.encode(errors="surrogateescape") turns back into the bytes.
 
 Any number of threads may call any function. Messages of 2 KiB or more are rendered without
 the GIL.
@@ -254,7 +253,7 @@ the GIL.
 const char* const toStringText =
     R"(Return the plain text of a Scalar or a Reference, or the word of an enumeration value.
 
-An enumeration value is an int in Python, so say of which enumeration: Resource.Scheme,
+An enumeration value is an int in Python, so pass its enumeration too: Resource.Scheme,
 Reference.RefType or Violation.Severity. The word of an unlisted number is "unknown" for a
 scheme, "<undefined>" for the others.
 
@@ -289,7 +288,7 @@ A Resource needs the text of its anchor. Nothing is escaped.
 )";
 
 const char* const toHtmlManyText =
-    R"(Return to_html of each of some messages, in less time than that many calls take.
+    R"(Return the to_html of each message, in less time than a call for each takes.
 
 >>> converter.to_html_many([Arg(string_val="a"), Link(link_text="b")])
 ['a', 'b']
@@ -328,8 +327,8 @@ PyModuleDef definition = {
 
 }  // namespace
 
-// PYBIND11_MODULE would initialize in one phase: a subinterpreter then gets a copy of the module
-// without a call that could refuse it.
+// PYBIND11_MODULE would initialize in one phase: a subinterpreter would then get a copy of the
+// module, and nothing could refuse it.
 extern "C" PYBIND11_EXPORT PyObject* PyInit_converter() {
   return PyModuleDef_Init(&definition);
 }

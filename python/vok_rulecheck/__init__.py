@@ -2,8 +2,8 @@
 
 """The rule-check protocol: its messages, and their texts.
 
-RuleService_pb2 has the message classes, converter the functions that render their values, and
-read_delimited and write_delimited read and write messages one after the other.
+RuleService_pb2 has the message classes, and converter the functions that render their values.
+read_delimited and write_delimited read and write messages prefixed with their length.
 
 >>> from vok_rulecheck import RuleService_pb2 as pb, converter
 >>> place = pb.Reference(type=pb.Reference.FILE, name="fifo.v:12")
@@ -22,9 +22,9 @@ def _schema_is_registered():
         return False
 
 
-# The library that converter loads registers the schema too. Messages generated later share its
-# classes, which is many times as fast; messages generated earlier have classes of their own,
-# which the ones here must share then, or CopyFrom from one to the other would fail.
+# The library that converter loads registers the schema too. Messages imported later share its
+# classes, which is many times as fast. Messages imported earlier have classes of their own; the
+# ones here must then share those, or CopyFrom from one to the other would fail.
 if _schema_is_registered():
     from . import RuleService_pb2, converter
 else:

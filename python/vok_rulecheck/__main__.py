@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 
-"""Prints the arguments of the findings of a session's result, one a line, as HTML.
+"""Prints the arguments of all findings of a SessionResult as HTML, one per line.
 
 usage: python3 -m vok_rulecheck RESULT
 """
@@ -29,7 +29,7 @@ def main(words):
     except OSError as error:
         return f"vok_rulecheck: {words[0]}: {error.strerror}"
     except DecodeError:
-        return f"vok_rulecheck: {words[0]}: not a session's result"
+        return f"vok_rulecheck: {words[0]}: not a SessionResult"
     sys.stdout.reconfigure(encoding="utf-8", errors="surrogateescape")
     for html in converter.to_html_many(arguments(result)):
         print(html)

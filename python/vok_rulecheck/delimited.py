@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 
-"""Messages that are prefixed with their length, as in files of several and on connections."""
+"""Messages prefixed with their length, for files and connections that carry several."""
 
 from typing import BinaryIO, Optional, Type, TypeVar
 
@@ -49,7 +49,7 @@ def read_delimited(stream: BinaryIO, message_class: Type[M], max_bytes: int = 1 
     if length is None:
         return None
     if length > max_bytes:
-        raise DecodeError(f"a message of {length} bytes, and at most {max_bytes} are accepted")
+        raise DecodeError(f"a message of {length} bytes exceeds the limit of {max_bytes}")
     message = parse(message_class, _read_exactly(stream, length))
     if not message.IsInitialized():
         raise DecodeError(f"required fields are missing: {', '.join(message.FindInitializationErrors())}")

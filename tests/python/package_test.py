@@ -226,7 +226,7 @@ class Delimited(unittest.TestCase):
                 (b"\xff" * 10 + b"\x00", "more than ten bytes"),
                 (b"\x05\x08", "ends after 1 of 5 bytes"),
                 (b"\x80\x80\x40", "of 1048576 bytes|ends after 0 of 1048576"),
-                (b"\x81\x80\x40", "a message of 1048577 bytes, and at most 1048576 are accepted"),
+                (b"\x81\x80\x40", "a message of 1048577 bytes exceeds the limit of 1048576"),
                 (b"\x01\x08", ""),
                 (b"\x02\x10\x01", "required fields are missing: scheme")):
             with self.subTest(data.hex()), self.assertRaisesRegex(DecodeError, text):
@@ -252,7 +252,7 @@ class Program(ProgramTest):
 
     def test_refuses_other_files_and_arguments(self):
         self.write("bad", "\x07")
-        for words, line in ((("bad",), "vok_rulecheck: bad: not a session's result"),
+        for words, line in ((("bad",), "vok_rulecheck: bad: not a SessionResult"),
                             (("none",), "vok_rulecheck: none: No such file or directory"),
                             ((), "usage: python3 -m vok_rulecheck RESULT")):
             with self.subTest(words):
