@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 
 """What the loader has to do for the shared object, and how large it is, compared with
-the same sources built with nothing but CMake's flags for a release."""
+the same sources built with CMake's default Release flags."""
 
 import os
 import pathlib

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Replaces the baseline, what programs of the last release rely on, by that of the sources.
+"""Replaces the baseline, which programs of the last release rely on, with that of the sources.
 
 usage: tests/library/compatibility/update_baseline.py
 

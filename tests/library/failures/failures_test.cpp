@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Failures of the C and C++ libraries while a text is rendered: the functions throw
-// std::bad_alloc, never return a text that is cut, and leak and change nothing.
+// std::bad_alloc, never return a truncated text, and leak and change nothing.
 
 #include <gtest/gtest.h>
 #include <vok/rulecheck/Converter.h>
@@ -149,7 +149,7 @@ const Setting settings[] = {
     {"comma", FE_TONEAREST}, {"comma", FE_TOWARDZERO}, {"two_bytes", FE_UPWARD},
 };
 
-TEST(Failures, OfEachAllocationThrow) {
+TEST(Failures, OfAnyAllocationThrowBadAlloc) {
   for (const Case& c : others) {
     failEachAllocation(c);
   }
@@ -164,7 +164,7 @@ TEST(Failures, OfEachAllocationThrow) {
 
 // The C library may allocate while it formats a number, and fail. A locale's decimal point
 // may be longer than MB_LEN_MAX, so that the buffer has no room for the text.
-TEST(Failures, OfPrintfThrow) {
+TEST(Failures, OfPrintfThrowBadAlloc) {
   constexpr int longest = 316 + MB_LEN_MAX;  // of -DBL_MAX
   for (const Setting& setting : settings) {
     const bool needsPrintf = setting.locale[0] != 'C' || setting.roundingMode != FE_TONEAREST;

@@ -58,7 +58,7 @@ std::string outcome(const std::function<std::string()>& render) {
 // The lower 32 bits are those of a short text.
 class Length : public testing::TestWithParam<std::size_t> {};
 
-TEST_P(Length, ThatDoesNotFitIntoMemoryThrows) {
+TEST_P(Length, BeyondFreeMemoryThrows) {
   Arg arg;
   Scalar& scalar = *arg.mutable_scalar();
   Reference reference;
@@ -84,7 +84,7 @@ INSTANTIATE_TEST_SUITE_P(Of, Length,
 
 // No address space has room for as many different references as it takes to exceed what a
 // string can hold, so the list has one of them many times.
-TEST(Length, ThatDoesNotFitIntoAStringThrows) {
+TEST(Length, BeyondTheLimitOfAStringThrows) {
   Reference reference;
   try {
     *reference.mutable_name() = hugeText(std::size_t{1} << 45);
@@ -115,7 +115,7 @@ void expectText(std::string_view text, std::string_view start, std::string_view 
 }
 
 // Takes as much memory, and seconds.
-TEST(LargeText, OfMoreThan4GiBIsComplete) {
+TEST(LargeText, Over4GiBIsComplete) {
   if (sysconf(_SC_AVPHYS_PAGES) * sysconf(_SC_PAGESIZE) < long{9} << 30) {
     GTEST_SKIP() << "9 GiB of memory are needed";
   }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The rule server with standard input and output for a transport: reads length-delimited requests
-// until its input ends, and writes the last answer.
+// The rule server on standard input and output: reads length-delimited requests until its input
+// ends, and writes the last answer.
 
 #include <google/protobuf/io/zero_copy_stream_impl.h>
 #include <google/protobuf/util/delimited_message_util.h>

@@ -3,8 +3,8 @@
 """The library at unusual times: loaded and unloaded, after a fork, before main and after
 it, after the runtime's shutdown, and in a process with a second copy of the schema.
 
-Where WITH_VALGRIND is set, programs that must succeed run under Valgrind, which may find
-no error and no leak.
+If WITH_VALGRIND is set, programs that must succeed run under Valgrind, which must find no error
+and no leak.
 """
 
 import os

@@ -27,7 +27,7 @@ void expectRefusedOrAFixedPoint(const tests::GoldenVector& vector, const std::st
   }
 }
 
-TEST(DamagedVectors, AreRefusedOrAFixedPoint) {
+TEST(DamagedVectors, AreRejectedOrSerializeStably) {
   for (const tests::GoldenVector& vector : tests::goldenVectors()) {
     for (std::size_t bit = 0; bit < 8 * vector.wire.size(); ++bit) {
       SCOPED_TRACE(vector.name + " damaged at bit " + std::to_string(bit));

@@ -103,7 +103,7 @@ std::string repeated(const Element& element, int count) {
 }
 
 // The most memory by fields of that message itself, not of messages inside it. Lists and
-// tables grow by leaps: they are fullest just after one. Shorter inputs take little memory.
+// tables grow in steps, and take the most just after one. Shorter inputs take little memory.
 double worstOfItself(const Message& prototype, Measure measure) {
   double worst = 0;
   for (const Element& element : elementsOf(*prototype.GetDescriptor())) {
@@ -160,7 +160,7 @@ const Bounds& boundsOf(const std::string& name) {
   });
 }
 
-TEST(Memory, IsAtMostAndAlmostThePromisedBound) {
+TEST(Memory, NearlyReachesTheDocumentedBound) {
   for (const Measure measure : {&onTheHeap, &onAnArena}) {
     Worst ofItself;
     for (const Message* prototype : tests::allMessages()) {
@@ -193,7 +193,7 @@ std::vector<std::string> listsOfEmptyMessages(const Descriptor& type) {
   return lists;
 }
 
-TEST(Memory, ForTheNamesOfMissingFieldsIsBounded) {
+TEST(Memory, ForNamesOfMissingFieldsIsBounded) {
   struct Case {
     const char* type;
     double log;
@@ -218,8 +218,8 @@ TEST(Memory, ForTheNamesOfMissingFieldsIsBounded) {
   }
 }
 
-// Of a length of 50,000,000 only one byte arrives. 3.3 reserves nothing.
-TEST(Memory, ForAStringThatDoesNotArriveIsReservedFromStreamsOnly) {
+// A string of 50,000,000 bytes is truncated after the first. 3.3 reserves nothing.
+TEST(Memory, IsReservedForATruncatedStringFromStreamsOnly) {
   const std::string bytes = tests::fromHex("12 80 e1 eb 17 61");
   const auto fromStream = [&](bool isLimited) {
     vok::rulecheck::Resource resource;
@@ -242,7 +242,7 @@ TEST(Memory, ForAStringThatDoesNotArriveIsReservedFromStreamsOnly) {
 
 // Later releases give strings blocks of their own.
 #if GOOGLE_PROTOBUF_VERSION < 4022000
-TEST(Memory, OfAnInitialBlockOf8KiBHoldsAllGoldenVectors) {
+TEST(Memory, InitialBlockOf8KiBHoldsEachGoldenVector) {
   for (const tests::GoldenVector& vector : tests::goldenVectors()) {
     std::vector<char> block(8192);
     google::protobuf::ArenaOptions options;

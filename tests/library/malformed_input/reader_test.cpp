@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What a reader may rely on: which bytes parse, and what is written of the message.
+// Which bytes parse, and what the message then serializes to.
 
 #include <google/protobuf/descriptor.h>
 #include <gtest/gtest.h>
@@ -104,7 +104,7 @@ std::string withoutRepetitions(std::string digits) {
   return digits;
 }
 
-TEST(Reader, ParsesOrRefusesAsPromised) {
+TEST(Reader, ParsesOrRejectsAsDocumented) {
   for (const Case& c : cases) {
     const bool is33 = GOOGLE_PROTOBUF_VERSION < 3004000 && c.written33 != nullptr;
     const std::string written = is33 ? c.written33 : *c.written == '\0' ? c.bytes : c.written;
@@ -127,7 +127,7 @@ int longestChain(const google::protobuf::Descriptor& type) {
   return longest + 1;
 }
 
-TEST(Reader, MeetsChainsOfAtMostElevenMessages) {
+TEST(Messages, NestAtMostElevenDeep) {
   int longest = 0;
   for (const google::protobuf::Message* prototype : tests::allMessages()) {
     longest = std::max(longest, longestChain(*prototype->GetDescriptor()));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Every field of every message with everything but what belongs there: each
-// wrong wire type, lengths that nothing backs, and unlisted numbers.
+// Every field of every message with wrong input: each wrong wire type, lengths past the
+// end, and unlisted numbers.
 
 #include <gmock/gmock.h>
 #include <google/protobuf/descriptor.h>
@@ -76,7 +76,7 @@ std::vector<Field> allFields() {
   return fields;
 }
 
-TEST(WrongWireTypes, MakeAnyFieldUnknownOrAreRefused) {
+TEST(WrongWireTypes, MakeAFieldUnknownOrAreRejected) {
   for (const auto& [prototype, field] : allFields()) {
     SCOPED_TRACE(std::string(field->full_name()));
     EXPECT_FALSE(field->is_packable());
@@ -91,7 +91,7 @@ TEST(WrongWireTypes, MakeAnyFieldUnknownOrAreRefused) {
   }
 }
 
-TEST(WrongWireTypes, OfKeysAndValuesOfMapsAreAsIfAbsent) {
+TEST(WrongWireTypes, MakeMapKeysAndValuesAbsent) {
   for (const auto& [prototype, field] : allFields()) {
     SCOPED_TRACE(std::string(field->full_name()));
     const std::string empty = writtenAgain(*prototype, tests::record(field->number(), ""));
@@ -107,7 +107,7 @@ TEST(WrongWireTypes, OfKeysAndValuesOfMapsAreAsIfAbsent) {
   }
 }
 
-TEST(Lengths, OfAnyFieldThatRunPastTheEndAreRefused) {
+TEST(Lengths, PastTheEndAreRejectedForEveryField) {
   for (const auto& [prototype, field] : allFields()) {
     SCOPED_TRACE(std::string(field->full_name()));
     for (const std::uint64_t length : {
@@ -124,7 +124,7 @@ TEST(Lengths, OfAnyFieldThatRunPastTheEndAreRefused) {
   }
 }
 
-TEST(UnlistedNumbers, OfAnyEnumerationStayUnknownAndSurvive) {
+TEST(UnlistedNumbers, AreKeptAsUnknownFields) {
   for (const auto& [prototype, field] : allFields()) {
     if (field->cpp_type() != FieldDescriptor::CPPTYPE_ENUM) {
       continue;
@@ -141,7 +141,7 @@ TEST(UnlistedNumbers, OfAnyEnumerationStayUnknownAndSurvive) {
   }
 }
 
-TEST(UnlistedNumbers, OfMoreThan32BitsSurviveOrLoseTheHighBits) {
+TEST(UnlistedNumbers, WiderThan32BitsSurviveOrLoseTheirHighBits) {
   EXPECT_THAT(writtenAgain(vok::rulecheck::Resource::default_instance(),
                            tests::fromHex("08 87 80 80 80 10")),
               testing::AnyOf("08 87 80 80 80 10", "08 07"));

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 
 """Small changes of a C++ source that clang-format has laid out, each of which a good test
-would notice. Changes that do not compile are made too: whoever uses them finds out.
+would notice. Some of them do not compile.
 """
 
 import re

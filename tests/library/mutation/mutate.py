@@ -21,7 +21,7 @@ SOURCES = [RENDERING / name for name in ("numbers.h", "numbers.cpp", "Converter.
 EQUIVALENTS = HERE / "equivalent.txt"
 
 # Runs of the tests, the quick ones first, with the memory in bytes and the seconds that each gets:
-# a mutant may want all that there is, or never end. failures_tests has texts larger than memory.
+# a mutant may allocate without end, or loop forever. failures_tests has texts larger than memory.
 RUNS = [("rendering/rendering_tests", "-*Random*:*Powers*:*Rounding*", 1 << 32, 20),
         ("failures/failures_tests", "*", 1 << 50, 20),
         ("rendering/rendering_tests", "*Random*:*Powers*:*Rounding*", 1 << 32, 200)]

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 
-"""The Debian packages that tools/package has built: what they are, and how users get on with them."""
+"""The Debian packages that tools/package has built: their contents, and how users install and use them."""
 
 import os
 import pathlib

@@ -24,7 +24,7 @@ void fill(int number, ArgList* args) {
   }
 }
 
-TEST(Allocations, OfAReusedRequestEndOnceItHasHeldTheLargest) {
+TEST(Allocations, StopOnceAReusedRequestHasHeldTheLargest) {
   std::vector<std::string> stream;
   for (int number = 0; number < 100; ++number) {
     Request request;
@@ -43,7 +43,7 @@ TEST(Allocations, OfAReusedRequestEndOnceItHasHeldTheLargest) {
   }
 }
 
-TEST(Allocations, OfSerializingAResultAreOneString) {
+TEST(Allocations, AreOneStringWhenAResultIsSerialized) {
   SessionResult result;
   for (int number = 0; number < 1000; ++number) {
     Violation& violation = (*result.mutable_violations()->mutable_hashmap())[number];

@@ -140,7 +140,7 @@ void expectArena() {
   EXPECT_EQ(Entry().GetArena(), nullptr) << entry.GetTypeName();
 }
 
-TEST(Interface, HasAClassForTheEntriesOfEachMapThatTakesAnArena) {
+TEST(Interface, HasAnEntryClassForEachMapThatTakesAnArena) {
   expectArena<Affirmation::Affirmation_CategoriesEntry>();
   expectArena<AffirmationMap::AffirmationMap_HashmapEntry>();
   expectArena<Violation::Violation_CategoriesEntry>();

@@ -144,7 +144,7 @@ TEST(Merge, FollowsTheTable) {
   }
 }
 
-TEST(MapEntries, OfAnArenaBelongToItAndKeepTheirFields) {
+TEST(MapEntries, OnAnArenaBelongToItAndKeepTheirFields) {
   int maps = 0;
   for (const Message* prototype : tests::allMessages()) {
     const auto* type = prototype->GetDescriptor();

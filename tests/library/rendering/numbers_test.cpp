@@ -81,7 +81,7 @@ void expectRemarkableDoublesPrinted() {
   }
 }
 
-TEST(Doubles, HaveTheseLiteralTexts) {
+TEST(Doubles, HaveTheExpectedTexts) {
   const std::pair<double, const char*> rows[] = {
       {2.5, "2.500000"},
       {-0.0, "-0.000000"},

@@ -91,7 +91,7 @@ TEST(Rendering, FollowsTheConformanceSuite) {
   EXPECT_GT(cases, 600u);
 }
 
-TEST(Rendering, TreatsUnlistedSchemesAsWithoutPrefix) {
+TEST(Rendering, GivesUnlistedSchemesNoPrefix) {
   for (const int number : {7, -1, 1000}) {
     auto resource = tests::parse<Resource>("host: 'h' port: 1 media_type: 'text/html' data: 'd'");
     resource.set_scheme(static_cast<Resource_Scheme>(number));
@@ -125,7 +125,7 @@ void expectWords(std::string (*word)(int)) {
   }
 }
 
-TEST(Words, AreThoseOfTheModelForEveryNumber) {
+TEST(Words, MatchTheModelForEveryNumber) {
   expectWords<Resource_Scheme>(model::wordOfScheme);
   expectWords<Reference_RefType>(model::wordOfKind);
   expectWords<Violation_Severity>(model::wordOfSeverity);
@@ -189,7 +189,7 @@ Message randomMessage(std::mt19937_64* random) {
   return message;
 }
 
-TEST(RandomMessages, AreRenderedAsByTheModel) {
+TEST(RandomMessages, RenderAsInTheModel) {
   std::mt19937_64 random(20260106);
   for (int i = 0; i < 10000 && !HasFailure(); ++i) {
     const auto arg = randomMessage<Arg>(&random);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The rule server from many threads: no finding is lost, none is there twice.
+// The rule server from many threads: no finding is lost, and none is recorded twice.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -47,7 +47,7 @@ TEST_P(FirstUse, NeedsNoSetUp) {
 INSTANTIATE_TEST_SUITE_P(Of, FirstUse, testing::ValuesIn(uses),
                          [](const auto& tested) { return tested.param.name; });
 
-TEST(Reading, OfOneMessageNeedsNoLock) {
+TEST(Reading, OneMessageNeedsNoLock) {
   const SessionResult built = tests::makeResult();
   SessionResult parsed;
   ASSERT_TRUE(parsed.ParseFromString(built.SerializeAsString()));

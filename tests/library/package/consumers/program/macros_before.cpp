@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The C library's macros major and minor, defined before our headers: they take
-// part in naming the accessors of Version, which are called as usual.
+// The C library's macros major and minor, defined before the library's headers, rename the
+// accessors of Version. Programs call these as usual.
 
 #include <sys/sysmacros.h>
 
