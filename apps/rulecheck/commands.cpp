@@ -86,7 +86,7 @@ void addConversion(CLI::App& app, const char* name, const char* description, con
 void addConversions(CLI::App& app) {
   addConversion(app, "html", "Writes a result as one page for people",
                 "rulecheck html result.pb -o report.html", page);
-  addConversion(app, "text", "Writes a result as compilers write warnings, a line each",
+  addConversion(app, "text", "Writes a result as lines like those of a compiler",
                 "rulecheck text result.pb", linesOf);
   addConversion(app, "json", "Writes a result as JSON", "rulecheck json result.pb | jq .violations",
                 [](const SessionResult& result) { return encoded(result, "json"); });
@@ -111,7 +111,7 @@ void addSarif(CLI::App& app) {
 
 void addImport(CLI::App& app) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = addCommand(app, "import", "Makes a result of any tool's SARIF 2.1.0",
+  CLI::App* command = addCommand(app, "import", "Converts any tool's SARIF 2.1.0 to a result",
                                  "rulecheck import eslint.sarif -o result.pb", options);
   command->add_option("LOG", options->inputs.emplace_back(), "The SARIF log")->required();
   addOutput(command, &options->output)->required();
@@ -125,7 +125,7 @@ void addImport(CLI::App& app) {
 
 void addMerge(CLI::App& app) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = addCommand(app, "merge", "Makes one result of several",
+  CLI::App* command = addCommand(app, "merge", "Merges results into one",
                                  "rulecheck merge core.pb uart.pb -o all.pb", options);
   command
       ->add_option("RESULTS", options->inputs, std::string("Results to merge: ") + kResultFormats)
@@ -184,8 +184,7 @@ void addGate(CLI::App& app, int* status) {
       ->capture_default_str();
   CLI::Option* baseline =
       command->add_option("--baseline", options->inputs[1], "An older result to compare with");
-  command->add_flag("--new-only", *newOnly, "Count only what the baseline has not")
-      ->needs(baseline);
+  command->add_flag("--new-only", *newOnly, "Count only what the baseline lacks")->needs(baseline);
   command->add_flag("--quiet", options->quiet, "Print nothing");
   command->callback([options, gate, newOnly, status] {
     const SessionResult& result = options->read(options->inputs[0]);

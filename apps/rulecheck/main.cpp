@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// rulecheck: checks a design, and makes of the result what people and programs read.
+// rulecheck: checks a design, and writes the result for people and for programs.
 
 #include <vok/rulecheck/RuleService.pb.h>
 
@@ -33,7 +33,7 @@ struct Options {
   bool quiet = false;
 };
 
-// What an older run wrote must not pass for what this one finds.
+// If this run fails, the files of an older one must not pass for its result.
 void removeOld(const std::string& path) {
   std::error_code ignored;
   if (fs::is_regular_file(path, ignored)) {
@@ -66,7 +66,7 @@ void addLint(CLI::App& app, Options& options) {
                    std::string("The result to write: ") + rulecheck::kResultFormats)
       ->required();
   command->add_option("--format", options.format, "The format of the result, as an extension");
-  command->add_option("--html", options.page, "A page to write, too");
+  command->add_option("--html", options.page, "Also write this page");
   command->add_flag("--quiet", options.quiet, "Print no summary");
   command->footer(
       "Example:\n  rulecheck lint -o result.pb --html report.html -- -Irtl -f design.f");
@@ -83,7 +83,7 @@ int main(int argc, char** argv) {
                                         std::to_string(vok::rulecheck::MINOR) + '.' +
                                         std::to_string(vok::rulecheck::PATCH));
   app.footer(
-      "Exit status: 0 fine, 1 the gate says no, 2 wrong use or unreadable input, 3 a program could "
+      "Exit status: 0 fine, 1 the gate failed, 2 wrong use or unreadable input, 3 a program could "
       "not be run.\n"
       "\"rulecheck COMMAND --help\" has the options of a command.");
   Options options;
