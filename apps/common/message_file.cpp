@@ -37,11 +37,14 @@ Format formatOf(const std::string& path) {
                   ": unknown extension, expected .pb, .bin, .txtpb, .textproto, .txt or .json");
 }
 
+// In one piece: bytes that grow would take several times their size.
 bool encodeBinary(const google::protobuf::Message& message, std::string* bytes) {
-  google::protobuf::io::StringOutputStream sink(bytes);
+  bytes->resize(message.ByteSizeLong());
+  google::protobuf::io::ArrayOutputStream sink(bytes->data(), static_cast<int>(bytes->size()));
   google::protobuf::io::CodedOutputStream out(&sink);
   out.SetSerializationDeterministic(true);
-  return message.SerializeToCodedStream(&out);
+  message.SerializeWithCachedSizes(&out);
+  return !out.HadError();
 }
 
 bool encodeJson(const google::protobuf::Message& message, std::string* json) {

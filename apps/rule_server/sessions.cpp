@@ -32,28 +32,38 @@ Finding kept(const Rule& rule, const Body& body, const Made& made, Budget& budge
   return finding;
 }
 
-template <typename Body>
-Body bodyOf(const Finding& finding) {
-  Body body;
-  if (!body.ParseFromString(finding.body)) {
-    throw std::logic_error("a recorded finding is malformed");
-  }
-  return body;
-}
+// Adds findings to a result. One message is parsed into again and again, which hardly allocates.
+class Adder {
+ public:
+  explicit Adder(SessionResult* result) : result_(result) {}
 
-void add(const Finding& finding, std::int32_t id, SessionResult* result) {
-  if (finding.isAffirmation) {
-    Affirmation& affirmation = (*result->mutable_affirmations()->mutable_hashmap())[id];
-    affirmation = makeAffirmation(finding.rule->spec, bodyOf<CreateAffirmation>(finding));
-    affirmation.set_id(id);
-    return;
+  void add(const Finding& finding, std::int32_t id) {
+    if (finding.isAffirmation) {
+      parse(finding, &affirmation_);
+      Affirmation& made = (*result_->mutable_affirmations()->mutable_hashmap())[id];
+      made = makeAffirmation(finding.rule->spec, affirmation_);
+      made.set_id(id);
+      return;
+    }
+    parse(finding, &violation_);
+    auto* map =
+        isWaived(violation_) ? result_->mutable_waived_violations() : result_->mutable_violations();
+    Violation& made = (*map->mutable_hashmap())[id];
+    made = makeViolation(finding.rule->spec, violation_);
+    made.set_id(id);
   }
-  const auto body = bodyOf<CreateViolation>(finding);
-  auto* map = isWaived(body) ? result->mutable_waived_violations() : result->mutable_violations();
-  Violation& violation = (*map->mutable_hashmap())[id];
-  violation = makeViolation(finding.rule->spec, body);
-  violation.set_id(id);
-}
+
+ private:
+  static void parse(const Finding& finding, google::protobuf::Message* body) {
+    if (!body->ParseFromString(finding.body)) {
+      throw std::logic_error("a recorded finding is malformed");
+    }
+  }
+
+  SessionResult* result_;
+  CreateViolation violation_;
+  CreateAffirmation affirmation_;
+};
 
 }  // namespace
 
@@ -156,8 +166,9 @@ SessionResult resultOf(const Snapshot& snapshot) {
   const auto& violations = result.mutable_violations()->hashmap();
   const auto& waived = result.mutable_waived_violations()->hashmap();
   const auto& affirmations = result.mutable_affirmations()->hashmap();
+  Adder adder(&result);
   for (std::size_t i = 0; i < snapshot.findings.size(); ++i) {
-    add(snapshot.findings[i], static_cast<std::int32_t>(i + 1), &result);
+    adder.add(snapshot.findings[i], static_cast<std::int32_t>(i + 1));
   }
   result.set_violation_count(static_cast<std::int32_t>(violations.size()));
   result.set_waived_count(static_cast<std::int32_t>(waived.size()));

@@ -17,7 +17,7 @@ std::string summary(const vok::rulecheck::SessionResult& result,
                     const std::vector<std::string>& remarks) {
   std::map<int, std::size_t> counts;
   for (const auto& entry : result.violations().hashmap()) {
-    ++counts[levelOf(entry.second).rank];
+    ++counts[entry.second.severity()];
   }
   std::set<std::string> unchecked;
   std::size_t waived = 0;

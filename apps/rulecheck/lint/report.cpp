@@ -6,6 +6,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "rule_server/environment.h"
 #include "rule_server/rule_server.h"
@@ -44,14 +45,14 @@ void sendRules(const Server& server, const Catalog& rules) {
 }
 
 void sendFindings(const Server& server, const Session& session, const Catalog& rules,
-                  const std::vector<CreateViolation>& violations) {
+                  std::vector<CreateViolation> violations) {
   std::set<std::string> violated;
-  for (const CreateViolation& violation : violations) {
+  for (CreateViolation& violation : violations) {
+    violated.insert(violation.rule_key());
     Request request;
-    *request.mutable_create_violation() = violation;
+    request.mutable_create_violation()->Swap(&violation);
     request.mutable_create_violation()->set_session_uuid(session.uuid());
     call(server, Request::CREATE_VIOLATION, &request);
-    violated.insert(violation.rule_key());
   }
   for (const auto& entry : rules) {
     if (violated.count(entry.first) == 0) {
@@ -66,7 +67,7 @@ void sendFindings(const Server& server, const Session& session, const Catalog& r
 SessionResult finish(const Server& server, const Session& session, bool writes) {
   Request get;
   get.mutable_get_session_result()->set_session_uuid(session.uuid());
-  SessionResult result = call(server, Request::GET_SESSION_RESULT, &get).session_result();
+  Response got = call(server, Request::GET_SESSION_RESULT, &get);
   if (writes) {
     Request write;
     *write.mutable_write_report()->mutable_session() = session;
@@ -75,7 +76,7 @@ SessionResult finish(const Server& server, const Session& session, bool writes) 
   Request stop;
   *stop.mutable_stop_session()->mutable_session() = session;
   call(server, Request::STOP_SESSION, &stop);
-  return result;
+  return std::move(*got.mutable_session_result());
 }
 
 }  // namespace
@@ -89,10 +90,10 @@ Server localServer() {
 }
 
 SessionResult report(const Server& server, const vok::rulecheck::StartSession& session,
-                     const Catalog& rules, const std::vector<CreateViolation>& violations) {
+                     const Catalog& rules, std::vector<CreateViolation> violations) {
   const Session started = start(server, session);
   sendRules(server, rules);
-  sendFindings(server, started, rules, violations);
+  sendFindings(server, started, rules, std::move(violations));
   return finish(server, started, session.has_report_file());
 }
 

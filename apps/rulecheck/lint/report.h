@@ -25,9 +25,10 @@ Server localServer();
 // has a report_file. Returns the session's result.
 //
 // Throws std::runtime_error if the server refuses something.
-vok::rulecheck::SessionResult report(
-    const Server& server, const vok::rulecheck::StartSession& session, const Catalog& rules,
-    const std::vector<vok::rulecheck::CreateViolation>& violations);
+vok::rulecheck::SessionResult report(const Server& server,
+                                     const vok::rulecheck::StartSession& session,
+                                     const Catalog& rules,
+                                     std::vector<vok::rulecheck::CreateViolation> violations);
 
 }  // namespace rulecheck
 
