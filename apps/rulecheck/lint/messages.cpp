@@ -124,7 +124,7 @@ class Reader {
     StringPiece rest = line;
     std::string kind;
     std::string code;
-    if (RE2::Consume(&rest, header, &kind, &code)) {
+    if (line[0] == '%' && RE2::Consume(&rest, header, &kind, &code)) {
       begin(kind == "Error", code, rest);
     } else if (line.compare(0, 7, "-Info: ") == 0) {
       isOpen_ = false;
@@ -186,8 +186,9 @@ class Reader {
   void addNote(StringPiece text) {
     static const RE2 indent("(?: +(?:: +)?)");
     static const RE2 mark(R"( *\.\.\. )");
-    static const RE2 instance(R"(In instance )");
-    static const RE2 manual(R"(For |Use "/\* verilator|See the manual|Looked in:)");
+    static const RE2 instance(R"((?:note: )?In instance '?([^']+))", RE2::Latin1);
+    static const RE2 manual(R"(For |Use "/\* verilator|See the manual|Looked in:|With current )");
+    std::string name;
     RE2::Consume(&text, indent);
     const Place place = takePlace(&text);
     const bool isMarked = RE2::Consume(&text, mark);
@@ -198,8 +199,8 @@ class Reader {
       link.set_link_text(text.as_string() + " (" + reference.name() + ")");
       *link.mutable_url() = reference.url();
       messages_.back().links.push_back(link);
-    } else if (isMarked && RE2::Consume(&text, instance)) {
-      messages_.back().instance = text.as_string();
+    } else if (isMarked && RE2::Consume(&text, instance, &name)) {
+      messages_.back().instance = name;
     } else if (isMarked && !RE2::Consume(&text, manual)) {
       messages_.back().advice.push_back(text.as_string());
     }

@@ -9,7 +9,7 @@ import subprocess
 import time
 import unittest
 
-from programs import RECORDED, RULECHECK, RulecheckTest, findings, read_json
+from programs import RECORDED, RULECHECK, RulecheckTest, findings, read_json, verilator_findings
 
 MODULE = "module m; endmodule\n"
 NARROW = (RECORDED / "narrow.txt").read_text(encoding="utf-8")
@@ -128,6 +128,15 @@ class Findings(LintTest):
         url = result["violations"]["hashmap"]["1"]["details"]["args"]["arg"][0]["ref"]["url"]
         self.assertEqual(url["path"], f"{self.folder}/narrow.v".replace(" ", "%20"))
         self.assertEqual(url["fragment"], "L7C27")
+
+    def test_are_those_of_each_release_of_verilator(self):
+        """The output of a release is what it says of apps/designs and of small files with mistakes."""
+        for path in RECORDED.glob("*.txt"):
+            with self.subTest(path.name):
+                said = path.read_text(encoding="utf-8")
+                _, result = self.lint(said)
+                self.assertEqual(findings(result), verilator_findings(said))
+                self.assertNotRegex(str(result["violations"]), "In instance|Looked in|See the manual")
 
     def test_are_written_as_a_page_too(self):
         self.assertEqual(self.lint(NARROW, "--html", "page.html", "--quiet")[0], "")

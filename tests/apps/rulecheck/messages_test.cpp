@@ -84,6 +84,9 @@ const OutputCase outputCases[] = {
      "warning X: [a.v:12:3] text\n"},
     {"an instance", "%Warning-X: a.v:1:2: text\n     : ... In instance top.u_a[3].u_b\n",
      "warning X: [a.v:1:2] text\n  names top.u_a[3].u_b\n"},
+    {"an instance in quotes",
+     "%Warning-X: a.v:1:2: text\n     : ... note: In instance 'top.u_a[3].u_b'\n",
+     "warning X: [a.v:1:2] text\n  names top.u_a[3].u_b\n"},
     {"another place", "%Warning-X: a.v:1:2: text\n     b c.v:3:4: ... Location of other driver\n",
      "warning X: [a.v:1:2] text\n  note: Location of other driver (b c.v:3:4) #L3C4\n"},
     {"a path through the design",
@@ -95,6 +98,7 @@ const OutputCase outputCases[] = {
      "%Warning-X: a.v:1:2: text\n"
      "     ... For warning description see https://verilator.org/warn/X?v=5.006\n"
      "     ... Use \"/* verilator lint_off X */\" and lint_on around source to disable\n"
+     "     ... With current working directory '/d'\n"
      "     *** See https://verilator.org/warn/X before disabling this,\n"
      "     else you may end up with different sim results.\n",
      "warning X: [a.v:1:2] text\n"},

@@ -74,6 +74,10 @@ def findings(result, kind="violations"):
 
 
 def verilator_findings(output):
-    """Rule and place of each message in Verilator's output."""
-    places = re.findall(r"^%(?:Warning|Error)(?:-(\w+))?: ([^\n:]+:\d+:\d+): (?!This may be)", output, re.M)
-    return sorted((rule or "ERROR", place) for rule, place in places)
+    """Rule and place of each message in Verilator's output, but not its totals and advice."""
+    found = []
+    for rule, text in re.findall(r"^%(?:Warning|Error)(?:-(\w+))?: (.*)", output, re.M):
+        place, text = re.fullmatch(r"(?:([^:]+:\d+:\d+): )?(.*)", text).groups()
+        if not re.match("This may be|Exiting due|Command Failed", text):
+            found.append((rule or "ERROR", place or "design"))
+    return sorted(found)
