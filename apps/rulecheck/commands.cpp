@@ -63,7 +63,7 @@ CLI::Option* addOutput(CLI::App* command, std::string* path) {
 
 std::string linesOf(const SessionResult& result) {
   std::string text;
-  for (const Violation* violation : sortedByPlace(result.violations())) {
+  for (const Violation* violation : sortedByPlace(listOf(result.violations()))) {
     text += lineOf(*violation) + '\n';
   }
   return text;
@@ -191,13 +191,13 @@ void addGate(CLI::App& app, int* status) {
     Violations violations;
     std::string text;
     if (options->inputs[1].empty()) {
-      violations = sortedByPlace(result.violations());
+      violations = listOf(result.violations());
     } else {
       const Comparison comparison = compare(options->read(options->inputs[1]), result);
-      violations = *newOnly ? comparison.added : sortedByPlace(result.violations());
+      violations = *newOnly ? comparison.added : listOf(result.violations());
       text = textOf(comparison, false);
     }
-    const Violations serious = seriousOf(*gate, violations);
+    const Violations serious = sortedByPlace(seriousOf(*gate, violations));
     if (!options->quiet) {
       writeText("-", text + decision(*gate, serious));
     }

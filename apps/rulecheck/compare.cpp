@@ -33,7 +33,7 @@ std::vector<Entry> entriesOf(const ViolationMap& violations) {
   entries.reserve(violations.hashmap().size());
   for (const auto& [number, violation] : violations.hashmap()) {
     const Place place = placeOf(violation.details().args());
-    entries.push_back({fingerprintOf(violation), place.line, place.column, &violation});
+    entries.push_back({fingerprintOf(violation, place), place.line, place.column, &violation});
   }
   std::sort(entries.begin(), entries.end(),
             [](const Entry& a, const Entry& b) { return a.order() < b.order(); });
@@ -50,32 +50,31 @@ void removeAll(const std::vector<Entry>& others, std::vector<Entry>* entries) {
   entries->erase(std::remove_if(entries->begin(), entries->end(), isAmong), entries->end());
 }
 
-Violations sorted(Violations violations) {
-  std::vector<std::pair<Place, const Violation*>> placed;
-  placed.reserve(violations.size());
-  for (const Violation* violation : violations) {
-    placed.emplace_back(placeOf(violation->details().args()), violation);
-    placed.back().first.source.clear();
-  }
-  std::sort(placed.begin(), placed.end(), [](const auto& a, const auto& b) {
-    const auto order = [](const auto& entry) {
-      return std::tie(entry.first.file, entry.first.line, entry.first.column);
-    };
-    return order(a) != order(b) ? order(a) < order(b) : a.second->id() < b.second->id();
-  });
-  std::transform(placed.begin(), placed.end(), violations.begin(),
-                 [](const auto& entry) { return entry.second; });
-  return violations;
-}
-
 }  // namespace
 
-Violations sortedByPlace(const ViolationMap& violations) {
+Violations listOf(const ViolationMap& violations) {
   Violations all;
+  all.reserve(violations.hashmap().size());
   for (const auto& entry : violations.hashmap()) {
     all.push_back(&entry.second);
   }
-  return sorted(std::move(all));
+  return all;
+}
+
+Violations sortedByPlace(Violations violations) {
+  // A Place has the source line too, and those of a million violations take much memory.
+  using Placed = std::tuple<std::string, int, int, int, const Violation*>;
+  std::vector<Placed> placed;
+  placed.reserve(violations.size());
+  for (const Violation* violation : violations) {
+    Place place = placeOf(violation->details().args());
+    placed.emplace_back(std::move(place.file), place.line, place.column, violation->id(),
+                        violation);
+  }
+  std::sort(placed.begin(), placed.end());
+  std::transform(placed.begin(), placed.end(), violations.begin(),
+                 [](const Placed& entry) { return std::get<const Violation*>(entry); });
+  return violations;
 }
 
 Comparison compare(const SessionResult& before, const SessionResult& after) {
@@ -101,8 +100,8 @@ Comparison compare(const SessionResult& before, const SessionResult& after) {
   for (const Entry& entry : gone) {
     comparison.fixed.push_back(entry.violation);
   }
-  comparison.added = sorted(std::move(comparison.added));
-  comparison.fixed = sorted(std::move(comparison.fixed));
+  comparison.added = sortedByPlace(std::move(comparison.added));
+  comparison.fixed = sortedByPlace(std::move(comparison.fixed));
   return comparison;
 }
 

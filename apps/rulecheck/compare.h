@@ -15,8 +15,10 @@ namespace rulecheck {
 
 using Violations = std::vector<const vok::rulecheck::Violation*>;
 
-// Sorted by file, line, column and number.
-Violations sortedByPlace(const vok::rulecheck::ViolationMap& violations);
+Violations listOf(const vok::rulecheck::ViolationMap& violations);
+
+// By file, line, column and number.
+Violations sortedByPlace(Violations violations);
 
 // Each violation of the new result is in one of the first three lists. Waived violations
 // of the new result are not fixed.

@@ -4,7 +4,6 @@
 
 #include <string_view>
 
-#include "rulecheck/place.h"
 #include "rulecheck/plain_text.h"
 
 namespace rulecheck {
@@ -59,8 +58,7 @@ class Hash {
 
 }  // namespace
 
-std::uint64_t fingerprintOf(const vok::rulecheck::Violation& violation) {
-  const Place place = placeOf(violation.details().args());
+std::uint64_t fingerprintOf(const vok::rulecheck::Violation& violation, const Place& place) {
   Hash hash;
   hash.add(violation.rule_key());
   hash.add(place.file);

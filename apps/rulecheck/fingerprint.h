@@ -10,12 +10,15 @@
 #include <cstdint>
 #include <string>
 
+#include "rulecheck/place.h"
+
 namespace rulecheck {
 
 // A hash of the rule, the file, the text of its line where the result has it, and the
 // message with its arguments. White space counts once; numbers of lines, columns and
-// findings don't count. It is the same on all machines and in all releases.
-std::uint64_t fingerprintOf(const vok::rulecheck::Violation& violation);
+// findings don't count. It is the same on all machines and in all releases. The place is that
+// of the violation's arguments.
+std::uint64_t fingerprintOf(const vok::rulecheck::Violation& violation, const Place& place);
 
 // In 16 hexadecimal digits.
 std::string hexadecimal(std::uint64_t fingerprint);

@@ -12,8 +12,7 @@ using vok::rulecheck::Violation;
 Violations seriousOf(const Gate& gate, const Violations& violations) {
   Violations serious;
   for (const Violation* violation : violations) {
-    const int rank = levelOf(*violation).rank;
-    if (rank <= gate.failOn || rank == Violation::SEV_UNKNOWN) {
+    if (violation->severity() <= gate.failOn || violation->severity() == Violation::SEV_UNKNOWN) {
       serious.push_back(violation);
     }
   }

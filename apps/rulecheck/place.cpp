@@ -4,6 +4,7 @@
 
 #include <re2/re2.h>
 
+#include <optional>
 #include <string_view>
 
 namespace rulecheck {
@@ -43,6 +44,19 @@ bool isPlace(const Reference& reference) {
   return reference.type() == Reference::FILE && reference.has_url();
 }
 
+// Takes ":12" off the end of a text.
+std::optional<int> takeNumber(std::string_view* text) {
+  constexpr std::size_t kMostDigits = 9;
+  const std::size_t digits = text->size() - (text->find_last_not_of("0123456789") + 1);
+  if (digits == 0 || digits > kMostDigits || digits == text->size() ||
+      (*text)[text->size() - digits - 1] != ':') {
+    return std::nullopt;
+  }
+  const int number = std::stoi(std::string(text->substr(text->size() - digits)));
+  text->remove_suffix(digits + 1);
+  return number;
+}
+
 }  // namespace
 
 std::string textOf(const Place& place) {
@@ -77,20 +91,21 @@ Reference referenceTo(const Place& place, const fs::path& directory) {
 }
 
 Place placeOf(const Reference& reference) {
-  static const RE2 name(R"((?s)(.*?)(?::(\d{1,9}))?(?::(\d{1,9}))?)", RE2::Latin1);
   static const RE2 fragment(R"(L?(\d{1,9})(?:[C:](\d{1,9}))?(?:-.*)?)", RE2::Latin1);
-  Place place;
-  std::string line;
-  std::string column;
-  RE2::FullMatch(reference.name(), name, &place.file, &line, &column);
+  std::string_view name = reference.name();
+  const auto last = takeNumber(&name);
+  const auto line = last ? takeNumber(&name) : std::nullopt;
+  Place place{std::string(name), line ? *line : last.value_or(0), line ? *last : 0};
   if (place.file.empty()) {
     place.file = reference.url().path();
   }
-  if (reference.url().has_fragment()) {
-    RE2::FullMatch(reference.url().fragment(), fragment, &line, &column);
+  std::string lineText;
+  std::string columnText;
+  if (reference.url().has_fragment() &&
+      RE2::FullMatch(reference.url().fragment(), fragment, &lineText, &columnText)) {
+    place.line = std::stoi(lineText);
+    place.column = columnText.empty() ? 0 : std::stoi(columnText);
   }
-  place.line = line.empty() ? 0 : std::stoi(line);
-  place.column = column.empty() ? 0 : std::stoi(column);
   place.source = reference.value().string_val();
   return place;
 }

@@ -131,7 +131,9 @@ class Writer {
       OrderedJson json = findingJson(*violation, indices_);
       json["level"] = levelWord(level);
       json["properties"]["severity"] = level.slug;
-      json["partialFingerprints"] = {{"rulecheck/v1", hexadecimal(fingerprintOf(*violation))}};
+      const Place place = placeOf(violation->details().args());
+      json["partialFingerprints"] = {
+          {"rulecheck/v1", hexadecimal(fingerprintOf(*violation, place))}};
       if (baselineState != nullptr) {
         json["baselineState"] = baselineState;
       }
@@ -178,7 +180,7 @@ class Writer {
 std::string toSarif(const SessionResult& result, const SessionResult* baseline) {
   Writer writer(result);
   if (baseline == nullptr) {
-    writer.add(sortedByPlace(result.violations()), nullptr);
+    writer.add(sortedByPlace(listOf(result.violations())), nullptr);
   } else {
     const Comparison comparison = compare(*baseline, result);
     writer.add(comparison.added, "new");
@@ -186,7 +188,7 @@ std::string toSarif(const SessionResult& result, const SessionResult* baseline) 
     writer.add(comparison.unchanged, "unchanged");
     writer.add(comparison.fixed, "absent");
   }
-  writer.add(sortedByPlace(result.waived_violations()), nullptr, true);
+  writer.add(sortedByPlace(listOf(result.waived_violations())), nullptr, true);
   const std::map<int, Affirmation> affirmations(result.affirmations().hashmap().begin(),
                                                 result.affirmations().hashmap().end());
   for (const auto& entry : affirmations) {
