@@ -75,11 +75,12 @@ class Pipe {
 // What a new process does before its program starts.
 class Preparation {
  public:
-  explicit Preparation(const Pipe& errors) {
+  Preparation(const Pipe& output, int descriptor) {
     posix_spawn_file_actions_init(&actions_);
-    posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions_, errors.writing(), STDERR_FILENO);
+    for (const int each : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+      posix_spawn_file_actions_addopen(&actions_, each, "/dev/null", O_RDWR, 0);
+    }
+    posix_spawn_file_actions_adddup2(&actions_, output.writing(), descriptor);
     sigset_t none;
     sigemptyset(&none);
     posix_spawnattr_init(&attributes_);
@@ -127,12 +128,12 @@ int waitFor(pid_t pid) {
 
 }  // namespace
 
-Ended run(const std::vector<std::string>& words, const apps::HeldSignals& signals) {
-  Pipe errors;
-  const pid_t pid = start(words, Preparation(errors));
+Ended run(const std::vector<std::string>& words, int descriptor, const apps::HeldSignals& signals) {
+  Pipe output;
+  const pid_t pid = start(words, Preparation(output, descriptor));
   const int arriving = signalfd(-1, &signals.held(), SFD_CLOEXEC);
-  errors.closeWriting();
-  const std::optional<std::string> text = errors.readAll(arriving);
+  output.closeWriting();
+  const std::optional<std::string> text = output.readAll(arriving);
   close(arriving);
   if (!text) {
     kill(-pid, SIGKILL);

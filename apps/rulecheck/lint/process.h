@@ -14,14 +14,15 @@ namespace rulecheck {
 
 struct Ended {
   bool successfully;
-  // What the program wrote on its standard error output.
-  std::string errors;
+  // What the program wrote to the descriptor.
+  std::string output;
 };
 
 // Runs a program and waits for its end. The first word names it, and is looked up in PATH
-// if it has no "/" in it. Throws apps::CannotRun. If a signal that is held arrives, kills the
-// program and the processes that it started, and throws std::runtime_error.
-Ended run(const std::vector<std::string>& words, const apps::HeldSignals& signals);
+// if it has no "/" in it. What it writes to the descriptor, that of the standard output or of
+// errors, is kept, and the rest is lost. Throws apps::CannotRun. If a signal that is held arrives,
+// kills the program and the processes that it started, and throws std::runtime_error.
+Ended run(const std::vector<std::string>& words, int descriptor, const apps::HeldSignals& signals);
 
 }  // namespace rulecheck
 

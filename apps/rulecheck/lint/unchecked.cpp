@@ -23,10 +23,53 @@ using vok::rulecheck::CreateViolation;
 
 namespace fs = std::filesystem;
 
+// Calls work with each name in the lint_off comments of a text, and with its comment.
+template <typename Work>
+void forEachLintOff(StringPiece text, Work work) {
+  static const RE2 comment(R"((/[/*]\s*verilator\s+lint_off\s+([\w ,]+)))", RE2::Latin1);
+  static const RE2 word(R"((\w+))", RE2::Latin1);
+  StringPiece whole;
+  for (StringPiece names; RE2::FindAndConsume(&text, comment, &whole, &names);) {
+    for (std::string name; RE2::FindAndConsume(&names, word, &name);) {
+      work(name, whole);
+    }
+  }
+}
+
+// Which lint_off comments Verilator skips. Macros move the others to other lines and files,
+// so that only names tell. It doesn't preprocess the files of libraries.
+class Skipped {
+ public:
+  explicit Skipped(std::function<std::string()> preprocess) : preprocess_(std::move(preprocess)) {}
+
+  bool has(const std::string& file, const std::string& name) {
+    if (preprocess_) {
+      read(preprocess_());
+      preprocess_ = nullptr;
+    }
+    return files_.count(file) != 0 && names_.count(name) == 0;
+  }
+
+ private:
+  void read(const std::string& text) {
+    static const RE2 line(R"re((?m)^`line \d+ "([^"\n]+)")re", RE2::Latin1);
+    StringPiece rest = text;
+    for (std::string file; RE2::FindAndConsume(&rest, line, &file);) {
+      files_.insert(fs::path(file).lexically_normal());
+    }
+    forEachLintOff(text, [this](const std::string& name, StringPiece) { names_.insert(name); });
+  }
+
+  // Until it is called.
+  std::function<std::string()> preprocess_;
+  std::set<std::string> files_;
+  std::set<std::string> names_;
+};
+
 class Unchecked {
  public:
-  Unchecked(const Catalog& rules, fs::path directory)
-      : rules_(rules), directory_(std::move(directory)) {}
+  Unchecked(const Catalog& rules, fs::path directory, std::function<std::string()> preprocess)
+      : rules_(rules), directory_(std::move(directory)), skipped_(std::move(preprocess)) {}
 
   void add(const std::string& rule, const ArgList& args, const char* reason) {
     CreateViolation violation;
@@ -55,14 +98,17 @@ class Unchecked {
     const std::string content = apps::readFile(directory_ / path);
     const bool isConfiguration = content.find("`verilator_config") != std::string::npos;
     std::istringstream lines(content);
+    bool maySkip = false;
     Place place{path};
     for (std::string line; std::getline(lines, line);) {
       ++place.line;
       place.source = line;
+      maySkip = maySkip || line.find("`if") != std::string::npos;
       if (isConfiguration) {
         addConfiguration(line, place);
       } else {
-        addComments(line, place);
+        addComments(line, place, maySkip);
+        addArguments(line, place);
       }
     }
   }
@@ -84,17 +130,12 @@ class Unchecked {
     return place;
   }
 
-  void addComments(const std::string& line, const Place& place) {
-    static const RE2 comment(R"((/[/*]\s*verilator\s+lint_off\s+([\w ,]+)))", RE2::Latin1);
-    static const RE2 word(R"((\w+))", RE2::Latin1);
-    StringPiece rest = line;
-    StringPiece whole;
-    for (StringPiece names; RE2::FindAndConsume(&rest, comment, &whole, &names);) {
-      for (std::string name; RE2::FindAndConsume(&names, word, &name);) {
-        addNamed(name, at(place, line, whole), "lint_off " + name);
+  void addComments(const std::string& line, const Place& place, bool maySkip) {
+    forEachLintOff(line, [&](const std::string& name, StringPiece comment) {
+      if (!maySkip || !skipped_.has(place.file, name)) {
+        addNamed(name, at(place, line, comment), "lint_off " + name);
       }
-    }
-    addArguments(line, place);
+    });
   }
 
   void addConfiguration(const std::string& line, const Place& place) {
@@ -110,6 +151,7 @@ class Unchecked {
 
   const Catalog& rules_;
   fs::path directory_;
+  Skipped skipped_;
   std::vector<CreateViolation> violations_;
 };
 
@@ -138,8 +180,9 @@ bool isSource(const fs::path& path) {
 std::vector<CreateViolation> uncheckedRules(const std::vector<std::string>& arguments,
                                             const std::string& dependencies,
                                             const std::vector<CreateViolation>& found,
-                                            const fs::path& directory, const Catalog& rules) {
-  Unchecked unchecked(rules, directory);
+                                            const fs::path& directory, const Catalog& rules,
+                                            const std::function<std::string()>& preprocess) {
+  Unchecked unchecked(rules, directory, preprocess);
   for (const std::string& argument : arguments) {
     unchecked.addArguments(argument, {});
   }

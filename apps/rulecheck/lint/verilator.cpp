@@ -3,6 +3,7 @@
 #include "rulecheck/lint/verilator.h"
 
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -72,14 +73,19 @@ std::vector<CreateViolation> lint(const std::string& program,
   std::vector<std::string> words = {program, "--lint-only", "-Wall", "-Wno-fatal"};
   words.insert(words.end(), arguments.begin(), arguments.end());
   words.insert(words.end(), {"-MMD", "--Mdir", directory.path()});
-  const Ended ended = run(words, signals);
+  const Ended ended = run(words, STDERR_FILENO, signals);
 
-  std::vector<CreateViolation> found = parseMessages(ended.errors, here);
+  std::vector<CreateViolation> found = parseMessages(ended.output, here);
   if (!ended.successfully && std::none_of(found.begin(), found.end(), isError)) {
-    throw apps::CannotRun(program + " failed: " + lastLine(ended.errors));
+    throw apps::CannotRun(program + " failed: " + lastLine(ended.output));
   }
+  const auto preprocess = [&] {
+    words.emplace_back("-E");
+    const Ended preprocessed = run(words, STDOUT_FILENO, signals);
+    return preprocessed.successfully ? preprocessed.output : "";
+  };
   std::vector<CreateViolation> unchecked =
-      uncheckedRules(arguments, dependenciesIn(directory.path()), found, here, rules);
+      uncheckedRules(arguments, dependenciesIn(directory.path()), found, here, rules, preprocess);
   std::move(unchecked.begin(), unchecked.end(), std::back_inserter(found));
   return found;
 }

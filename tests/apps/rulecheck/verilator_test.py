@@ -32,9 +32,7 @@ class Lint(RulecheckTest):
         said = self.run_program(VERILATOR, "--lint-only", "-Wall", "-Wno-fatal", *arguments)
         self.rulecheck("lint", "-o", "result.json", "--", *arguments)
         result = read_json(self.folder / "result.json")
-        self.assertEqual(
-            [found for found in findings(result) if found[1] != "design"],
-            verilator_findings(said.stderr))
+        self.assertEqual(findings(result), verilator_findings(said.stderr))
         return result
 
     def test_finds_what_the_readme_of_the_design_says(self):
@@ -64,6 +62,39 @@ class Lint(RulecheckTest):
             ("LATCH", "lib/part.v:4:1"), ("UNDRIVEN", "waive.vlt:2"),
             ("CASEOVERLAP", "design.f:3:1"), ("BLKSEQ", "command line")})
 
+    def test_counts_what_verilator_reads_of_a_file(self):
+        self.write("m.v", "`ifdef NO\n// verilator lint_off WIDTH\n`else\n// verilator lint_off LATCH\n`endif\n"
+                   "`define OFF /*verilator lint_off CASEX*/\nmodule m;\n  `OFF\n  part u_part();\nendmodule\n")
+        self.write("lib/part.v", "`ifdef NO\n// verilator lint_off BLKSEQ\n`endif\nmodule part; endmodule\n")
+        unchecked = findings(self.lint("m.v", "-y", "lib"), "waivedViolations")
+        self.assertEqual([found[:2] for found in unchecked], [  # a library is not preprocessed
+            ("BLKSEQ", "lib/part.v:2:1"), ("CASEX", "m.v:6:13"), ("LATCH", "m.v:4:1")])
+
+    def test_checks_a_core_of_many_files(self):
+        for number in range(20):
+            self.write(f"rtl/{'ab'[number % 2]}/part{number}.sv", f"""`include "width.svh"
+module part{number} import core::*;(input word_t i, output word_t o);
+  logic [1:0] narrow;
+  assign narrow = i[`WIDTH-1:0];
+  assign o = word_t'(narrow);
+endmodule
+""")
+        for name in ["core", "unused", "more"]:
+            self.write(f"pkg/{name}.sv", f"package {name}; typedef logic [7:0] word_t; endpackage\n")
+        self.write("include/width.svh", "`define WIDTH 8\n")
+        self.write("rtl/top.sv", "module top import core::*;(input word_t i, output word_t o[20]);\n" + "".join(
+            f"  part{number} u_part{number}(.i, .o(o[{number}]));\n" for number in range(20)) + "endmodule\n")
+        self.write("core.f", "-Iinclude\n-y rtl/a +libext+.sv\n-y rtl/b\n" + "".join(
+            f"pkg/{name}.sv\n" for name in ["core", "unused", "more"]) + "rtl/top.sv\n")
+        found = [found for found in findings(self.lint("-f", "core.f")) if found[0] == "WIDTH"]
+        self.assertEqual(len(found), 20)
+        self.write("waivers", "WIDTH rtl/a/*.sv -- one\nWIDTH b/part1?.sv:4 match=8.bits -- two\n")
+        self.rulecheck("lint", "-o", "result.json", "--waivers", "waivers", "--", "-f", "core.f")
+        result = read_json(self.folder / "result.json")
+        reasons = [each[2] for each in findings(result, "waivedViolations")]
+        self.assertEqual((reasons.count("one"), reasons.count("two")), (10, 5))
+        self.assertEqual(len([each for each in findings(result) if each[0] == "WIDTH"]), 5)
+
     def test_reports_what_keeps_a_design_from_being_checked(self):
         cases = {
             "two syntax errors": "module m;\n  assign = 1;\nendmodule\nmodule n;\n  wire 3;\nendmodule\n",
@@ -85,10 +116,15 @@ class Lint(RulecheckTest):
 
     def test_takes_names_as_verilator_does(self):
         narrow = (RECORDED / "narrow.v").read_text(encoding="utf-8")
-        for name in ["ü.v", "a'b\".v", "./-x.v", "one/narrow.v", "two/narrow.v", "a b.v"]:
-            with self.subTest(name):
-                self.write(name, narrow)
-                self.lint(name)
+        for names in [["ü.v"], ["a'b\".v"], ["./-x.v"], ["one/narrow.v", "two/narrow.v"], ["a b.v"]]:
+            with self.subTest(names):
+                for name in names:
+                    self.write(name, narrow)
+                self.lint(*names)
+        # Verilator's own lines are broken by such a name.
+        self.write("a\nb.v", narrow)
+        self.rulecheck("lint", "-o", "result.json", "--", "a\nb.v")
+        self.assertGreater(len(findings(read_json(self.folder / "result.json"))), 0)
 
     def test_gate_of_the_page_about_ci(self):
         page = pathlib.Path(os.environ["SOURCE_DIR"], "docs/ci.md").read_text(encoding="utf-8")
