@@ -12,7 +12,7 @@
   app_packages=(libcli11-dev libkainjow-mustache-dev libre2-dev nlohmann-json3-dev openssl
     pkg-config)
   lint_packages=(verilator)
-  test_packages=(binutils libgmock-dev libgtest-dev locales python3 valgrind)
+  test_packages=(binutils libgmock-dev libgtest-dev locales python3 python3-jsonschema valgrind)
   style_packages=(clang clang-format clang-tidy cppcheck shellcheck)
   browser_packages=(chromium poppler-utils)
   compatibility_packages=(abigail-tools)

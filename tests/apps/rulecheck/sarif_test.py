@@ -167,6 +167,14 @@ class Export(RulecheckTest):
                 report = json.loads(pathlib.Path(self.folder, "report.sarif").read_text("utf-8-sig"))
                 errors = [each for each in report["runs"][0]["results"] if each.get("level") == "error"]
                 self.assertEqual(errors, [], ended.stdout)
+                ended = self.check_schema("out.sarif")
+                self.assertEqual(ended.returncode, 0, ended.stderr)
+        self.assertNotEqual(self.check_schema(self.write("bad.sarif", "{}")).returncode, 0)
+
+    def check_schema(self, path):
+        """With the standard's schema, which the multitool doesn't apply."""
+        schema = pathlib.Path(MULTITOOL).parent / "sarif-2.1.0.json"
+        return self.run_program("jsonschema", "-i", path, schema)
 
 
 if __name__ == "__main__":
