@@ -138,7 +138,7 @@ rule_server::Environment environmentOf(const Options& options, rule_server::File
   environment.limits = options.limits;
   environment.now = rule_server::millisecondsSince1970;
   environment.newUuid = rule_server::randomUuid;
-  environment.page = rulecheck::page;
+  environment.page = [](const auto& result) { return rulecheck::page(result); };
   return environment;
 }
 

@@ -9,10 +9,8 @@
 
 namespace rulecheck::assets {
 
-// Mustache templates. {{{x}}} takes HTML, {{x}} takes plain words of ours.
+// A Mustache template. {{{x}}} takes HTML, {{x}} takes plain words of ours.
 extern const std::string_view page;
-extern const std::string_view group;
-extern const std::string_view finding;
 
 // The inline style sheet and script, and what the page's policy calls them.
 extern const std::string_view style;

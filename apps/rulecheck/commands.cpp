@@ -84,12 +84,51 @@ void addConversion(CLI::App& app, const char* name, const char* description, con
 }  // namespace
 
 void addConversions(CLI::App& app) {
-  addConversion(app, "html", "Writes a result as one page for people",
-                "rulecheck html result.pb -o report.html", page);
   addConversion(app, "text", "Writes a result as lines like those of a compiler",
                 "rulecheck text result.pb", linesOf);
   addConversion(app, "json", "Writes a result as JSON", "rulecheck json result.pb | jq .violations",
                 [](const SessionResult& result) { return encoded(result, "json"); });
+}
+
+void addHtml(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  const auto shown = std::make_shared<PageOptions>();
+  const auto noSource = std::make_shared<bool>(false);
+  shown->sourceRoot = ".";
+  CLI::App* command = addCommand(app, "html", "Writes a result as one page for people",
+                                 "rulecheck html result.pb -o report.html", options);
+  options->inputs.resize(2);
+  addResult(command, "RESULT", &options->inputs.front());
+  addOutput(command, &options->output);
+  command->add_option("--baseline", options->inputs[1],
+                      "An older result: findings are marked as new, moved, unchanged or fixed");
+  CLI::Option* root =
+      command
+          ->add_option("--source-root", shown->sourceRoot,
+                       "The folder of the files whose lines the page shows (default: .)")
+          ->check(CLI::ExistingDirectory);
+  command->add_flag("--no-source", *noSource, "Show no source lines")->excludes(root);
+  command->add_option_function<std::string>(
+      "--link",
+      [shown](const std::string& text) {
+        if (!isLinkTemplate(text)) {
+          throw std::runtime_error("--link " + text +
+                                   ": expected the address of a web host or an editor, with "
+                                   "{path}, {absolute}, {line} or {column}");
+        }
+        shown->linkTemplate = text;
+      },
+      "Where places lead: vscode://file{absolute}:{line}, https://host/blob/main/{path}#L{line}");
+  command->callback([options, shown, noSource] {
+    checkIsOther(options->output, options->inputs[0]);
+    if (!options->inputs[1].empty()) {
+      shown->baseline = &options->read(options->inputs[1]);
+    }
+    if (*noSource) {
+      shown->sourceRoot.clear();
+    }
+    writeText(options->output, page(options->read(options->inputs[0]), *shown));
+  });
 }
 
 void addSarif(CLI::App& app) {

@@ -11,6 +11,7 @@ namespace rulecheck {
 
 // Each adds a command, which does its work while the arguments are parsed. A gate that
 // decides no sets *status to 1.
+void addHtml(CLI::App& app);
 void addConversions(CLI::App& app);
 void addSarif(CLI::App& app);
 void addImport(CLI::App& app);

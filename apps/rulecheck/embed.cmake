@@ -4,8 +4,6 @@
 #   cmake -D DIRECTORY=... -D OUTPUT=.../assets.cpp -P embed.cmake
 #
 # A part becomes a list of byte values: no content of a part can end it early.
-# Of the parts that a page has thousands of times, line breaks are left out: each
-# would be a text of its own to the browser.
 
 # What a browser computes of an inline style or script: its SHA-256 in base64.
 function(content_hash file result)
@@ -16,17 +14,12 @@ endfunction()
 
 set(source "#include \"rulecheck/assets.h\"\n\nnamespace rulecheck::assets {\nnamespace {\n\n")
 set(definitions "")
-foreach(part IN ITEMS page=page/page.html.mustache group=page/group.html.mustache
-    finding=page/finding.html.mustache style=page/report.css script=page/report.js
+foreach(part IN ITEMS page=page/page.html.mustache style=page/report.css script=page/report.js
     rules=lint/rules.txtpb)
   string(REGEX MATCH "^([a-z]+)=(.+)$" ignored "${part}")
   set(name "${CMAKE_MATCH_1}")
   set(file "${DIRECTORY}/${CMAKE_MATCH_2}")
-  file(READ "${file}" text)
-  if(name MATCHES "^(group|finding)$")
-    string(REPLACE "\n" "" text "${text}")
-  endif()
-  string(HEX "${text}" bytes)
+  file(READ "${file}" bytes HEX)
   string(REGEX REPLACE "(..)" "'\\\\x\\1'," bytes "${bytes}")
   string(APPEND source "const char ${name}Bytes[] = {${bytes}};\n")
   string(APPEND definitions "const std::string_view ${name}{${name}Bytes, sizeof(${name}Bytes)};\n")

@@ -58,13 +58,14 @@ class Hash {
 
 }  // namespace
 
-std::uint64_t fingerprintOf(const vok::rulecheck::Violation& violation, const Place& place) {
+std::uint64_t fingerprintOf(const std::string& rule, const vok::rulecheck::MsgInst& message,
+                            const Place& place) {
   Hash hash;
-  hash.add(violation.rule_key());
+  hash.add(rule);
   hash.add(place.file);
   hash.add(place.source);
-  hash.add(violation.details().text());
-  for (const Arg& argument : violation.details().args().arg()) {
+  hash.add(message.text());
+  for (const Arg& argument : message.args().arg()) {
     hash.add(plainText(argument));
   }
   return hash.value();

@@ -17,8 +17,12 @@ namespace rulecheck {
 // A hash of the rule, the file, the text of its line where the result has it, and the
 // message with its arguments. White space counts once; numbers of lines, columns and
 // findings don't count. It is the same on all machines and in all releases. The place is that
-// of the violation's arguments.
-std::uint64_t fingerprintOf(const vok::rulecheck::Violation& violation, const Place& place);
+// of the message's arguments.
+std::uint64_t fingerprintOf(const std::string& rule, const vok::rulecheck::MsgInst& message,
+                            const Place& place);
+inline std::uint64_t fingerprintOf(const vok::rulecheck::Violation& violation, const Place& place) {
+  return fingerprintOf(violation.rule_key(), violation.details(), place);
+}
 
 // In 16 hexadecimal digits.
 std::string hexadecimal(std::uint64_t fingerprint);

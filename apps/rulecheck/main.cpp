@@ -52,7 +52,9 @@ void lint(const Options& options) {
                         std::move(report.violations)));
   rulecheck::writeResult(options.output, options.format, result);
   if (!options.page.empty()) {
-    rulecheck::writeText(options.page, rulecheck::page(result));
+    rulecheck::PageOptions shown;
+    shown.sourceRoot = ".";
+    rulecheck::writeText(options.page, rulecheck::page(result, shown));
   }
   if (!options.quiet) {
     std::cerr << rulecheck::summary(result, report.remarks);
@@ -90,6 +92,7 @@ int main(int argc, char** argv) {
       "\"rulecheck COMMAND --help\" has the options of a command.");
   Options options;
   addLint(app, options);
+  rulecheck::addHtml(app);
   rulecheck::addConversions(app);
   rulecheck::addSarif(app);
   rulecheck::addImport(app);

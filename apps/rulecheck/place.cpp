@@ -2,15 +2,14 @@
 
 #include "rulecheck/place.h"
 
-#include <re2/re2.h>
-
-#include <optional>
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
 #include <string_view>
 
 namespace rulecheck {
 namespace {
 
-using vok::rulecheck::Arg;
 using vok::rulecheck::ArgList;
 using vok::rulecheck::Reference;
 using vok::rulecheck::Resource;
@@ -44,17 +43,44 @@ bool isPlace(const Reference& reference) {
   return reference.type() == Reference::FILE && reference.has_url();
 }
 
-// Takes ":12" off the end of a text.
-std::optional<int> takeNumber(std::string_view* text) {
-  constexpr std::size_t kMostDigits = 9;
-  const std::size_t digits = text->size() - (text->find_last_not_of("0123456789") + 1);
-  if (digits == 0 || digits > kMostDigits || digits == text->size() ||
-      (*text)[text->size() - digits - 1] != ':') {
-    return std::nullopt;
+constexpr std::size_t kMostDigits = 9;
+
+// Takes a number off the beginning of the text. -1 if there is none.
+int takeNumber(std::string_view* text) {
+  int number = -1;
+  const auto end = std::min(text->find_first_not_of("0123456789"), text->size());
+  if (end <= kMostDigits) {
+    std::from_chars(text->data(), text->data() + end, number);
+    text->remove_prefix(end);
   }
-  const int number = std::stoi(std::string(text->substr(text->size() - digits)));
-  text->remove_suffix(digits + 1);
   return number;
+}
+
+// Takes ":12" off the end of the text. -1 if it ends otherwise.
+int takeLastNumber(std::string_view* text) {
+  const auto colon = text->find_last_not_of("0123456789");
+  if (colon == std::string_view::npos || (*text)[colon] != ':') {
+    return -1;
+  }
+  std::string_view digits = text->substr(colon + 1);
+  const int number = takeNumber(&digits);
+  if (number >= 0) {
+    text->remove_suffix(text->size() - colon);
+  }
+  return number;
+}
+
+// Line and column of "L12", "L12C3", "12:3" or a range that begins so.
+void addFragment(std::string_view fragment, Place* place) {
+  fragment.remove_prefix(fragment.substr(0, 1) == "L" ? 1 : 0);
+  const int line = takeNumber(&fragment);
+  const bool hasColumn = fragment.substr(0, 1) == "C" || fragment.substr(0, 1) == ":";
+  fragment.remove_prefix(hasColumn ? 1 : 0);
+  const int column = hasColumn ? takeNumber(&fragment) : 0;
+  if (line >= 0 && column >= 0 && (fragment.empty() || fragment.front() == '-')) {
+    place->line = line;
+    place->column = column;
+  }
 }
 
 }  // namespace
@@ -90,33 +116,34 @@ Reference referenceTo(const Place& place, const fs::path& directory) {
   return reference;
 }
 
+// By hand, since each finding is asked for its place more than once.
 Place placeOf(const Reference& reference) {
-  static const RE2 fragment(R"(L?(\d{1,9})(?:[C:](\d{1,9}))?(?:-.*)?)", RE2::Latin1);
-  std::string_view name = reference.name();
-  const auto last = takeNumber(&name);
-  const auto line = last ? takeNumber(&name) : std::nullopt;
-  Place place{std::string(name), line ? *line : last.value_or(0), line ? *last : 0};
-  if (place.file.empty()) {
-    place.file = reference.url().path();
-  }
-  std::string lineText;
-  std::string columnText;
-  if (reference.url().has_fragment() &&
-      RE2::FullMatch(reference.url().fragment(), fragment, &lineText, &columnText)) {
-    place.line = std::stoi(lineText);
-    place.column = columnText.empty() ? 0 : std::stoi(columnText);
+  Place place;
+  std::string_view rest = reference.name();
+  const int last = takeLastNumber(&rest);
+  const int first = last < 0 ? -1 : takeLastNumber(&rest);
+  place.line = std::max(first < 0 ? last : first, 0);
+  place.column = first < 0 ? 0 : last;
+  place.file = rest.empty() ? reference.url().path() : std::string(rest);
+  if (reference.url().has_fragment()) {
+    addFragment(reference.url().fragment(), &place);
   }
   place.source = reference.value().string_val();
   return place;
 }
 
-Place placeOf(const ArgList& arguments) {
-  for (const Arg& arg : arguments.arg()) {
-    if (isPlace(arg.ref())) {
-      return placeOf(arg.ref());
+int placeArgument(const ArgList& arguments) {
+  for (int i = 0; i < arguments.arg_size(); ++i) {
+    if (isPlace(arguments.arg(i).ref())) {
+      return i;
     }
   }
-  return {};
+  return -1;
+}
+
+Place placeOf(const ArgList& arguments) {
+  const int place = placeArgument(arguments);
+  return place < 0 ? Place{} : placeOf(arguments.arg(place).ref());
 }
 
 }  // namespace rulecheck

@@ -34,7 +34,10 @@ vok::rulecheck::Reference referenceTo(const Place& place, const std::filesystem:
 // else those of the name.
 Place placeOf(const vok::rulecheck::Reference& reference);
 
-// The place of the first argument that refers to a file; an empty one if none does.
+// The number of the first argument that refers to a file, from 0 on; -1 if none does.
+int placeArgument(const vok::rulecheck::ArgList& arguments);
+
+// The place that this argument names; an empty one if there is none.
 Place placeOf(const vok::rulecheck::ArgList& arguments);
 
 }  // namespace rulecheck

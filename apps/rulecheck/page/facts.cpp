@@ -5,6 +5,8 @@
 #include <vok/rulecheck/Converter.h>
 
 #include <algorithm>
+#include <map>
+#include <utility>
 
 #include "rulecheck/page/safe_copy.h"
 #include "rulecheck/page/safe_text.h"
@@ -18,22 +20,25 @@ using vok::rulecheck::Links;
 using vok::rulecheck::Resource;
 
 void Facts::add(const std::string& label, const std::string& html) {
-  if (isBlank(html)) {
-    return;
+  if (!isBlank(html)) {
+    list_.push_back({label, html});
   }
-  data fact;
-  fact["label"] = label;
-  fact["value"] = html;
-  fact["long"] = isLong(html, mostBytes_);
-  list_ << fact;
 }
 
-data Facts::view() const {
-  if (list_.is_empty_list()) {
+data Facts::view(std::size_t mostBytes) const {
+  data list(data::type::list);
+  for (const Fact& fact : list_) {
+    data view;
+    view["label"] = fact.label;
+    view["value"] = fact.html;
+    view["long"] = isLong(fact.html, mostBytes);
+    list << view;
+  }
+  if (list_.empty()) {
     return data(false);
   }
   data view;
-  view["list"] = data(list_);
+  view["list"] = std::move(list);
   return view;
 }
 
@@ -46,6 +51,15 @@ std::string linksHtml(const Links& safeLinks) {
   std::string html;
   for (const Link& link : safeLinks.uri()) {
     html += "<span class=\"link\">" + Converter::toHtml(link) + "</span> ";
+  }
+  return html;
+}
+
+std::string categoriesHtml(const google::protobuf::Map<std::int32_t, std::string>& categories) {
+  std::string html;
+  for (const auto& [number, value] :
+       std::map<std::int32_t, std::string>(categories.begin(), categories.end())) {
+    html += "<span class=\"tag\">" + std::to_string(number) + ": " + escapeText(value) + "</span> ";
   }
   return html;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Labeled values, as the templates list them.
+// Labeled values, as the page lists them.
 
 #ifndef VOK_APPS_RULECHECK_PAGE_FACTS_H_
 #define VOK_APPS_RULECHECK_PAGE_FACTS_H_
@@ -8,9 +8,10 @@
 #include <vok/rulecheck/RuleService.pb.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <kainjow/mustache.hpp>
-#include <map>
 #include <string>
+#include <vector>
 
 namespace rulecheck {
 
@@ -19,39 +20,30 @@ constexpr std::size_t kMostBytes = 2000;
 constexpr std::size_t kMostBytesOfHeading = 1000;
 bool isLong(const std::string& html, std::size_t mostBytes = kMostBytes);
 
-// A list of facts. Values are HTML, made of what safeCopy() has made safe.
+struct Fact {
+  std::string label;
+  std::string html;  // made of what safeCopy() has made safe
+};
+
 class Facts {
  public:
-  explicit Facts(std::size_t mostBytes = kMostBytes) : mostBytes_(mostBytes) {}
-
   // Adds nothing if the value is blank.
   void add(const std::string& label, const std::string& html);
 
+  const std::vector<Fact>& list() const { return list_; }
+
   // What a template needs: an object with the list, or false if that is empty.
-  kainjow::mustache::data view() const;
+  kainjow::mustache::data view(std::size_t mostBytes = kMostBytes) const;
 
  private:
-  std::size_t mostBytes_;
-  kainjow::mustache::data list_{kainjow::mustache::data::type::list};
+  std::vector<Fact> list_;
 };
 
 // The links, one after another.
 std::string linksHtml(const vok::rulecheck::Links& safeLinks);
 
 // Category values in the order of their numbers.
-template <typename Categories>
-std::string categoriesHtml(const Categories& safeCategories) {
-  std::map<int, std::string> sorted;
-  for (const auto& category : safeCategories) {
-    sorted[category.first] = category.second;
-  }
-  std::string html;
-  for (const auto& category : sorted) {
-    html += "<span class=\"tag\">" + std::to_string(category.first) + ": " + category.second +
-            "</span> ";
-  }
-  return html;
-}
+std::string categoriesHtml(const google::protobuf::Map<std::int32_t, std::string>& categories);
 
 // An anchor to a resource as it came, or the text alone where there is nothing
 // to link to. The text is as it came, too.

@@ -5,224 +5,177 @@
 #include <vok/rulecheck/Converter.h>
 
 #include <algorithm>
-#include <cstddef>
-#include <kainjow/mustache.hpp>
-#include <map>
-#include <string_view>
+#include <numeric>
+#include <tuple>
+#include <unordered_map>
 #include <utility>
-#include <vector>
 
-#include "rulecheck/assets.h"
-#include "rulecheck/page/facts.h"
-#include "rulecheck/page/message_text.h"
-#include "rulecheck/page/rule_facts.h"
+#include "rulecheck/compare.h"
+#include "rulecheck/not_checked.h"
 #include "rulecheck/page/safe_copy.h"
-#include "rulecheck/page/safe_text.h"
-#include "rulecheck/severity.h"
+#include "rulecheck/page/safe_link.h"
+#include "rulecheck/place.h"
 
 namespace rulecheck {
 namespace {
 
-using kainjow::mustache::data;
-using kainjow::mustache::mustache;
-using vok::rulecheck::AffirmationMap;
+using vok::rulecheck::Affirmation;
+using vok::rulecheck::Arg;
+using vok::rulecheck::ArgList;
 using vok::rulecheck::Converter;
-using vok::rulecheck::RuleSpec;
-using vok::rulecheck::RuleSpecMap;
-using vok::rulecheck::ViolationMap;
+using vok::rulecheck::Reference;
+using vok::rulecheck::Resource;
+using vok::rulecheck::SessionResult;
+using vok::rulecheck::Violation;
 
-// A browser skips the blocks of groups and the lists of findings that are out of
-// sight, so it needs blocks and lists to skip.
-constexpr std::size_t maxBlockLength = 25;
-constexpr std::size_t maxListLength = 25;
-
-constexpr std::size_t kMostBytesOfName = 200;
-
-template <typename Finding>
-struct Entry {
-  int number;  // its key in the map of findings
-  const Finding* finding;
-  Level level;
-};
-
-template <typename Finding>
-struct Group {
-  std::string key;
-  std::vector<Entry<Finding>> entries;
-};
-
-// The entries of a group are sorted before the groups are.
-template <typename Finding>
-std::vector<Group<Finding>> sortedGroups(std::map<std::string, std::vector<Entry<Finding>>> byKey) {
-  std::vector<Group<Finding>> groups;
-  for (auto& group : byKey) {
-    std::sort(group.second.begin(), group.second.end(), [](const auto& a, const auto& b) {
-      return std::make_pair(a.level.rank, a.number) < std::make_pair(b.level.rank, b.number);
-    });
-    groups.push_back({group.first, std::move(group.second)});
+// The argument that says where a finding is, or null.
+const Reference* placeReference(const ArgList& arguments) {
+  const int place = placeArgument(arguments);
+  if (place >= 0) {
+    return &arguments.arg(place).ref();
   }
-  std::stable_sort(groups.begin(), groups.end(), [](const auto& a, const auto& b) {
-    return a.entries.front().level.rank < b.entries.front().level.rank;
-  });
-  return groups;
+  const auto leadsToFile = [](const Arg& arg) {
+    return arg.ref().url().has_scheme() && arg.ref().url().scheme() == Resource::FILE;
+  };
+  const auto found = std::find_if(arguments.arg().begin(), arguments.arg().end(), leadsToFile);
+  return found == arguments.arg().end() ? nullptr : &found->ref();
 }
 
-template <typename Findings>
-auto groupedByRule(const Findings& findings) {
-  using Finding = typename Findings::mapped_type;
-  std::map<std::string, std::vector<Entry<Finding>>> byKey;
-  for (const auto& entry : findings) {
-    const Finding& finding = entry.second;
-    byKey[finding.rule_key()].push_back({entry.first, &finding, levelOf(finding)});
+Place placeOfFinding(const Reference& reference) {
+  if (reference.type() == Reference::FILE) {
+    return placeOf(reference);
   }
-  return sortedGroups<Finding>(std::move(byKey));
+  Reference unnamed = reference;
+  unnamed.clear_name();
+  return placeOf(unnamed);
 }
 
-template <typename Finding>
-data findingFacts(const Finding& safe) {
-  Facts facts;
-  facts.add("Resolution", messageHtml(safe.resolution()));
-  facts.add("Expects", safe.expects());
-  facts.add("Actual", Converter::toString(safe.actual_value()));
-  facts.add("Threshold", Converter::toString(safe.threshold_value()));
-  facts.add("Build target", safe.build_target());
-  facts.add("Examples", linksHtml(safe.examples()));
-  facts.add("Categories", categoriesHtml(safe.categories()));
-  return facts.view();
+std::string addressOf(Resource url) {
+  url.clear_fragment();
+  return isLinkable(url) ? Converter::href(safeCopy(url)) : "";
 }
 
-template <typename Finding>
-data findingView(const Entry<Finding>& entry, const Presentation& presentation) {
-  const Finding safe = safeCopy(*entry.finding);
-  const std::string message = messageHtml(safe.details());
-  const std::string number = std::to_string(entry.number);
-  data view;
-  view["element"] = presentation.idPrefix + number;
-  view["kind"] = presentation.kind.empty() ? entry.level.slug : presentation.kind;
-  view["slug"] = entry.level.slug;
-  view["word"] = entry.level.word;
-  view["id"] = safe.has_id() ? std::to_string(safe.id()) : number;
-  view["number"] = safe.has_id() && safe.id() != entry.number ? data(number) : data(false);
-  view["message"] = message;
-  view["silent"] = isBlank(message);
-  view["long"] = isLong(message);
-  view["facts"] = findingFacts(safe);
-  return view;
-}
-
-// How many findings of each level a group has.
-template <typename Finding>
-data levelCounts(const Group<Finding>& group) {
-  std::map<int, std::pair<Level, int>> counts;
-  for (const auto& entry : group.entries) {
-    auto& count = counts.insert({entry.level.rank, {entry.level, 0}}).first->second;
-    ++count.second;
-  }
-  data list(data::type::list);
-  for (const auto& count : counts) {
-    data view;
-    view["slug"] = count.second.first.slug;
-    view["word"] = count.second.first.word;
-    view["count"] = std::to_string(count.second.second);
-    list << view;
-  }
-  return list;
-}
-
-const RuleSpec* find(const RuleSpecMap& specs, const std::string& key) {
-  const auto spec = specs.hashmap().find(key);
-  return spec == specs.hashmap().end() ? nullptr : &spec->second;
-}
-
-// What stands between the heading of a group and its findings, or false.
-data aboutRule(const RuleSpec* spec, bool keyless) {
-  if (spec == nullptr && keyless) {
-    return data(false);
-  }
-  const RuleSpec& rule = spec == nullptr ? RuleSpec::default_instance() : *spec;
-  data view;
-  view["unspecified"] = spec == nullptr;
-  view["facts"] = mainFacts(rule).view();
-  view["furtherFacts"] = furtherFacts(rule).view();
-  return view;
-}
-
-// Renders the groups one by one: the templates see no more than a finding, or a
-// group whose findings are rendered, at a time.
-class GroupRenderer {
+class Collector {
  public:
-  GroupRenderer(const RuleSpecMap& specs, const RuleSpecMap& otherSpecs, Presentation presentation)
-      : specs_(specs), otherSpecs_(otherSpecs), presentation_(std::move(presentation)) {}
+  explicit Collector(const Comparison& comparison) {
+    add(kFixed, comparison.fixed);
+    for (const auto& [mark, violations] :
+         {std::make_pair(kNew, &comparison.added), std::make_pair(kMoved, &comparison.moved),
+          std::make_pair(kUnchanged, &comparison.unchanged)}) {
+      for (const Violation* violation : *violations) {
+        marks_[violation] = mark;
+      }
+    }
+  }
 
-  template <typename Finding>
-  std::string render(const Group<Finding>& group) {
-    const RuleSpec* spec = specOf(group.key);
-    data view;
-    view["key"] = escapeText(group.key);
-    view["keyless"] = isBlank(group.key);
-    view["name"] = spec == nullptr || isBlank(spec->full_name())
-                       ? data(false)
-                       : data(escapeText(spec->full_name()));
-    view["long"] = isLong(group.key, kMostBytesOfName) ||
-                   (spec != nullptr && isLong(spec->full_name(), kMostBytesOfName));
-    view["slug"] = group.entries.front().level.slug;
-    view["expanded"] = presentation_.open ? "true" : "false";
-    view["levels"] = levelCounts(group);
-    view["about"] = aboutRule(spec, isBlank(group.key));
-    view["lists"] = lists(group);
-    return groupTemplate_.render(view);
+  void add(const SessionResult& result) {
+    for (const auto& [number, violation] : result.violations().hashmap()) {
+      add({levelOf(violation).rank, 0, number, 0, 0, 0, &violation, nullptr}, violation);
+    }
+    for (const auto& [number, violation] : result.waived_violations().hashmap()) {
+      const Kind kind = isNotChecked(violation) ? kNotChecked : kWaived;
+      add({kind, 0, number, 0, 0, 0, &violation, nullptr}, violation);
+    }
+    for (const auto& [number, affirmation] : result.affirmations().hashmap()) {
+      add({kMet, 0, number, 0, 0, 0, nullptr, &affirmation}, affirmation);
+    }
+  }
+
+  Findings sorted() {
+    sortFiles();
+    std::sort(findings_.list.begin(), findings_.list.end(), [](const auto& a, const auto& b) {
+      const auto order = [](const Finding& finding) {
+        return std::tie(finding.file, finding.line, finding.column, finding.kind, finding.number);
+      };
+      return order(a) < order(b);
+    });
+    return std::move(findings_);
   }
 
  private:
-  const RuleSpec* specOf(const std::string& key) const {
-    const RuleSpec* spec = find(specs_, key);
-    return spec == nullptr ? find(otherSpecs_, key) : spec;
-  }
-
-  template <typename Finding>
-  data lists(const Group<Finding>& group) {
-    data lists(data::type::list);
-    std::string html;
-    for (std::size_t i = 0; i < group.entries.size(); ++i) {
-      findingTemplate_.render(findingView(group.entries[i], presentation_),
-                              [&html](const std::string& piece) { html += piece; });
-      html += '\n';
-      if ((i + 1) % maxListLength == 0 || i + 1 == group.entries.size()) {
-        lists << data(std::exchange(html, ""));
-      }
+  void add(Kind kind, const Violations& violations) {
+    for (const Violation* violation : violations) {
+      add({kind, 0, violation->id(), 0, 0, 0, violation, nullptr}, *violation);
     }
-    return lists;
   }
 
-  const RuleSpecMap& specs_;
-  const RuleSpecMap& otherSpecs_;
-  Presentation presentation_;
-  mustache groupTemplate_{std::string(assets::group)};
-  mustache findingTemplate_{std::string(assets::finding)};
+  template <typename Message>
+  void add(Finding finding, const Message& message) {
+    if (const Reference* reference = placeReference(message.details().args())) {
+      const Place place = placeOfFinding(*reference);
+      finding.file = fileNumber(place.file, reference->url());
+      finding.line = place.line;
+      finding.column = place.column;
+    }
+    const auto mark = marks_.find(finding.violation);
+    finding.mark = mark == marks_.end() ? kUnmarked : mark->second;
+    ++findings_.ofKind[static_cast<std::size_t>(finding.kind)];
+    ++findings_.ofMark[static_cast<std::size_t>(finding.mark)];
+    findings_.list.push_back(finding);
+  }
+
+  std::size_t fileNumber(const std::string& path, const Resource& url) {
+    const std::string key = path + '\0' + std::to_string(url.scheme()) + url.host() + '\0' +
+                            std::to_string(url.port()) + url.path() + '\0' + url.query();
+    const auto [file, isFirst] = numbers_.insert({key, findings_.files.size()});
+    if (isFirst) {
+      findings_.files.push_back({path, addressOf(url)});
+    }
+    return file->second;
+  }
+
+  void sortFiles() {
+    std::vector<File>& files = findings_.files;
+    std::vector<std::size_t> order(files.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::sort(order.begin() + 1, order.end(), [&files](std::size_t a, std::size_t b) {
+      return std::tie(files[a].path, files[a].address) < std::tie(files[b].path, files[b].address);
+    });
+    std::vector<File> sortedFiles(files.size());
+    std::vector<std::size_t> ranks(files.size());
+    for (std::size_t i = 0; i < order.size(); ++i) {
+      sortedFiles[i] = std::move(files[order[i]]);
+      ranks[order[i]] = i;
+    }
+    files = std::move(sortedFiles);
+    for (Finding& finding : findings_.list) {
+      finding.file = ranks[finding.file];
+    }
+  }
+
+  Findings findings_;
+  std::unordered_map<std::string, std::size_t> numbers_;
+  std::unordered_map<const Violation*, Mark> marks_;
 };
-
-template <typename Findings>
-std::vector<std::string> render(const Findings& findings, GroupRenderer renderer) {
-  const auto groups = groupedByRule(findings);
-  std::vector<std::string> blocks((groups.size() + maxBlockLength - 1) / maxBlockLength);
-  for (std::size_t i = 0; i < groups.size(); ++i) {
-    blocks[i / maxBlockLength] += renderer.render(groups[i]);
-  }
-  return blocks;
-}
 
 }  // namespace
 
-std::vector<std::string> blocksHtml(const ViolationMap& violations, const RuleSpecMap& specs,
-                                    const RuleSpecMap& otherSpecs,
-                                    const Presentation& presentation) {
-  return render(violations.hashmap(), GroupRenderer(specs, otherSpecs, presentation));
+const std::vector<Level>& kinds() {
+  static const std::vector<Level> all = [] {
+    std::vector<Level> levels = violationLevels();
+    levels.push_back({kNotChecked, "not checked", "not-checked"});
+    levels.push_back({kWaived, "waived", "waived"});
+    levels.push_back({kMet, "met", "met"});
+    levels.push_back({kFixed, "fixed", "fixed"});
+    return levels;
+  }();
+  return all;
 }
 
-std::vector<std::string> blocksHtml(const AffirmationMap& affirmations, const RuleSpecMap& specs,
-                                    const RuleSpecMap& otherSpecs,
-                                    const Presentation& presentation) {
-  return render(affirmations.hashmap(), GroupRenderer(specs, otherSpecs, presentation));
+const std::vector<Level>& marks() {
+  static const std::vector<Level> all = {{kUnmarked, "", ""},
+                                         {kNew, "new", "new"},
+                                         {kMoved, "moved", "moved"},
+                                         {kUnchanged, "unchanged", "unchanged"}};
+  return all;
+}
+
+Findings findingsOf(const SessionResult& result, const SessionResult* baseline) {
+  Collector collector(baseline == nullptr ? Comparison() : compare(*baseline, result));
+  collector.add(result);
+  Findings findings = collector.sorted();
+  findings.isCompared = baseline != nullptr;
+  return findings;
 }
 
 }  // namespace rulecheck

@@ -1,34 +1,68 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The findings of a session, grouped by rule, as HTML.
+// All findings of a result in one list.
 
 #ifndef VOK_APPS_RULECHECK_PAGE_FINDINGS_H_
 #define VOK_APPS_RULECHECK_PAGE_FINDINGS_H_
 
 #include <vok/rulecheck/RuleService.pb.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
+#include "rulecheck/severity.h"
+
 namespace rulecheck {
 
-struct Presentation {
-  std::string idPrefix;  // of the findings' elements; the rest is the number
-  bool open;             // whether the script leaves the groups open at first
-  std::string kind;      // what the filter takes the findings for; "": their level
+// What a finding counts as: its severity if it is a violation of the result, or else one
+// of these.
+enum Kind { kNotChecked = vok::rulecheck::Violation::SEV_UNKNOWN + 1, kWaived, kMet, kFixed };
+const std::vector<Level>& kinds();
+
+// What a violation is since the baseline.
+enum Mark { kUnmarked, kNew, kMoved, kUnchanged };
+const std::vector<Level>& marks();
+
+// A file that findings are in, as they name it, and its address; "" if a page can't link to it.
+struct File {
+  std::string path;
+  std::string address;
 };
 
-// The groups, a block of them in each string. The most serious group comes first,
-// and the most serious finding of each. The rule of a finding is looked up by its
-// key in specs, and then in otherSpecs.
-std::vector<std::string> blocksHtml(const vok::rulecheck::ViolationMap& violations,
-                                    const vok::rulecheck::RuleSpecMap& specs,
-                                    const vok::rulecheck::RuleSpecMap& otherSpecs,
-                                    const Presentation& presentation);
-std::vector<std::string> blocksHtml(const vok::rulecheck::AffirmationMap& affirmations,
-                                    const vok::rulecheck::RuleSpecMap& specs,
-                                    const vok::rulecheck::RuleSpecMap& otherSpecs,
-                                    const Presentation& presentation);
+struct Finding {
+  int kind;
+  int mark;
+  int number;  // its key in the map of findings
+  std::size_t file;
+  int line;
+  int column;
+  // One of the two.
+  const vok::rulecheck::Violation* violation;
+  const vok::rulecheck::Affirmation* affirmation;
+
+  template <typename Visitor>
+  auto visit(const Visitor& visitor) const {
+    return violation != nullptr ? visitor(*violation) : visitor(*affirmation);
+  }
+  const std::string& rule() const {
+    return visit([](const auto& found) -> const std::string* { return &found.rule_key(); })[0];
+  }
+};
+
+struct Findings {
+  std::vector<File> files{1};  // by path and address; the first one is none
+  std::vector<Finding> list;   // by file, line, column, kind and number
+  bool isCompared = false;     // with a baseline
+  std::vector<std::size_t> ofKind = std::vector<std::size_t>(kFixed + 1);
+  std::vector<std::size_t> ofMark = std::vector<std::size_t>(kUnchanged + 1);
+};
+
+// The findings of the result, and those of the baseline that are fixed. A finding is where
+// placeOf() says, or else where its first reference to an address of a file leads. The
+// baseline may be null. Points into both.
+Findings findingsOf(const vok::rulecheck::SessionResult& result,
+                    const vok::rulecheck::SessionResult* baseline);
 
 }  // namespace rulecheck
 

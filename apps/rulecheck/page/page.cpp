@@ -2,73 +2,68 @@
 
 #include "rulecheck/page/page.h"
 
-#include <cstddef>
+#include <re2/re2.h>
+
 #include <kainjow/mustache.hpp>
+#include <map>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 #include "rulecheck/assets.h"
-#include "rulecheck/not_checked.h"
+#include "rulecheck/page/data_block.h"
+#include "rulecheck/page/facts.h"
 #include "rulecheck/page/findings.h"
+#include "rulecheck/page/message_text.h"
+#include "rulecheck/page/rule_facts.h"
+#include "rulecheck/page/safe_text.h"
 #include "rulecheck/page/summary.h"
+#include "rulecheck/place.h"
 
 namespace rulecheck {
 namespace {
 
 using kainjow::mustache::data;
 using kainjow::mustache::mustache;
+using vok::rulecheck::RuleSpec;
 using vok::rulecheck::SessionResult;
-using vok::rulecheck::ViolationMap;
 
-data sectionView(const char* id, const char* title, const char* ifEmpty, std::size_t count,
-                 const std::vector<std::string>& blocks) {
+// Pages of more findings need their script.
+constexpr std::size_t kMostPlainFindings = 5000;
+
+// For RE2, and for the attribute of an input.
+constexpr char kLinkPattern[] =
+    R"((?:https?:\/\/[^\/\{\}\s]+\/|(?:vscode|vscode-insiders|vscodium|cursor|zed|idea|emacs):\/\/|)"
+    R"((?:subl|txmt|mvim):\/\/open\?)\S*)";
+
+data plainFinding(const Findings& findings, const Finding& finding) {
   data view;
-  view["id"] = id;
-  view["title"] = title;
-  view["ifEmpty"] = ifEmpty;
-  view["count"] = std::to_string(count);
-  view["empty"] = count == 0;
-  data list(data::type::list);
-  for (const std::string& block : blocks) {
-    list << data(block);
-  }
-  view["blocks"] = std::move(list);
+  const Place place{findings.files[finding.file].path, finding.line, finding.column};
+  const Level& kind = kinds()[static_cast<std::size_t>(finding.kind)];
+  const Level& mark = marks()[static_cast<std::size_t>(finding.mark)];
+  view["slug"] = kind.slug;
+  view["word"] = kind.word + (mark.word.empty() ? "" : ", " + mark.word);
+  view["place"] = escapeText(textOf(place));
+  view["message"] = finding.visit([](const auto& found) { return messageHtml(found.details()); });
   return view;
 }
 
-// Of what was waived by people, and of what was not checked.
-struct Waived {
-  explicit Waived(const ViolationMap& violations) {
-    for (const auto& entry : violations.hashmap()) {
-      ViolationMap& map = isNotChecked(entry.second) ? unchecked : accepted;
-      (*map.mutable_hashmap())[entry.first] = entry.second;
-    }
+// What the page shows without its script: each rule with its findings.
+data plainRules(const SessionResult& result, const Findings& findings) {
+  std::map<std::string, data> byRule;
+  for (const Finding& finding : findings.list) {
+    byRule.insert({finding.rule(), data(data::type::list)})
+        .first->second.push_back(plainFinding(findings, finding));
   }
-  ViolationMap accepted;
-  ViolationMap unchecked;
-};
-
-data sections(const SessionResult& result) {
-  const Waived waived(result.waived_violations());
-  const auto& violated = result.specs_violated();
-  const auto& affirmed = result.specs_affirmed();
   data list(data::type::list);
-  list << sectionView(
-      "violations", "Violations", "No rule is violated.", result.violations().hashmap().size(),
-      blocksHtml(result.violations(), violated, affirmed, {"violation-", true, ""}));
-  if (!waived.unchecked.hashmap().empty()) {
-    list << sectionView(
-        "unchecked", "Not checked", "", waived.unchecked.hashmap().size(),
-        blocksHtml(waived.unchecked, violated, affirmed, {"waived-", false, "not-checked"}));
+  for (const auto& [key, found] : byRule) {
+    const RuleSpec* const spec = specOf(result, key);
+    data view;
+    view["key"] = isBlank(key) ? "No rule named" : escapeText(key);
+    view["name"] = spec == nullptr ? "" : escapeText(spec->full_name());
+    view["facts"] = spec == nullptr ? data(false) : mainFacts(*spec).view();
+    view["findings"] = data(found);
+    list << view;
   }
-  list << sectionView(
-      "waived", "Waived violations", "No violation was waived.", waived.accepted.hashmap().size(),
-      blocksHtml(waived.accepted, violated, affirmed, {"waived-", false, "waived"}));
-  list << sectionView(
-      "affirmed", "Affirmations", "No rule was affirmed.", result.affirmations().hashmap().size(),
-      blocksHtml(result.affirmations(), affirmed, violated, {"affirmation-", true, ""}));
   return list;
 }
 
@@ -81,12 +76,25 @@ void addAssets(data* page) {
 
 }  // namespace
 
-std::string page(const SessionResult& result) {
+bool isLinkTemplate(const std::string& text) {
+  return RE2::FullMatch(text, kLinkPattern);
+}
+
+std::string page(const SessionResult& result, const PageOptions& options) {
+  const Findings findings = findingsOf(result, options.baseline);
+  const bool isPlain = findings.list.size() <= kMostPlainFindings;
   data view;
   addAssets(&view);
-  addSummary(result, &view);
-  view["sections"] = sections(result);
-  return mustache(std::string(assets::page)).render(view);
+  addSummary(result, findings, &view);
+  view["linkPattern"] = escapeText(kLinkPattern);
+  view["linkTemplate"] = escapeText(options.linkTemplate);
+  view["plain"] = isPlain;
+  view["plainRules"] = isPlain ? plainRules(result, findings) : data(false);
+  // The template engine would copy what is long.
+  std::string html = mustache(std::string(assets::page)).render(view);
+  const std::string mark = "<!--data-->";
+  return html.replace(html.rfind(mark), mark.size(),
+                      dataBlock(result, findings, options.sourceRoot));
 }
 
 }  // namespace rulecheck

@@ -2,188 +2,497 @@
 
 'use strict';
 (() => {
-  // Does something to each item of a list, in slices that leave the browser time
-  // to answer. The first slice is done at once. A list that is started replaces
-  // what is left of the one before.
-  const gradually = (sliceMs, each, atEnd = () => {}) => {
-    let left = [];
-    let timer;
-    const advance = (end) => {
-      let done = 0;
-      while (done < left.length && performance.now() < end) each(left[done++]);
-      left = left.slice(done);
-      if (left.length > 0) timer = setTimeout(() => advance(performance.now() + sliceMs));
-      else atEnd();
-    };
-    const start = (list) => {
-      clearTimeout(timer);
-      left = list;
-      advance(performance.now() + sliceMs);
-    };
-    const finish = () => {
-      clearTimeout(timer);
-      advance(Infinity);
-    };
-    return { start, finish };
-  };
-
-  // Sections hold blocks of groups, and groups hold lists of findings. A part has
-  // the number of its findings, of those that match the filter (count), and of
-  // those that the page shows as matching (shown). Elements below blocks are looked
-  // up when they are needed: to keep tens of thousands slows down the browser's
-  // collection of garbage.
-  const placeIn = (group) => group.lastElementChild.lastElementChild;
-  const partFor = (holder, index, size) => ({ holder, index, size, count: size, shown: size });
-  const hold = (part, place, partOf) => {
-    part.parts = Array.from(place.children, (element, index) => partOf(element, part, index));
-    part.size = part.parts.reduce((sum, inner) => sum + inner.size, 0);
-    part.count = part.size;
-    part.shown = part.size;
-    return part;
-  };
-  const findingOf = (element, list, index) =>
-    Object.assign(partFor(list, index, 1), { kind: element.getAttribute('data-kind'), text: '' });
-  const listOf = (element, group, index) => hold(partFor(group, index), element, findingOf);
-  const groupOf = (element, block, index) =>
-    hold(Object.assign(partFor(block, index), { isGroup: true, text: '' }), placeIn(element), listOf);
-  const blockOf = (element, section, index) =>
-    hold(Object.assign(partFor(section, index), { element }), element, groupOf);
-  const sectionOf = (element) =>
-    hold(Object.assign(partFor(), { element }), element.querySelector('.groups'), blockOf);
-
-  const elementOf = (part) => part.element ?? placeOf(part.holder).children[part.index];
-  const placeOf = (part) => part.isGroup ? placeIn(elementOf(part)) : elementOf(part);
-
-  const textOf = (elements) =>
-    Array.from(elements, (element) => element.textContent).join(' ').toLowerCase();
-  const readFinding = (finding) => {
-    finding.text = textOf(elementOf(finding).querySelectorAll('.level, .id, .message, dd'));
-  };
-
-  const isOpen = (group) => group.querySelector('.fold').getAttribute('aria-expanded') === 'true';
-  // What is folded can still be found by the browser's own search.
-  const setOpen = (group, open) => {
-    group.querySelector('.fold').setAttribute('aria-expanded', open);
-    group.lastElementChild.hidden = open ? false : 'until-found';
-  };
-  const readGroup = (group) => {
-    const element = elementOf(group);
-    const button = element.querySelector('.fold');
-    group.text = textOf([button]);
-    button.disabled = false;
-    if (!isOpen(element)) setOpen(element, false);
-  };
-  const readPart = (part) => (part.isGroup ? readGroup(part) : readFinding(part));
-
-  const countMatches = (part, kinds, words) => {
-    const isUnmet = (word) => !part.text.includes(word);
-    if (part.parts) {
-      const sought = part.isGroup ? words.filter(isUnmet) : words;
-      part.count = 0;
-      for (const inner of part.parts) part.count += countMatches(inner, kinds, sought);
-    } else {
-      part.count = kinds.has(part.kind) && !words.some(isUnmet) ? 1 : 0;
-    }
-    return part.count;
-  };
-
-  // The parts inside whose counts the page does not show, those that hold others
-  // first. What is inside a part without matches is hidden with it.
-  const stalePartsOf = (part, found = []) => {
-    for (const inner of part.parts) if (inner.count !== inner.shown) found.push(inner);
-    for (const inner of part.parts) if (inner.parts && inner.count > 0) stalePartsOf(inner, found);
-    return found;
-  };
-  const noteCount = (bar, { count, size }) => {
-    bar.querySelector('.shown')?.remove();
-    if (count === 0 || count === size) return;
-    const note = document.createElement('span');
-    note.className = 'shown';
-    note.textContent = `${count} of ${size} shown`;
-    bar.append(note);
-  };
-  const showCount = (part) => {
-    const element = elementOf(part);
-    element.hidden = part.count === 0;
-    part.shown = part.count;
-    if (part.isGroup) noteCount(element.firstElementChild, part);
-  };
+  // How many rows the page shows at first, how many more at a click, and on paper.
+  const firstRows = 200;
+  const expandedRows = 1000;
+  const moreRows = 500;
+  const printedRows = 5000;
 
   const byId = (id) => document.getElementById(id);
+  const make = (tag, className, ...content) => {
+    const element = document.createElement(tag);
+    if (className) element.className = className;
+    element.append(...content);
+    return element;
+  };
+  // Only for HTML that the page was written with.
+  const makeOf = (tag, className, html) => {
+    const element = make(tag, className);
+    element.innerHTML = html;
+    return element;
+  };
+  const makeButton = (className, label) =>
+    Object.assign(make('button', className), { type: 'button', ariaLabel: label });
 
-  // On paper there is nothing to click. The style sheet unfolds the groups.
-  const unfoldOnPaper = (beforehand) => {
-    let opened = [];
-    window.addEventListener('beforeprint', () => {
-      beforehand();
-      opened = Array.from(document.querySelectorAll('details:not([open])'));
-      for (const details of opened) details.open = true;
+  const references = { '&lt;': '<', '&gt;': '>', '&quot;': '"', '&#39;': "'", '&amp;': '&' };
+  const plain = (html) => /[<&]/.test(html)
+    ? html.replace(/<[^>]*>/g, '').replace(/&(?:lt|gt|quot|#39|amp);/g, (name) => references[name])
+    : html;
+
+  const readData = () => {
+    const data = JSON.parse(byId('data').textContent);
+    data.kinds = data.kinds.map(([word, slug]) => ({ word, slug }));
+    data.marks = data.marks.map(([word, slug]) => ({ word, slug }));
+    data.files = data.files.map(([path, address]) => ({ path, address, name: path.slice(path.lastIndexOf('/') + 1) }));
+    data.rules = data.rules.map(([key, name, facts, more]) => ({ key, name, facts, more }));
+    data.plainTexts = data.texts.map(plain);
+    data.findings = data.findings.map((row, index) => {
+      const [kind, severity, mark, rule, file, line, column, module, number, link, text, args, ...facts] = row;
+      return { index, kind, severity, mark, rule, file, line, column, module, number, link, text, args, facts };
     });
-    window.addEventListener('afterprint', () => {
-      for (const details of opened) details.open = false;
-    });
+    for (const finding of data.findings) finding.words = wordsOf(data, finding);
+    return data;
   };
 
+  const positionOf = ({ line, column }) => (line ? `:${line}` : '') + (line && column ? `:${column}` : '');
+  // What a search looks at.
+  const wordsOf = (data, finding) => {
+    const { key, name } = data.rules[finding.rule];
+    let i = 0;
+    const text = data.plainTexts[finding.text].replaceAll('\u0001', () => plain(finding.args[i++]));
+    let words = `#${finding.number} ${key} ${name} ${data.files[finding.file].path}${positionOf(finding)} ${text} ` +
+      `${data.kinds[finding.kind].word} ${data.kinds[finding.severity].word} ${data.modules[finding.module]}`;
+    for (let fact = 1; fact < finding.facts.length; fact += 2) words += ` ${data.plainTexts[finding.facts[fact]]}`;
+    return words.toLowerCase();
+  };
+
+  // Words, "phrases", and -words that must not occur.
+  const parseQuery = (query) =>
+    Array.from(query.toLowerCase().matchAll(/(-?)(?:"([^"]*)"?|([^\s"]+))/g), ([, minus, phrase, word]) =>
+      ({ text: phrase ?? word, isWanted: !minus })).filter(({ text }) => text && text !== '-');
+
   const start = () => {
+    const data = readData();
+    const { kinds, marks, files, rules, modules, texts, labels, findings } = data;
+    const slugNumber = (slug) => kinds.findIndex((kind) => kind.slug === slug);
+    const firstSpecial = slugNumber('not-checked');
+    const list = byId('findings');
     const query = byId('query');
-    const boxes = Array.from(byId('toolbar').querySelectorAll('input[type=checkbox]'));
-    const sections = Array.from(document.querySelectorAll('section.findings'), sectionOf);
-    const groups = sections.flatMap((section) => section.parts).flatMap((block) => block.parts);
-    const total = sections.reduce((sum, section) => sum + section.size, 0);
-    const update = gradually(6, showCount);
+    const template = byId('template');
+    const boxes = Array.from(byId('filters').querySelectorAll('input:enabled'));
+    const selected = new Set();
+    // Groups that the reader opened or closed, and what holds for all others.
+    let turned = new Map();
+    let allOpen;
+    let groups = [];
+    let showGroups;
+    let shown = findings;
 
-    // What people wait for is done first: the numbers, and what they tell.
-    const apply = () => {
-      const words = query.value.toLowerCase().split(/\s+/).filter(Boolean);
-      const kinds = new Set(boxes.filter((box) => box.checked).map((box) => box.value));
-      const count = sections.reduce((sum, section) => sum + countMatches(section, kinds, words), 0);
-      const isNothing = count === 0 && total > 0;
-      byId('status').textContent = `${count} of ${total} findings shown`;
-      byId('nothing').hidden = !isNothing;
-      document.body.classList.toggle('is-filtered', count !== total);
-      document.body.classList.toggle('is-empty', isNothing);
-      for (const { element, count } of sections) {
-        const filtered = element.querySelector('.filtered');
-        if (filtered) filtered.hidden = count > 0;
+    // What groups are called by, and their order.
+    const groupings = {
+      rule: { of: ({ rule }) => rule, order: (a, b) => a.worst - b.worst || (rules[a.of].key < rules[b.of].key ? -1 : 1) },
+      file: { of: ({ file }) => file, order: (a, b) => !a.of - !b.of || a.of - b.of },
+      module: { of: ({ module }) => module, order: (a, b) => !a.of - !b.of || (modules[a.of] < modules[b.of] ? -1 : 1) },
+      severity: { of: ({ severity }) => severity, order: (a, b) => a.of - b.of },
+    };
+    const collect = (shown) => {
+      const name = byId('group').value;
+      const { of, order } = groupings[name];
+      const found = new Map();
+      for (const finding of shown) {
+        const { kind } = finding;
+        const isSpecial = kind >= firstSpecial;
+        const number = isSpecial ? -kind : of(finding);
+        let group = found.get(number);
+        if (!group) {
+          group = { key: `${isSpecial || name} ${number}`, isSpecial, of: Math.abs(number), findings: [], counts: kinds.map(() => 0) };
+          found.set(number, group);
+        }
+        group.counts[kind] += 1;
+        group.findings.push(finding);
       }
-      update.start(sections.flatMap((section) => stalePartsOf(section)));
+      for (const group of found.values()) group.worst = group.counts.findIndex(Boolean);
+      return Array.from(found.values()).sort((a, b) =>
+        a.isSpecial - b.isSpecial || (a.isSpecial ? a.of - b.of : order(a, b)));
     };
 
-    let scheduled;
-    const schedule = () => {
-      cancelAnimationFrame(scheduled);
-      scheduled = requestAnimationFrame(apply);
+    const pathOf = (path) => {
+      const end = path.lastIndexOf('/') + 1;
+      return [make('span', 'folder', path.slice(0, end)), path.slice(end)];
+    };
+    const ruleTitle = ({ key, name }) =>
+      [make('code', 'key', key.trim() || 'No rule named'), ' ', make('span', 'name', name)];
+    const titleOf = ({ isSpecial, of }) => {
+      if (isSpecial) return [make('span', 'word', kinds[of].word)];
+      switch (byId('group').value) {
+        case 'rule': return ruleTitle(rules[of]);
+        case 'file': return files[of].path ? [make('span', 'key', ...pathOf(files[of].path))] : ['No file named'];
+        case 'module': return modules[of] ? [make('code', 'key', modules[of])] : ['No module named'];
+        default: return [make('span', 'word', kinds[of].word)];
+      }
+    };
+    const countsOf = ({ counts }) => counts.flatMap((count, kind) => count === 0 ? [] : [
+      make('span', `level ${kinds[kind].slug}`, `${kinds[kind].word} `, make('b', '', count.toLocaleString('en'))), ' ']);
+
+    const factList = (className, pairs) => {
+      const facts = make('dl', className);
+      for (let i = 0; i < pairs.length; i += 2) {
+        const value = makeOf('dd', '', pairs[i + 1]);
+        // What is this long gets a scroll bar.
+        if (pairs[i + 1].length > 2000 || pairs[i + 1].split('\n').length > 20) value.tabIndex = 0;
+        facts.append(make('div', 'fact', make('dt', '', pairs[i]), value));
+      }
+      return facts;
+    };
+    const about = ({ facts, more }) => {
+      const element = make('div', 'about');
+      if (facts.length === 0 && more.length === 0) {
+        element.append(make('p', 'absent', 'The result has no specification of this rule.'));
+      }
+      if (facts.length > 0) element.append(factList('facts', facts));
+      if (more.length > 0) {
+        element.append(make('details', '', make('summary', '', 'More about this rule'), factList('facts', more)));
+      }
+      return element;
     };
 
-    // A filter that was set while the findings were read is applied, too.
-    const read = gradually(40, readPart, () => {
-      document.addEventListener('input', schedule);
-      apply();
-    });
-    read.start(groups.flatMap((group) => [group, ...group.parts.flatMap((list) => list.parts)]));
-
-    let open;
-    const turn = gradually(6, (group) => {
-      setOpen(elementOf(group), open);
-    });
-    const turnAll = (value) => {
-      open = value;
-      turn.start(groups);
+    const linkTo = ({ file, line, column }) => {
+      const { path, address } = files[file];
+      if (!template.value.trim() || !template.validity.valid) {
+        return address && (line ? `${address}#L${line}${column && address.startsWith('file:') ? `C${column}` : ''}` : address);
+      }
+      const values = {
+        path: path.split('/').map(encodeURIComponent).join('/'),
+        absolute: address.startsWith('file://') ? address.slice(7) : '',
+        line: line || 1,
+        column: column || 1,
+      };
+      return template.value.replace(/\{(path|absolute|line|column)\}/g, (_, name) => values[name]);
     };
-    const clear = () => {
+    const placeOf = (finding) => {
+      const { path } = files[finding.file];
+      const target = path && linkTo(finding);
+      const element = make(target ? 'a' : 'span', 'place', make('span', 'path', ...pathOf(path)), positionOf(finding));
+      if (target) element.href = target;
+      element.title = path + positionOf(finding);
+      return element;
+    };
+
+    const argument = (html) => `<code class="arg">${html}</code>`;
+    const messageOf = ({ text, args }) => {
+      let i = 0;
+      // A text that is all there is needs no frame.
+      if (texts[text] === '\u0001') return args[0];
+      return texts[text].replaceAll('\u0001', () => argument(args[i++]));
+    };
+    const factOf = (finding, label) => {
+      const at = finding.facts.findIndex((fact, i) => i % 2 === 0 && labels[fact] === label);
+      return at < 0 ? undefined : texts[finding.facts[at + 1]];
+    };
+
+    const rowOf = (finding) => {
+      const { index, kind, mark, number } = finding;
+      const { slug } = kinds[kind];
+      const message = makeOf('span', 'message', messageOf(finding) || '<span class="absent">No message.</span>');
+      const reason = factOf(finding, 'Reason');
+      if (reason) message.append(' ', makeOf('span', 'reason', reason));
+      const turn = makeButton('turn', `Details of finding ${number}`);
+      turn.ariaExpanded = 'false';
+      const box = Object.assign(make('input'), { type: 'checkbox', checked: selected.has(finding), ariaLabel: `Select finding ${number}` });
+      const row = make('div', 'row', turn, box, make('span', `level ${slug}`, kinds[kind].word), placeOf(finding), message,
+        make('code', 'rule', rules[finding.rule].key));
+      if (mark && marks[mark].slug !== 'unchanged') row.append(make('span', `mark ${marks[mark].slug}`, marks[mark].word));
+      const element = make('li', `finding ${slug}`, row);
+      element.dataset.index = index;
+      return element;
+    };
+
+    // The lines around a place, with a caret under the column.
+    const sourceOf = (finding) => {
+      const own = factOf(finding, 'Source');
+      const runs = own === undefined ? data.sources[finding.file] : [[finding.line, plain(own)]];
+      const run = runs.find(([first, ...lines]) => finding.line >= first && finding.line < first + lines.length);
+      if (!run) return undefined;
+      const [first, ...lines] = run;
+      const element = make('pre', 'source');
+      element.tabIndex = 0;
+      lines.forEach((text, i) => {
+        const line = first + i;
+        if (Math.abs(line - finding.line) > 2) return;
+        const isPlace = line === finding.line;
+        element.append(make('span', isPlace ? 'at' : '', make('span', 'line', `${line || ''}`.padStart(6)), ` ${text}\n`));
+        // Tabs stay, so that the caret is where the column is.
+        const before = text.slice(0, finding.column - 1).replace(/[^\t]/g, ' ');
+        if (isPlace && finding.column > 0 && finding.column <= text.length) {
+          element.append(make('span', 'caret', `${' '.repeat(7)}${before}^\n`));
+        }
+      });
+      return element;
+    };
+    const detailsOf = (finding, isCut) => {
+      const element = make('div', 'more');
+      if (isCut) {
+        const message = makeOf('p', 'whole', messageOf(finding));
+        message.tabIndex = 0;
+        element.append(message);
+      }
+      const source = sourceOf(finding);
+      if (source) element.append(source);
+      const pairs = [];
+      for (let i = 0; i < finding.facts.length; i += 2) {
+        const label = labels[finding.facts[i]];
+        if (label !== 'Source') pairs.push(label, texts[finding.facts[i + 1]]);
+      }
+      const permalink = Object.assign(make('a', '', `#${finding.number}`), { href: `#finding=${finding.link}` });
+      const facts = factList('facts', pairs);
+      if (finding.kind !== finding.severity && finding.severity < firstSpecial - 1) {
+        facts.append(make('div', 'fact', make('dt', '', 'Severity'), make('dd', '', kinds[finding.severity].word)));
+      }
+      facts.append(make('div', 'fact', make('dt', '', 'Link'), make('dd', '', permalink)));
+      element.append(facts);
+      if (finding.kind >= firstSpecial || byId('group').value !== 'rule') {
+        element.append(make('details', '', make('summary', '', 'About the rule ', ...ruleTitle(rules[finding.rule])), about(rules[finding.rule])));
+      }
+      return element;
+    };
+
+    // Fills an element with what is made of a list, a part at a time. Returns a function
+    // that shows that many of it.
+    const fill = (holder, items, makeItem, first, what) => {
+      let shown = 0;
+      const button = makeButton('further');
+      const show = (count) => {
+        holder.append(...items.slice(shown, count).map(makeItem));
+        shown = Math.max(shown, Math.min(count, items.length));
+        const left = items.length - shown;
+        button.textContent = `Show ${Math.min(left, moreRows).toLocaleString('en')} more of ${items.length.toLocaleString('en')} ${what}`;
+        if (left === 0) button.remove();
+        else holder.after(button);
+      };
+      button.addEventListener('click', () => {
+        const next = shown;
+        show(shown + moreRows);
+        holder.children[next]?.querySelector('button')?.focus();
+      });
+      show(first);
+      return show;
+    };
+
+    const isOpen = (group, total) => turned.get(group.key) ?? allOpen ??
+      (total <= firstRows && (!group.isSpecial || query.value.trim() !== ''));
+    const openGroup = (group, count) => {
+      group.fold.ariaExpanded = 'true';
+      const body = make('div', 'body');
+      if (!group.isSpecial && byId('group').value === 'rule') body.append(about(rules[group.of]));
+      const rows = make('ul', `rows ${group.isSpecial ? 'special' : `by-${byId('group').value}`}`);
+      body.append(rows);
+      group.show = fill(rows, group.findings, rowOf, count, 'findings');
+      group.element.append(body);
+    };
+    const closeGroup = (group) => {
+      group.fold.ariaExpanded = 'false';
+      group.element.querySelector('.body')?.remove();
+      group.show = undefined;
+    };
+    const groupElement = (group) => {
+      group.fold = makeButton('fold');
+      group.fold.ariaExpanded = 'false';
+      group.fold.append(...titleOf(group));
+      const title = make('h2', '', group.fold);
+      group.element = make('section', `group ${kinds[group.worst].slug}`,
+        make('div', 'bar', title, make('span', 'levels', ...countsOf(group))));
+      return group.element;
+    };
+
+    const stateOf = () => {
+      const state = new URLSearchParams();
+      if (query.value.trim()) state.set('q', query.value.trim());
+      if (byId('group').value !== 'rule') state.set('group', byId('group').value);
+      const hidden = boxes.filter((box) => !box.checked).map((box) => box.value);
+      if (hidden.length > 0) state.set('hide', hidden.join(','));
+      return state.toString();
+    };
+    const matching = () => {
+      const wanted = parseQuery(query.value);
+      const hidden = new Set(boxes.filter((box) => !box.checked).map((box) => box.value));
+      const hidesKind = kinds.map(({ slug }) => hidden.has(slug));
+      const hidesMark = marks.map(({ slug }) => hidden.has(slug));
+      const matches = ({ kind, mark, words }) => {
+        if (hidesKind[kind] || hidesMark[mark]) return false;
+        for (const { text, isWanted } of wanted) if (words.includes(text) !== isWanted) return false;
+        return true;
+      };
+      return wanted.length === 0 && hidden.size === 0 ? findings : findings.filter(matches);
+    };
+    const render = (most = allOpen ? expandedRows : firstRows, opensAll = false) => {
+      shown = matching();
+      groups = collect(shown);
+      const holder = make('div', 'groups');
+      list.replaceChildren(holder);
+      showGroups = fill(holder, groups, groupElement, opensAll ? printedRows : moreRows, 'groups');
+      let left = most;
+      for (const group of groups) {
+        if (group.element && (opensAll || isOpen(group, shown.length))) {
+          openGroup(group, left);
+          left = Math.max(0, left - group.findings.length);
+        }
+      }
+      const count = shown.length.toLocaleString('en');
+      const all = `${findings.length.toLocaleString('en')} finding${findings.length === 1 ? '' : 's'}`;
+      byId('status').textContent = shown.length === findings.length ? all : `${count} of ${all}`;
+      byId('nothing').hidden = shown.length > 0 || findings.length === 0;
+    };
+    const update = () => {
+      turned = new Map();
+      allOpen = undefined;
+      render();
+      history.replaceState(null, '', `#${stateOf()}`);
+    };
+
+    const turnRow = (element, open) => {
+      const turn = element.querySelector('.turn');
+      turn.ariaExpanded = String(open);
+      element.querySelector('.more')?.remove();
+      const message = element.querySelector('.message');
+      if (open) element.append(detailsOf(findings[element.dataset.index], message.scrollHeight > message.clientHeight + 2));
+    };
+    const turnGroup = (group) => {
+      const open = !group.show;
+      turned.set(group.key, open);
+      if (open) openGroup(group, moreRows);
+      else closeGroup(group);
+    };
+    const turnAll = (open) => {
+      turned = new Map();
+      allOpen = open;
+      render();
+    };
+
+    const showAll = () => {
       query.value = '';
       for (const box of boxes) box.checked = true;
-      apply();
-      query.focus();
     };
-    const actions = { expand: () => turnAll(true), collapse: () => turnAll(false), clear };
-    document.addEventListener('click', (event) => {
-      const bar = event.target.closest('.bar');
-      if (bar) setOpen(bar.parentElement, !isOpen(bar.parentElement));
-      actions[event.target.closest('button')?.id]?.();
+    // Shows the finding that the address names, whatever the filter is.
+    const reveal = (link) => {
+      const finding = findings.find((each) => each.link === link);
+      if (!finding) return;
+      if (!shown.includes(finding)) {
+        showAll();
+        render();
+      }
+      const group = groups.find((each) => each.findings.includes(finding));
+      showGroups(groups.indexOf(group) + 1);
+      if (!group.show) turnGroup(group);
+      group.show(group.findings.indexOf(finding) + 1);
+      const element = list.querySelector(`[data-index="${finding.index}"]`);
+      turnRow(element, true);
+      element.classList.add('target');
+      element.querySelector('.turn').focus({ preventScroll: true });
+      element.scrollIntoView({ block: 'center' });
+    };
+    const followAddress = () => {
+      if (!/=|^$/.test(location.hash)) return;  // the link to the list
+      const state = new URLSearchParams(location.hash.slice(1));
+      query.value = state.get('q') ?? '';
+      byId('group').value = Object.hasOwn(groupings, state.get('group')) ? state.get('group') : 'rule';
+      const hidden = (state.get('hide') ?? '').split(',');
+      for (const box of boxes) box.checked = !hidden.includes(box.value);
+      render();
+      if (state.has('finding')) reveal(state.get('finding'));
+    };
+
+    // A line for each finding that a waiver can name. A blank would end a name.
+    const waiverOf = ({ rule, file, line }) => {
+      const name = (text) => text.replaceAll('\ufffd', '*').replace(/\s/g, '?').replace(/^#/, '?');
+      const { path } = files[file];
+      const key = name(rules[rule].key);
+      if (!path || !key) return `# no waiver can name ${key || 'this finding'}`;
+      return `${key} ${name(path)}${line ? `:${line}` : ''} -- ${byId('reason').value.trim() || 'no reason given'}`;
+    };
+    const showSelection = () => {
+      const lines = new Set(findings.filter((finding) => selected.has(finding)).map(waiverOf));
+      byId('selection').hidden = selected.size === 0;
+      byId('waivers').value = Array.from(lines, (line) => `${line}\n`).join('');
+    };
+    const selectAll = (each) => {
+      if (each) for (const finding of shown) selected.add(finding);
+      else selected.clear();
+      for (const box of list.querySelectorAll('.row input')) box.checked = selected.has(findings[box.closest('li').dataset.index]);
+      showSelection();
+    };
+
+    const remember = (value) => {
+      try {
+        if (value === undefined) return localStorage.getItem('rulecheck link template');
+        return localStorage.setItem('rulecheck link template', value);
+      } catch {
+        return null;  // the browser keeps nothing for this page
+      }
+    };
+
+    const actions = {
+      expand: () => turnAll(true),
+      collapse: () => turnAll(false),
+      clear: () => {
+        showAll();
+        update();
+        query.focus();
+      },
+      choose: () => {
+        byId('settings').hidden = !byId('settings').hidden;
+        byId('choose').ariaExpanded = String(!byId('settings').hidden);
+        if (!byId('settings').hidden) template.focus();
+      },
+      copy: () => {
+        byId('waivers').select();
+        document.execCommand('copy');
+      },
+      'select-all': () => selectAll(true),
+      deselect: () => selectAll(false),
+    };
+    document.addEventListener('click', ({ target }) => {
+      actions[target.closest('button')?.id]?.();
+      const bar = target.closest('.bar');
+      if (bar && list.contains(bar)) turnGroup(groups.find(({ element }) => element === bar.parentElement));
+      const row = target.closest('.row');
+      const isControl = target.closest('a, input') || (!target.closest('button') && String(getSelection()));
+      if (row && list.contains(row) && !isControl) turnRow(row.parentElement, row.querySelector('.turn').ariaExpanded === 'false');
     });
-    document.addEventListener('beforematch', (event) => setOpen(event.target.closest('.group'), true));
-    unfoldOnPaper(update.finish);
+    list.addEventListener('change', ({ target }) => {
+      const finding = findings[target.closest('li').dataset.index];
+      if (target.checked) selected.add(finding);
+      else selected.delete(finding);
+      showSelection();
+    });
+
+    let scheduled;
+    document.addEventListener('input', ({ target }) => {
+      if (target === byId('reason')) showSelection();
+      if (target === template) remember(template.value);
+      if (!target.closest('#toolbar, #filters')) return;
+      cancelAnimationFrame(scheduled);
+      scheduled = requestAnimationFrame(update);
+    });
+    document.addEventListener('keydown', (event) => {
+      const isText = event.target.matches('input:not([type=checkbox]), textarea, select');
+      if (event.key === '/' && !isText) {
+        event.preventDefault();
+        query.select();
+      }
+      const step = { ArrowDown: 1, ArrowUp: -1 }[event.key];
+      if (step && event.target.matches('.turn, .fold')) {
+        event.preventDefault();
+        const all = Array.from(list.querySelectorAll('.turn, .fold'));
+        all[all.indexOf(event.target) + step]?.focus();
+      }
+    });
+    window.addEventListener('hashchange', followAddress);
+    window.addEventListener('beforeprint', () => {
+      render(printedRows, true);
+      byId('unprinted').hidden = shown.length <= printedRows;
+      byId('unprinted').textContent = `Printed: the first ${printedRows.toLocaleString('en')} of ${shown.length.toLocaleString('en')} findings.`;
+    });
+    window.addEventListener('afterprint', () => {
+      byId('unprinted').hidden = true;
+      render();
+    });
+
+    // The column of places is as wide as the longest, up to a limit.
+    const longest = findings.reduce((most, finding) =>
+      Math.max(most, files[finding.file].path.length + positionOf(finding).length), 0);
+    list.style.setProperty('--place', `${Math.min(Math.max(longest, 8), 44) * 0.5}rem`);
+    template.value = remember() ?? template.value;
+    followAddress();
   };
 
   document.documentElement.classList.add('scripted');

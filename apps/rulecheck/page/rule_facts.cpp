@@ -54,9 +54,8 @@ std::string joined(const StringList& list) {
 Facts mainFacts(const RuleSpec& spec) {
   const RuleSpec safe = safeCopy(spec);
   Facts facts;
-  facts.add("Message", safe.raw_msg());
-  facts.add("Resolution", safe.resolution_msg());
   facts.add("Expects", safe.expects());
+  facts.add("Resolution", safe.resolution_msg());
   facts.add("Threshold", Converter::toString(safe.threshold_value()));
   facts.add("Description", descriptionHtml(spec));
   return facts;
@@ -66,6 +65,7 @@ Facts furtherFacts(const RuleSpec& spec) {
   const RuleSpec safe = safeCopy(spec);
   Facts facts;
   facts.add("Severity", spec.has_severity() ? levelOf(spec.severity()).word : "");
+  facts.add("Message", safe.raw_msg());
   facts.add("When met", safe.affirm_msg());
   facts.add("In short", safe.msg_abbrev());
   facts.add("Message number", spec.has_msg_id() ? std::to_string(spec.msg_id()) : "");
@@ -74,7 +74,7 @@ Facts furtherFacts(const RuleSpec& spec) {
   facts.add("First release", spec.has_first_release() ? versionText(spec.first_release()) : "");
   facts.add("Sessions", joined(safe.session_names()));
   facts.add("Architectures", joined(safe.architectures()));
-  facts.add("Categories", categoriesHtml(safe.categories()));
+  facts.add("Categories", categoriesHtml(spec.categories()));
   facts.add("Examples", linksHtml(safe.examples()));
   return facts;
 }

@@ -2,6 +2,8 @@
 
 #include "rulecheck/page/safe_text.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <string_view>
 
 #include "common/characters.h"
@@ -11,33 +13,58 @@ namespace {
 
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
-// What stands for a code point, whose bytes are given.
-std::string_view shown(char32_t value, std::string_view bytes) {
+bool isPlain(char c) {
+  return (c >= ' ' && c < 0x7F && std::string_view("&<>\"'").find(c) == std::string_view::npos) ||
+         c == '\t' || c == '\n';
+}
+
+std::string_view reference(char32_t value, std::string_view bytes) {
   switch (value) {
     case '&': return "&amp;";
     case '<': return "&lt;";
     case '>': return "&gt;";
     case '"': return "&quot;";
     case '\'': return "&#39;";
-    case '\r': return "";
-    case '\t':
-    case '\n': return bytes;
-    default: return apps::isHarmless(value) ? bytes : replacement;
+    default: return bytes;
   }
+}
+
+// What stands for a code point that is not plain, whose bytes are given.
+std::string_view shown(char32_t value, std::string_view bytes, bool isHtml) {
+  if (value == '\r') {
+    return "";
+  }
+  if (!apps::isHarmless(value)) {
+    return replacement;
+  }
+  return isHtml ? reference(value, bytes) : bytes;
+}
+
+std::string converted(std::string_view rest, bool isHtml) {
+  std::string text;
+  text.reserve(rest.size());
+  while (!rest.empty()) {
+    const auto plain = static_cast<std::size_t>(
+        std::find_if_not(rest.begin(), rest.end(), isPlain) - rest.begin());
+    text += rest.substr(0, plain);
+    rest.remove_prefix(plain);
+    if (!rest.empty()) {
+      const apps::CodePoint first = apps::firstOf(rest);
+      text += shown(first.value, rest.substr(0, first.length), isHtml);
+      rest.remove_prefix(first.length);
+    }
+  }
+  return text;
 }
 
 }  // namespace
 
 std::string escapeText(const std::string& text) {
-  std::string html;
-  html.reserve(text.size());
-  std::string_view rest = text;
-  while (!rest.empty()) {
-    const apps::CodePoint first = apps::firstOf(rest);
-    html += shown(first.value, rest.substr(0, first.length));
-    rest.remove_prefix(first.length);
-  }
-  return html;
+  return converted(text, true);
+}
+
+std::string cleanText(const std::string& text) {
+  return converted(text, false);
 }
 
 bool isBlank(const std::string& text) {

@@ -15,6 +15,9 @@ namespace rulecheck {
 // names except tab and line feed, become U+FFFD. A carriage return is left out.
 std::string escapeText(const std::string& text);
 
+// The same without character references, for what is not HTML.
+std::string cleanText(const std::string& text);
+
 // Whether the text has nothing but white space.
 bool isBlank(const std::string& text);
 

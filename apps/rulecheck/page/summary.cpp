@@ -4,11 +4,9 @@
 
 #include <cstddef>
 #include <ctime>
-#include <map>
 #include <set>
-#include <vector>
+#include <string>
 
-#include "rulecheck/not_checked.h"
 #include "rulecheck/page/facts.h"
 #include "rulecheck/page/safe_link.h"
 #include "rulecheck/page/safe_text.h"
@@ -41,76 +39,67 @@ std::string addressHtml(bool present, const Resource& resource) {
 }
 
 data sessionFacts(const Session& session) {
-  Facts facts(kMostBytesOfHeading);
+  Facts facts;
   facts.add("Build target", escapeText(session.build_target()));
   facts.add("Run at", timeHtml(session));
   facts.add("Session id", escapeText(session.uuid()));
   facts.add("Report file", addressHtml(session.has_report_file(), session.report_file()));
   facts.add("Proto file", addressHtml(session.has_proto_file(), session.proto_file()));
-  return facts.view();
+  return facts.view(kMostBytesOfHeading);
 }
 
 std::string counted(std::size_t count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-struct Counts {
-  std::size_t violations;
-  std::size_t waived;
-  std::size_t affirmed;
-  // Places that keep rules from being checked, and those rules.
-  std::size_t unchecked = 0;
-  std::set<std::string> uncheckedRules = {};
-};
-
-Counts countsOf(const SessionResult& result) {
-  Counts counts{result.violations().hashmap().size(), result.waived_violations().hashmap().size(),
-                result.affirmations().hashmap().size()};
-  for (const auto& entry : result.waived_violations().hashmap()) {
-    if (isNotChecked(entry.second)) {
-      ++counts.unchecked;
-      counts.uncheckedRules.insert(entry.second.rule_key());
-    }
-  }
-  return counts;
-}
-
-std::size_t violatedRules(const SessionResult& result) {
-  std::set<std::string> keys;
-  for (const auto& entry : result.violations().hashmap()) {
-    keys.insert(entry.second.rule_key());
-  }
-  return keys.size();
-}
-
-// A kind of finding that the page counts and that its filter knows.
-data kindView(const std::string& slug, const std::string& word, std::size_t count) {
+// How many findings of a kind there are, or of a mark.
+data filterView(const Level& level, std::size_t count) {
   data view;
-  view["slug"] = slug;
-  view["word"] = word;
+  view["slug"] = level.slug;
+  view["word"] = level.word;
   view["count"] = std::to_string(count);
   view["none"] = count == 0;
   return view;
 }
 
-data kinds(const SessionResult& result, const Counts& counts) {
-  std::map<int, std::size_t> byRank;
-  for (const auto& entry : result.violations().hashmap()) {
-    ++byRank[levelOf(entry.second).rank];
-  }
+data kindViews(const Findings& findings) {
   data list(data::type::list);
-  for (const Level& level : violationLevels()) {
-    if (level.rank != Violation::SEV_UNKNOWN || byRank[level.rank] != 0) {
-      list << kindView(level.slug, level.word, byRank[level.rank]);
+  for (const Level& kind : kinds()) {
+    const std::size_t count = findings.ofKind[static_cast<std::size_t>(kind.rank)];
+    const bool isRare = kind.rank == Violation::SEV_UNKNOWN || kind.rank == kNotChecked;
+    if (count != 0 || !(isRare || (kind.rank == kFixed && !findings.isCompared))) {
+      list << filterView(kind, count);
     }
   }
-  if (counts.unchecked != 0) {
-    list << kindView("not-checked", "not checked", counts.unchecked);
-  }
-  list << kindView("waived", "waived", counts.waived - counts.unchecked);
-  list << kindView("affirmed", "affirmed", counts.affirmed);
   return list;
 }
+
+data markViews(const Findings& findings) {
+  data list(data::type::list);
+  for (const Level& mark : marks()) {
+    if (findings.isCompared && mark.rank != kUnmarked) {
+      list << filterView(mark, findings.ofMark[static_cast<std::size_t>(mark.rank)]);
+    }
+  }
+  return list;
+}
+
+// The rules that are violated, met, or not checked everywhere.
+struct Rules {
+  explicit Rules(const Findings& findings) {
+    for (const Finding& finding : findings.list) {
+      if (finding.kind <= kNotChecked || finding.kind == kMet) {
+        auto& keys = finding.kind == kMet          ? met
+                     : finding.kind == kNotChecked ? unchecked
+                                                   : violated;
+        keys.insert(finding.rule());
+      }
+    }
+  }
+  std::set<std::string> violated;
+  std::set<std::string> met;
+  std::set<std::string> unchecked;
+};
 
 void checkCount(const char* field, bool present, int stated, std::size_t listed, data* problems) {
   if (present && (stated < 0 || static_cast<std::size_t>(stated) != listed)) {
@@ -119,28 +108,25 @@ void checkCount(const char* field, bool present, int stated, std::size_t listed,
   }
 }
 
-data problemsOf(const SessionResult& result, const Counts& counts) {
+data problemsOf(const SessionResult& result) {
   data problems(data::type::list);
   checkCount("violation_count", result.has_violation_count(), result.violation_count(),
-             counts.violations, &problems);
-  checkCount("waived_count", result.has_waived_count(), result.waived_count(), counts.waived,
-             &problems);
+             result.violations().hashmap().size(), &problems);
+  checkCount("waived_count", result.has_waived_count(), result.waived_count(),
+             result.waived_violations().hashmap().size(), &problems);
   checkCount("affirmation_count", result.has_affirmation_count(), result.affirmation_count(),
-             counts.affirmed, &problems);
+             result.affirmations().hashmap().size(), &problems);
   return problems;
 }
 
-void addVerdict(const SessionResult& result, const Counts& counts, data* page) {
-  const bool clean = counts.violations == 0;
-  std::string detail = clean ? "" : "of " + counted(violatedRules(result), "rule") + ", ";
-  detail += std::to_string(counts.waived - counts.unchecked) + " waived, " +
-            std::to_string(counts.affirmed) + " affirmed";
-  if (counts.unchecked != 0) {
-    detail += ", " + counted(counts.uncheckedRules.size(), "rule") + " not checked everywhere";
-  }
-  (*page)["verdict"] = clean ? "No violations" : counted(counts.violations, "violation");
-  (*page)["verdictDetail"] = detail;
-  (*page)["clean"] = clean && (*page)["problems"].is_empty_list();
+void addVerdict(const SessionResult& result, const Findings& findings, data* page) {
+  const std::size_t violations = result.violations().hashmap().size();
+  const Rules rules(findings);
+  (*page)["verdict"] = violations == 0 ? "No violations" : counted(violations, "violation");
+  (*page)["verdictDetail"] = counted(rules.violated.size(), "rule") + " violated, " +
+                             std::to_string(rules.met.size()) + " met, " +
+                             std::to_string(rules.unchecked.size()) + " not checked everywhere";
+  (*page)["clean"] = violations == 0 && (*page)["problems"].is_empty_list();
 }
 
 }  // namespace
@@ -162,20 +148,21 @@ std::string utcTime(std::int64_t milliseconds) {
   return std::string(sizeof(text) - 1 - length, '0') + unpadded;  // the year has four digits
 }
 
-void addSummary(const SessionResult& result, data* page) {
+void addSummary(const SessionResult& result, const Findings& findings, data* page) {
   const Session& session = result.session();
-  const Counts counts = countsOf(result);
   (*page)["name"] = isBlank(session.name()) ? "Unnamed session" : escapeText(session.name());
   (*page)["longName"] = isLong(session.name(), 100);
   (*page)["description"] = escapeText(session.description());
   (*page)["longDescription"] = isLong(session.description(), 200);
   (*page)["described"] = !isBlank(session.description());
   (*page)["sessionFacts"] = sessionFacts(session);
-  (*page)["kinds"] = kinds(result, counts);
-  (*page)["vacant"] = counts.violations + counts.waived + counts.affirmed == 0;
-  (*page)["problems"] = problemsOf(result, counts);
+  (*page)["kinds"] = kindViews(findings);
+  (*page)["marks"] = markViews(findings);
+  (*page)["compared"] = findings.isCompared;
+  (*page)["vacant"] = findings.list.empty();
+  (*page)["problems"] = problemsOf(result);
   (*page)["flawed"] = (*page)["problems"].is_non_empty_list();
-  addVerdict(result, counts, page);
+  addVerdict(result, findings, page);
 }
 
 }  // namespace rulecheck

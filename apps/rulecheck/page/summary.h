@@ -11,6 +11,8 @@
 #include <kainjow/mustache.hpp>
 #include <string>
 
+#include "rulecheck/page/findings.h"
+
 namespace rulecheck {
 
 // A count of milliseconds since the beginning of 1970, UTC, to the second:
@@ -18,7 +20,8 @@ namespace rulecheck {
 std::string utcTime(std::int64_t milliseconds);
 
 // Adds the session, the counts and what is wrong with them to the page's data.
-void addSummary(const vok::rulecheck::SessionResult& result, kainjow::mustache::data* page);
+void addSummary(const vok::rulecheck::SessionResult& result, const Findings& findings,
+                kainjow::mustache::data* page);
 
 }  // namespace rulecheck
 

@@ -2,6 +2,7 @@
 
 """`rulecheck html` on the command line."""
 
+import json
 import os
 import pathlib
 import re
@@ -35,6 +36,49 @@ class Formats(RulecheckTest):
         page = self.write_bytes("page.html", BEFORE * 100000)
         self.rulecheck("html", SAMPLE, "-o", page)
         self.assertEqual(page.read_bytes(), self.page_of(SAMPLE))
+
+
+class Options(RulecheckTest):
+    def data(self, *options):
+        """What the script of the page reads."""
+        page = self.rulecheck("html", "result.txtpb", *options).stdout.decode("utf-8")
+        return json.loads(re.search(r'id="data">(.*)</script>', page, re.S)[1])
+
+    def setUp(self):
+        super().setUp()
+        self.write("result.txtpb", """session { name: "s" } violations { hashmap { key: 1 value {
+            id: 1 severity: SEV_ERROR rule_key: "R" details { text: "t" args { arg { ref { type: FILE name: "a.v:1"
+            url { scheme: FILE path: "/x/a.v" } value { string_val: "old" } } } } } } } }""")
+        (self.folder / "src").mkdir()
+        self.write("src/a.v", "old\nsecond\n")
+
+    def test_source_lines_are_those_below_the_working_directory_or_another_folder(self):
+        self.assertEqual(self.data()["sources"], [[], []])
+        self.assertIn("old", self.data()["texts"])
+        self.assertEqual(self.data("--source-root", "src")["sources"], [[], [[1, "old", "second"]]])
+        self.write("a.v", "old\n")
+        self.assertEqual(self.data()["sources"], [[], [[1, "old"]]])
+        without = self.data("--no-source")
+        self.assertEqual((without["sources"], "old" in without["texts"]), ([[], []], False))
+
+    def test_a_baseline_marks_findings(self):
+        self.write("old.txtpb", 'session { name: "s" }')
+        for baseline, mark in [("result.txtpb", "unchanged"), ("old.txtpb", "new")]:
+            data = self.data("--baseline", baseline)
+            self.assertEqual(data["marks"][data["findings"][0][2]][0], mark)
+
+    def test_a_template_of_links_is_part_of_the_page(self):
+        template = "https://host/blob/main/{path}#L{line}&<"
+        page = self.rulecheck("html", "result.txtpb", "--link", template).stdout.decode("utf-8")
+        self.assertIn('value="https://host/blob/main/{path}#L{line}&amp;&lt;"', page)
+
+    def test_bad_ones_are_refused(self):
+        for words, options in [("--source-root", ["--source-root", "missing"]),
+                               ("--source-root", ["--no-source", "--source-root", "src"]),
+                               ("--link javascript:alert(1): expected", ["--link", "javascript:alert(1)"]),
+                               ("missing.pb: cannot be read", ["--baseline", "missing.pb"])]:
+            with self.subTest(options):
+                self.assert_error(words, "html", "result.txtpb", *options)
 
 
 class BadInput(RulecheckTest):

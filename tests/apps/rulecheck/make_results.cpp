@@ -283,6 +283,19 @@ void convert(const std::string& from, const std::string& to) {
   write(to, result);
 }
 
+// The number gives the finding one of 600 files in 24 folders.
+void addPlace(int number, Violation* violation) {
+  const std::string path =
+      "rtl/block_" + std::to_string(number % 24) + "/part_" + std::to_string(number % 600) + ".v";
+  const std::string line = std::to_string(number / 600 + 1);
+  auto* place = violation->mutable_details()->mutable_args()->add_arg()->mutable_ref();
+  place->set_type(vok::rulecheck::Reference::FILE);
+  place->set_name(path + ":" + line + ":7");
+  place->mutable_url()->set_scheme(Resource::FILE);
+  place->mutable_url()->set_path("/work/design/" + path);
+  place->mutable_url()->set_fragment("L" + line + "C7");
+}
+
 void writeMany(int count, int rules, const std::string& path) {
   SessionResult result;
   result.mutable_session()->set_name("Many findings");
@@ -292,7 +305,8 @@ void writeMany(int count, int rules, const std::string& path) {
     violation.set_severity(
         static_cast<Violation::Severity>(number % (Violation::Severity_MAX + 1)));
     violation.set_rule_key("RULE-" + std::to_string(number % rules));
-    violation.mutable_details()->set_text("Register %1 is written in two always blocks.");
+    violation.mutable_details()->set_text("%1: Register %2 is written in two always blocks.");
+    addPlace(number, &violation);
     violation.mutable_details()->mutable_args()->add_arg()->set_string_val("top.u_core.r_" +
                                                                            std::to_string(number));
     violation.mutable_resolution()->set_text("Merge the blocks, or name the registers apart.");

@@ -6,11 +6,11 @@
 
 #include <regex>
 
-#include "rulecheck/page/safe_copy.h"
 #include "support/messages.h"
 
 namespace {
 
+using rulecheck::messageHtml;
 using vok::rulecheck::MsgInst;
 
 // The arguments are the strings a, b and so on, as many as are asked for, and
@@ -24,10 +24,6 @@ struct Case {
 
 void PrintTo(const Case& tested, std::ostream* out) {
   *out << tested.text;
-}
-
-std::string messageHtml(const MsgInst& message) {
-  return rulecheck::messageHtml(rulecheck::safeCopy(message));
 }
 
 std::string shown(const MsgInst& message) {
@@ -79,7 +75,7 @@ TEST(MessageText, DoesNotSearchArgumentsForPlaces) {
 
 TEST(MessageText, ShowsAnEmptyArgument) {
   const auto message = tests::parse<MsgInst>(R"(text: "<%1>" args { arg { } })");
-  EXPECT_EQ(shown(message), "&lt;(empty)&gt;");
+  EXPECT_EQ(shown(message), "&lt;[(empty)]&gt;");
 }
 
 TEST(MessageText, StopsFillingPlacesWhenTheArgumentsGetTooLong) {

@@ -5,18 +5,26 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <regex>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <vector>
 
 #include "support/messages.h"
 
 namespace {
 
+using nlohmann::json;
+using rulecheck::PageOptions;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 using vok::rulecheck::SessionResult;
 
-std::string pageOf(const std::string& result) {
-  return rulecheck::page(tests::parse<SessionResult>(result));
+namespace fs = std::filesystem;
+
+std::string pageOf(const std::string& result, const PageOptions& options = {}) {
+  return rulecheck::page(tests::parse<SessionResult>(result), options);
 }
 
 // The page without its head, which has the style and the script.
@@ -26,62 +34,250 @@ std::string bodyOf(const std::string& page) {
   return page.substr(begin);
 }
 
-// The texts in the order of the page.
-std::vector<std::string> found(const std::string& page, const std::string& pattern) {
-  const std::string body = bodyOf(page);
-  const std::regex regex(pattern);
-  std::vector<std::string> texts;
-  for (std::sregex_iterator match(body.begin(), body.end(), regex), end; match != end; ++match) {
-    texts.push_back((*match)[1]);
+// What the page's script reads, with names for the parts of a finding.
+json dataOf(const std::string& page) {
+  const std::string tag = "<script type=\"application/json\" id=\"data\">";
+  const auto begin = page.rfind(tag) + tag.size();
+  json data = json::parse(page.substr(begin, page.find("</script>", begin) - begin));
+  for (json& finding : data["findings"]) {
+    const json row = finding;
+    const json& path = data["files"][row[4].get<std::size_t>()][0];
+    finding = {{"kind", data["kinds"][row[0].get<std::size_t>()][1]},
+               {"severity", data["kinds"][row[1].get<std::size_t>()][1]},
+               {"mark", data["marks"][row[2].get<std::size_t>()][1]},
+               {"rule", data["rules"][row[3].get<std::size_t>()][0]},
+               {"place", json{path, row[5], row[6]}},
+               {"module", data["modules"][row[7].get<std::size_t>()]},
+               {"id", row[8]},
+               {"link", row[9]},
+               {"text", data["texts"][row[10].get<std::size_t>()]},
+               {"arguments", row[11]},
+               {"facts", json::object()}};
+    for (std::size_t i = 12; i + 1 < row.size(); i += 2) {
+      const std::string label = data["labels"][row[i].get<std::size_t>()];
+      finding["facts"][label] = data["texts"][row[i + 1].get<std::size_t>()];
+    }
   }
-  return texts;
+  return data;
 }
 
-TEST(Page, PutsTheMostSeriousGroupFirstAndNamesakesTogether) {
-  const std::string page = pageOf(R"(
-    violations {
-      hashmap { key: 1 value { severity: SEV_ADVISORY rule_key: "B" } }
-      hashmap { key: 2 value { severity: SEV_ERROR rule_key: "D" } }
-      hashmap { key: 3 value { rule_key: "A" } }
-      hashmap { key: 4 value { severity: SEV_FATAL rule_key: "B" } }
-      hashmap { key: 5 value { severity: SEV_ERROR rule_key: "C" } }
-      hashmap { key: 6 value { severity: SEV_FATAL rule_key: "B" } }
-      hashmap { key: -7 value { severity: SEV_FATAL rule_key: "B" } }
-    })");
-  EXPECT_THAT(found(page, "class=\"key\">([^<]*)<"), testing::ElementsAre("B", "C", "D", "A"));
-  EXPECT_THAT(found(page, "id=\"violation-([^\"]*)\""),
-              testing::ElementsAre("-7", "4", "6", "1", "5", "2", "3"));
+std::vector<json> all(const json& data, const char* name) {
+  std::vector<json> values;
+  for (const json& finding : data["findings"]) {
+    values.push_back(finding[name]);
+  }
+  return values;
 }
 
-TEST(Page, KeepsWaivedFindingsApartAndClosed) {
-  const std::string page = pageOf(R"(
-    violations { hashmap { key: 1 value { severity: SEV_ERROR rule_key: "A" } } }
-    waived_violations { hashmap { key: 1 value { severity: SEV_ERROR rule_key: "A" } } }
-    affirmations { hashmap { key: 1 value { rule_key: "A" } } })");
-  EXPECT_THAT(found(page, "<div class=\"group ([^\"]*)\""),
-              testing::ElementsAre("error", "error", "affirmed"));
-  EXPECT_THAT(found(page, "aria-expanded=\"([^\"]*)\""),
-              testing::ElementsAre("true", "false", "true"));
-  EXPECT_THAT(found(page, "<li class=\"finding [a-z-]*\" ([^>]*)>"),
-              testing::ElementsAre("id=\"violation-1\" data-kind=\"error\"",
-                                   "id=\"waived-1\" data-kind=\"waived\"",
-                                   "id=\"affirmation-1\" data-kind=\"affirmed\""));
+// A finding of the rule R, in the fields of the text besides.
+json findingOf(const std::string& fields, const std::string& rule = "") {
+  return dataOf(pageOf("violations { hashmap { key: 1 value { rule_key: 'R' " + fields +
+                       " } } } specs_violated { hashmap { key: 'R' value { " + rule +
+                       " } } }"))["findings"][0];
 }
 
-TEST(Page, KeepsApartWhatWasNotChecked) {
-  const std::string page = pageOf(R"(
+std::string placeArgument(const std::string& name, int line) {
+  return "arg { ref { type: FILE name: '" + name + ":" + std::to_string(line) +
+         ":5' url { scheme: FILE path: '/src/" + name + "' fragment: 'L" + std::to_string(line) +
+         "C5' } value { string_val: 'line " + std::to_string(line) + "' } } } ";
+}
+
+std::string violation(int key, const std::string& file, int line, const std::string& text = "t") {
+  return "hashmap { key: " + std::to_string(key) + " value { id: " + std::to_string(key) +
+         " severity: SEV_ERROR rule_key: 'R' details { text: '" + text + "' args { " +
+         placeArgument(file, line) + " } } } } ";
+}
+
+TEST(PageData, IsSortedByPlaceAndThenByNumber) {
+  const json data =
+      dataOf(pageOf("violations { " + violation(1, "b.v", 2) + violation(2, "a.v", 10) +
+                    violation(3, "a.v", 9) + violation(5, "a.v", 9, "x") +
+                    violation(4, "a.v", 9, "x") + "hashmap { key: 9 value { id: 9 } } }"));
+  EXPECT_THAT(all(data, "id"), ElementsAre(9, 3, 4, 5, 2, 1));
+  EXPECT_EQ(data["findings"][1]["place"], json({"a.v", 9, 5}));
+}
+
+TEST(PageData, TellsKindsOfFindingsApart) {
+  const json data = dataOf(pageOf(R"(
+    violations { hashmap { key: 1 value { id: 1 severity: SEV_FATAL } }
+                 hashmap { key: 2 value { id: 2 } } }
     waived_violations {
-      hashmap { key: 1 value { rule_key: "A" categories { key: 1 value: "accepted" } } }
-      hashmap { key: 2 value { rule_key: "B"
-        categories { key: 1 value: "switched off in the source" } } }
-      hashmap { key: 3 value { rule_key: "B"
+      hashmap { key: 3 value { id: 3 severity: SEV_ERROR categories { key: 1 value: "ok" } } }
+      hashmap { key: 4 value { id: 4 categories { key: 1 value: "switched off in the source" } } }
+      hashmap { key: 5 value { id: 5
         categories { key: 1 value: "switched off on the command line" } } }
-      hashmap { key: 4 value { rule_key: "C"
-        categories { key: 1 value: "cut short by an error" } } } })");
-  EXPECT_THAT(found(page, "<li class=\"finding [a-z-]*\" id=\"[a-z]*-([^>]*)>"),
-              testing::ElementsAre("2\" data-kind=\"not-checked\"", "3\" data-kind=\"not-checked\"",
-                                   "4\" data-kind=\"not-checked\"", "1\" data-kind=\"waived\""));
-  EXPECT_THAT(page, HasSubstr("1 waived, 0 affirmed, 2 rules not checked everywhere"));
+      hashmap { key: 6 value { id: 6 categories { key: 1 value: "cut short by an error" } } } }
+    affirmations { hashmap { key: 7 value { id: 7 } } })"));
+  EXPECT_THAT(all(data, "kind"), ElementsAre("fatal", "unknown", "not-checked", "not-checked",
+                                             "not-checked", "waived", "met"));
+  EXPECT_EQ(data["findings"][5]["severity"], "error");
+  EXPECT_EQ(data["findings"][5]["facts"]["Reason"], "ok");
+}
+
+// The result of a test before, and what it has become.
+constexpr char kMoved[] = "moved";
+TEST(PageData, MarksWhatIsNewMovedUnchangedAndFixed) {
+  const auto before = tests::parse<SessionResult>("violations { " + violation(1, "a.v", 1, "same") +
+                                                  violation(2, "b.v", 1, "gone") +
+                                                  violation(3, "c.v", 1, kMoved) + "}");
+  PageOptions options;
+  options.baseline = &before;
+  std::string moved = violation(3, "c.v", 8, kMoved);
+  moved.replace(moved.find("'line 8'"), 8, "'line 1'");
+  const json data =
+      dataOf(pageOf("violations { " + violation(1, "a.v", 1, "same") + moved +
+                        violation(4, "d.v", 1, "more") + "} waived_violations { hashmap { } }",
+                    options));
+  EXPECT_THAT(all(data, "id"), ElementsAre(0, 1, 2, 3, 4));
+  EXPECT_THAT(all(data, "kind"), ElementsAre("waived", "error", "fixed", "error", "error"));
+  EXPECT_THAT(all(data, "mark"), ElementsAre("", "unchanged", "", "moved", "new"));
+}
+
+TEST(PageData, GivesEachFindingALinkThatLasts) {
+  const json data = dataOf(pageOf("violations { " + violation(1, "a.v", 1) +
+                                  violation(2, "a.v", 2, "x") + violation(3, "a.v", 2, "x") + "}"));
+  const auto links = all(data, "link");
+  EXPECT_THAT(links[0].get<std::string>(), testing::MatchesRegex("[0-9a-f]{16}"));
+  EXPECT_EQ(links[2], links[1].get<std::string>() + "-2");
+  EXPECT_EQ(links[0],
+            dataOf(pageOf("violations { " + violation(7, "a.v", 1) + "}"))["findings"][0]["link"]);
+}
+
+struct MessageCase {
+  const char* name;
+  const char* details;
+  const char* text;  // with @ for each place of an argument
+  std::vector<std::string> arguments;
+  const char* others;
+};
+
+void PrintTo(const MessageCase& tested, std::ostream* out) {
+  *out << tested.details;
+}
+
+class PageMessage : public testing::TestWithParam<MessageCase> {};
+
+TEST_P(PageMessage, HasNoPlaceAndTheArgumentsApart) {
+  const std::string details = GetParam().details;
+  const json finding = findingOf("details { " + details + " }");
+  std::string text = finding["text"];
+  std::replace(text.begin(), text.end(), '\x01', '@');
+  EXPECT_EQ(text, GetParam().text);
+  EXPECT_EQ(finding["arguments"], json(GetParam().arguments));
+  EXPECT_EQ(finding["facts"].value("Arguments", ""), GetParam().others);
+}
+
+#define PLACE "arg { ref { type: FILE name: 'a.v:1' url { scheme: FILE path: '/a.v' } } } "
+INSTANTIATE_TEST_SUITE_P(
+    Table, PageMessage,
+    testing::Values(
+        MessageCase{"place_first",
+                    "text: '%1: %2 is bad' args { " PLACE "arg { string_val: 'x' } }",
+                    "@ is bad",
+                    {"x"},
+                    ""},
+        MessageCase{"place_later",
+                    "text: 'in %1' args { " PLACE "}",
+                    "in @",
+                    {"<a href=\"file:///a.v\">a.v:1</a>"},
+                    ""},
+        MessageCase{"place_without_mark", "text: 'bad' args { " PLACE "}", "bad", {}, ""},
+        MessageCase{"others",
+                    "text: '%2' args { arg { string_val: '<a>' } arg { string_val: 'b' } "
+                    "arg { string_val: 'c' } }",
+                    "@",
+                    {"b"},
+                    "&lt;a&gt;, c"},
+        MessageCase{"arguments_alone",
+                    "args { " PLACE "arg { string_val: 'a' } arg { string_val: 'b' } }",
+                    "a, b",
+                    {},
+                    ""},
+        MessageCase{"nothing", "", "", {}, ""}),
+    [](const auto& tested) { return tested.param.name; });
+
+struct PlaceCase {
+  const char* name;
+  const char* argument;
+  json place;
+  const char* module;
+};
+
+void PrintTo(const PlaceCase& tested, std::ostream* out) {
+  *out << tested.argument;
+}
+
+class PagePlace : public testing::TestWithParam<PlaceCase> {};
+
+TEST_P(PagePlace, IsThatOfTheFileOrOfTheFirstObjectInOne) {
+  const json finding = findingOf(std::string("details { args { ") + GetParam().argument + " } }");
+  EXPECT_EQ(finding["place"], GetParam().place);
+  EXPECT_EQ(finding["module"], GetParam().module);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, PagePlace,
+    testing::Values(
+        PlaceCase{"nowhere", "", {"", 0, 0}, ""}, PlaceCase{"file", PLACE, {"a.v", 1, 0}, ""},
+        PlaceCase{"object",
+                  "arg { ref { type: PORT name: 'p:3' url { scheme: FILE path: '/b.v' "
+                  "fragment: 'L7C2' } } }",
+                  {"/b.v", 7, 2},
+                  ""},
+        PlaceCase{"object_on_the_web",
+                  "arg { ref { type: PORT name: 'p' url { scheme: HTTP host: 'h' } } }",
+                  {"", 0, 0},
+                  ""},
+        PlaceCase{"file_before_object",
+                  "arg { ref { type: PORT name: 'p' url { scheme: FILE path: '/b.v' } } } " PLACE,
+                  {"a.v", 1, 0},
+                  ""},
+        PlaceCase{"level", "arg { ref { type: HIERARCHY name: 'top.u' } }", {"", 0, 0}, "top.u"},
+        PlaceCase{"level_in_a_list",
+                  "arg { refs { ref { type: PORT name: 'p' } ref { type: HIERARCHY name: 'm' } } }",
+                  {"", 0, 0},
+                  "m"}),
+    [](const auto& tested) { return tested.param.name; });
+
+TEST(PageData, LeavesOutWhatTheRuleSays) {
+  const char* const fields =
+      "resolution { text: 'r' } expects: 'e' threshold_value { int_val: 1 } ";
+  EXPECT_EQ(
+      findingOf(fields, "resolution_msg: 'r' expects: 'e' threshold_value { int_val: 1 }")["facts"],
+      json::object());
+  EXPECT_EQ(
+      findingOf(fields, "resolution_msg: 'R' expects: 'E' threshold_value { int_val: 2 }")["facts"],
+      json({{"Resolution", "r"}, {"Expects", "e"}, {"Threshold", "1"}}));
+}
+
+TEST(PageData, HasTheValuesOfAFinding) {
+  const json finding = findingOf(R"(
+    actual_value { double_val: 1.5 units: "ns" } build_target: "<b>"
+    categories { key: 2 value: "<c>" } examples { uri { link_text: "x" url { scheme: HTTP host: "h" } } })");
+  EXPECT_EQ(finding["facts"],
+            json({{"Actual", "1.500000 ns"},
+                  {"Build target", "&lt;b&gt;"},
+                  {"Categories", "<span class=\"tag\">2: &lt;c&gt;</span> "},
+                  {"Examples", "<span class=\"link\"><a href=\"http://h\">x</a></span> "}}));
+}
+
+TEST(PageData, HasEachRuleOnceByTheKeyAsItCame) {
+  const json data = dataOf(pageOf(R"(
+    violations { hashmap { key: 1 value { rule_key: "<\377>" } }
+                 hashmap { key: 2 value { rule_key: "<\377>" } }
+                 hashmap { key: 3 value { rule_key: "B" } } }
+    specs_violated {
+      hashmap { key: "<\376>" value { full_name: "wrong" } }
+      hashmap { key: "<\377>" value { full_name: "<right>" severity: SEV_CRITICAL_WARNING
+        expects: "<e>" disposition: USERDEFINED msg_id: 0 first_release { major: 1 minor: 2 patch: 3 }
+        description { scheme: HTTPS host: "h" path: "A" } } } }
+    specs_affirmed { hashmap { key: "B" value { full_name: "b" } } })"));
+  EXPECT_EQ(data["rules"],
+            json::parse(R"x([["<�>", "<right>", ["Expects", "&lt;e&gt;", "Description",
+                "<a href=\"https://h/A\">Rule description</a>"],
+              ["Severity", "critical warning", "Message number", "0", "State", "userdefined",
+               "First release", "1.2.3"]],
+              ["B", "b", [], []]])x"));
 }
 
 // What a result has to say, in words that the page must have and must not have.
@@ -117,65 +313,40 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"report_file_elsewhere", R"(session { report_file { scheme: FTP host: "h" } })",
              "<dd>ftp://h</dd>", "href=\"h"},
         Case{"clean", "", "<section class=\"summary clean\"", "class=\"problems\""},
-        Case{"one_violation", "violations { hashmap { key: 1 value { } } }",
-             "<span class=\"verdict\">1 violation</span> <span class=\"detail\">of 1 rule, 0 "
-             "waived, 0 affirmed",
+        Case{"rules_in_three_states",
+             R"(violations { hashmap { key: 1 value { rule_key: "A" } } }
+                waived_violations { hashmap { key: 1 value { rule_key: "B"
+                  categories { key: 1 value: "cut short by an error" } } } }
+                affirmations { hashmap { key: 1 value { rule_key: "C" } }
+                               hashmap { key: 2 value { rule_key: "D" } } })",
+             "<span class=\"verdict\">1 violation</span> <span class=\"detail\">1 rule violated, 2 "
+             "met, 1 not checked everywhere",
              "summary clean"},
         Case{"of_violations_wrong", "violation_count: 5", "violation_count says 5, but it lists 0.",
              "summary clean"},
-        Case{"values",
-             R"(violations { hashmap { key: 1 value {
-                  actual_value { double_val: 1.5 units: "ns" } threshold_value { int_val: 1 } } } })",
-             "<dt>Actual</dt><dd>1.500000 ns</dd></div><div "
-             "class=\"fact\"><dt>Threshold</dt><dd>1</dd>",
-             ""},
-        Case{"number_that_differs_from_its_key",
-             "violations { hashmap { key: 1 value { id: 7 } } }",
-             "#7</a> <span class=\"absent\">listed as 1</span>", ""},
-        Case{"not_specified", R"(violations { hashmap { key: 1 value { rule_key: "A" } } })",
-             "The result has no specification of this rule.", ""},
-        Case{"specified",
-             R"(violations { hashmap { key: 1 value { rule_key: "A" } } }
-                specs_violated { hashmap { key: "A" value { full_name: "Rule <A>" } } })",
-             "<span class=\"name\">Rule &lt;A&gt;</span>", "The result has no specification"},
-        Case{"found_by_the_key_as_it_came",
-             R"(violations { hashmap { key: 1 value { rule_key: "<\377>" } } }
-                specs_violated {
-                  hashmap { key: "<\376>" value { full_name: "wrong" } }
-                  hashmap { key: "<\377>" value { full_name: "right" } } })",
-             "<span class=\"name\">right</span>", "wrong"},
-        Case{"specified_twice",
-             R"(affirmations { hashmap { key: 1 value { rule_key: "A" } } }
-                specs_violated { hashmap { key: "A" value { full_name: "violated" } } }
-                specs_affirmed { hashmap { key: "A" value { full_name: "affirmed rule" } } })",
-             "<span class=\"name\">affirmed rule</span>", ">violated<"},
-        Case{"described",
-             R"(violations { hashmap { key: 1 value { rule_key: "A" } } }
-                specs_violated { hashmap { key: "A" value {
-                  description { scheme: HTTPS host: "h" path: "A" } } } })",
-             "<a href=\"https://h/A\">Rule description</a>", ""},
-        Case{"in_full",
-             R"(violations { hashmap { key: 1 value { rule_key: "A" } } }
-                specs_violated { hashmap { key: "A" value {
-                  severity: SEV_CRITICAL_WARNING disposition: USERDEFINED msg_id: 0
-                  first_release { major: 1 minor: 2 patch: 3 } } } })",
-             "<dt>Severity</dt><dd>critical warning</dd></div>"
-             "<div class=\"fact\"><dt>Message number</dt><dd>0</dd></div>"
-             "<div class=\"fact\"><dt>State</dt><dd>userdefined</dd></div>"
-             "<div class=\"fact\"><dt>First release</dt><dd>1.2.3</dd></div>",
-             ""}),
+        Case{"plain_row",
+             R"(violations { hashmap { key: 1 value { rule_key: "<A>" severity: SEV_ERROR
+                  details { text: "%1 <b>" args { arg { string_val: "<x>" } } } } } }
+                specs_violated { hashmap { key: "<A>" value { full_name: "Name" expects: "E" } } })",
+             "<code class=\"key\">&lt;A&gt;</code> <span class=\"name\">Name</span></h2>\n<dl "
+             "class=\"facts about\">\n<div class=\"fact\"><dt>Expects</dt><dd>E</dd></div>\n</dl>\n"
+             "<ul>\n<li class=\"finding\"><div class=\"row\"><span class=\"level "
+             "error\">error</span>"
+             " <span class=\"place\"></span> <span class=\"message\"><code "
+             "class=\"arg\">&lt;x&gt;</code> &lt;b&gt;</span></div></li>\n",
+             "<x>"}),
     [](const auto& tested) { return tested.param.name; });
 
-TEST(Page, GivesAHugeTextAScrollBar) {
+TEST(Page, NeedsItsScriptForMoreThanFiveThousandFindings) {
   SessionResult result;
-  auto* details = (*result.mutable_violations()->mutable_hashmap())[1].mutable_details();
-  for (const auto& text : {std::string(2000, 'x'), "x" + std::string(20, '\n')}) {
-    details->set_text(text);
-    EXPECT_THAT(bodyOf(rulecheck::page(result)), Not(HasSubstr("message long")));
-    details->set_text(text + text.back());
-    EXPECT_THAT(bodyOf(rulecheck::page(result)),
-                HasSubstr("<p class=\"message long\" tabindex=\"0\">x"));
+  for (int number = 0; number < 5000; ++number) {
+    (*result.mutable_violations()->mutable_hashmap())[number];
   }
+  EXPECT_THAT(bodyOf(rulecheck::page(result)), HasSubstr("<li class=\"finding\">"));
+  (*result.mutable_violations()->mutable_hashmap())[5000];
+  const std::string body = bodyOf(rulecheck::page(result));
+  EXPECT_THAT(body, Not(HasSubstr("<li class=\"finding\">")));
+  EXPECT_THAT(body, HasSubstr("needs its script"));
 }
 
 // Maps have no order of their own.
@@ -188,6 +359,105 @@ TEST(Page, DependsOnNothingButTheResult) {
         std::to_string((99 - i) % 7));
   }
   EXPECT_EQ(rulecheck::page(forwards), rulecheck::page(backwards));
+}
+
+TEST(PageLinks, LeadToWebHostsAndEditorsOnly) {
+  for (const char* good :
+       {"https://host/blob/main/{path}#L{line}", "http://h:1/{path}", "vscode://file{absolute}",
+        "idea://open?file={absolute}&line={line}", "subl://open?url={absolute}"}) {
+    EXPECT_TRUE(rulecheck::isLinkTemplate(good)) << good;
+  }
+  for (const char* bad : {"", "{path}", "javascript:alert(1)", "javascript://h/%0aalert(1)",
+                          " https://h/", "https://{path}/", "https://h{path}/", "data:text/html,x",
+                          "file:///{path}", "HTTPS://h/ x", "vscode:x", "https://h"}) {
+    EXPECT_FALSE(rulecheck::isLinkTemplate(bad)) << bad;
+  }
+}
+
+// A folder of sources, and what a page shows of a file in it.
+class PageSources : public testing::Test {
+ protected:
+  PageSources() : folder_(fs::path(testing::TempDir()) / "page_sources") {
+    fs::remove_all(folder_);
+    fs::create_directories(folder_ / "root/rtl/.hidden");
+  }
+  ~PageSources() override { fs::remove_all(folder_); }
+
+  void write(const fs::path& name, const std::string& text) const {
+    std::ofstream(folder_ / name) << text;
+  }
+
+  json shown(const std::string& violations) const {
+    PageOptions options;
+    options.sourceRoot = folder_ / "root";
+    return dataOf(pageOf("violations { " + violations + " }", options));
+  }
+
+  fs::path folder_;
+};
+
+std::string at(const std::string& file, int line, const std::string& source = "") {
+  return "hashmap { key: " + std::to_string(line) +
+         " value { details { args { arg { ref { type: FILE name: '" + file +
+         "' url { scheme: FILE path: '/x' fragment: 'L" + std::to_string(line) +
+         "' } value { string_val: '" + source + "' } } } } } } } ";
+}
+
+TEST_F(PageSources, AreTwoLinesAroundEachPlaceOnce) {
+  write("root/rtl/a.v", "1\n2\n3\n4\n5\n6\n7\n8\n9\n10\n11\n12\n\x01<\xff\n");
+  const json data = shown(at("rtl/a.v", 1) + at("rtl/a.v", 4) + at("rtl/a.v", 12));
+  EXPECT_EQ(data["sources"][1], json::parse(R"([[1, "1", "2", "3", "4", "5", "6"],
+                                               [10, "10", "11", "12", "�<�"]])"));
+  EXPECT_EQ(data["findings"][0]["facts"], json::object());
+}
+
+TEST_F(PageSources, AreThoseOfTheResultWhereTheFileIsMissingOrHasChanged) {
+  write("root/rtl/a.v", "  wire\ta;\nwire b;\n");
+  const json data = shown(at("rtl/a.v", 1, "wire a;") + at("rtl/a.v", 2, "wire <old>;") +
+                          at("rtl/a.v", 3, "end") + at("rtl/missing.v", 4, "gone"));
+  EXPECT_EQ(data["sources"][1], json::parse(R"([[1, "  wire\ta;", "wire b;"]])"));
+  std::vector<std::string> own;
+  for (const json& finding : data["findings"]) {
+    own.push_back(finding["facts"].value("Source", ""));
+  }
+  EXPECT_THAT(own, ElementsAre("", "wire &lt;old&gt;;", "end", "gone"));
+}
+
+TEST_F(PageSources, AreNotReadOutsideOfTheFolder) {
+  write("secret", "secret\n");
+  write("root/rtl/.hidden/a.v", "secret\n");
+  write("root/.env", "secret\n");
+  fs::create_symlink("../../secret", folder_ / "root/rtl/link.v");
+  fs::create_directory_symlink("../..", folder_ / "root/rtl/up");
+  fs::create_symlink(".hidden/a.v", folder_ / "root/rtl/b.v");
+  write("root/rtl/large.v", "secret\n" + std::string(4 << 20, 'x'));
+  fs::create_directories(folder_ / "root-2");
+  write("root-2/a.v", "secret\n");
+  for (const std::string& name :
+       {std::string("../secret"), std::string("rtl/../../secret"), (folder_ / "secret").string(),
+        (folder_ / "root-2/a.v").string(), std::string("../root-2/a.v"), std::string("rtl/link.v"),
+        std::string("rtl/up/secret"), std::string("rtl/.hidden/a.v"), std::string("rtl/b.v"),
+        std::string(".env"), std::string("rtl/large.v"), std::string("rtl"),
+        std::string("/dev/zero"), std::string(5000, 'x')}) {
+    EXPECT_EQ(shown(at(name, 1))["sources"][1], json::array()) << name;
+  }
+  write("root/rtl/good.v", "good\n");
+  fs::create_symlink("rtl/good.v", folder_ / "root/inside.v");
+  for (const std::string& name : {std::string("rtl/../rtl/good.v"), std::string("inside.v"),
+                                  (folder_ / "root/rtl/good.v").string()}) {
+    EXPECT_EQ(shown(at(name, 1))["sources"][1], json::parse(R"([[1, "good"]])")) << name;
+  }
+}
+
+TEST_F(PageSources, AreShortened) {
+  write("root/rtl/a.v", std::string(1000, 'x'));
+  EXPECT_EQ(shown(at("rtl/a.v", 1))["sources"][1][0][1], std::string(400, 'x') + " ...");
+}
+
+TEST_F(PageSources, AreLeftOutWithoutAFolder) {
+  const json data = dataOf(pageOf("violations { " + at("rtl/a.v", 1, "wire a;") + "}"));
+  EXPECT_EQ(data["sources"], json({json::array(), json::array()}));
+  EXPECT_EQ(data["findings"][0]["facts"], json::object());
 }
 
 }  // namespace

@@ -52,6 +52,11 @@ TEST(Place, IsReadFromReferences) {
       {"url { path: '/d/a.v' fragment: '7:2' }", "/d/a.v:7:2"},
       {"name: 'a.v' url { path: '/d/a.v' fragment: 'anchor' }", "a.v"},
       {"name: 'a:b.v:12345678901'", "a:b.v:12345678901"},
+      {"name: 'a:1:2:3'", "a:1:2:3"},
+      {"name: 'a.v:0:0'", "a.v"},
+      {"name: ':7' url { path: '/d/a.v' }", "/d/a.v:7"},
+      {"name: 'a.v:x' url { fragment: 'L7x' }", "a.v:x"},
+      {"name: 'a.v:3:4' url { fragment: 'L7' }", "a.v:7"},
       {"", ""},
   };
   for (const auto& c : cases) {

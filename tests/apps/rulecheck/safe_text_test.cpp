@@ -6,6 +6,7 @@
 
 namespace {
 
+using rulecheck::cleanText;
 using rulecheck::escapeText;
 using rulecheck::isBlank;
 using namespace std::string_literals;
@@ -24,6 +25,11 @@ class EscapeText : public testing::TestWithParam<Case> {};
 
 TEST_P(EscapeText, MakesHtmlThatShowsTheText) {
   EXPECT_EQ(escapeText(GetParam().text), GetParam().html);
+  EXPECT_EQ(escapeText(cleanText(GetParam().text)), GetParam().html);
+}
+
+TEST(CleanText, LeavesMarkupAlone) {
+  EXPECT_EQ(cleanText("<a href=\"x\">&\x01\r</a>"), "<a href=\"x\">&\xEF\xBF\xBD</a>");
 }
 
 const std::string bad = "\xEF\xBF\xBD";

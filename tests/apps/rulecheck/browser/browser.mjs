@@ -60,5 +60,7 @@ export const settle = (page) => page.evaluate(() => new Promise((done) => {
 export const visible = (page, selector) => page.evaluate((list) =>
   Array.from(document.querySelectorAll(list)).filter((element) => element.checkVisibility()).length, selector);
 
+export const titles = (page) => page.locator('.group h2').allTextContents();
+
 export const overflow = (page) =>
   page.evaluate(() => document.documentElement.scrollWidth - document.documentElement.clientWidth);

@@ -1,51 +1,48 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What the filter shows and says, and what folds.
+// Search, filter, groups, and their place in the address.
 
 import assert from 'node:assert/strict';
-import { settle, statusOf, visible } from './browser.mjs';
+import { addressOf, settle, statusOf, titles, visible } from './browser.mjs';
 
 const found = {
-  'cdc-1': 4, 'clock domain': 5, 'pix_clk cfg_clk': 2, 'next_state': 1, '#12': 1, 'critical warning': 2,
-  'board_a_debug': 1, '  ': 20,
+  'cdc-1': 4, 'clock domain': 5, '"clock domain"': 5, '"domain clock': 0, 'pix_clk cfg_clk': 2, 'next_state': 1,
+  '#12': 1, 'critical warning': 2, 'board_a_debug': 1, 'frame_writer.v:97': 1, '-latch': 18,
+  'latch -next_state': 1, '-"clock domain"': 15, '  ': 20, '-': 20, 'LATCH': 2,
 };
 
 const checkSearches = async (checks, { sample }) => {
-  for (const [query, count] of Object.entries(found)) {
-    await checks.checkPage(`a search for "${query}" finds ${count}`, sample, {}, async (page) => {
-      await page.click('#expand');
+  await checks.checkPage('a search finds words, phrases, and what has no such word', sample, {}, async (page) => {
+    const counts = {};
+    for (const query of Object.keys(found)) {
       await page.fill('#query', query);
       await settle(page);
-      assert.equal(await statusOf(page), `${count} of 20 findings shown`);
-      assert.equal(await visible(page, '.finding'), count);
-    });
-  }
-};
-
-const checkKinds = async (checks, { sample }) => {
-  await checks.checkPage('a click on a severity hides and shows its findings', sample, {}, async (page) => {
-    await page.click('label.kind.warning');
-    await settle(page);
-    assert.equal(await statusOf(page), '15 of 20 findings shown');
-    assert.equal(await visible(page, '.finding.warning'), 0);
-    assert.equal(await visible(page, '.finding.error'), 2);
-    await page.click('label.kind.warning');
-    await settle(page);
-    assert.equal(await statusOf(page), '20 of 20 findings shown');
-    assert.equal(await visible(page, '.finding.warning'), 5);
+      counts[query] = Number((await statusOf(page)).split(' ')[0]);
+      if (query.trim()) assert.equal(await visible(page, '.finding'), counts[query], query);
+    }
+    assert.deepEqual(counts, found);
   });
 };
+
+const checkKinds = (checks, { sample }) =>
+  checks.checkPage('a click on a severity hides and shows its findings', sample, {}, async (page) => {
+    for (const [status, warnings] of [['15 of 20 findings', 0], ['20 findings', 5]]) {
+      await page.click('.chip.warning');
+      await settle(page);
+      assert.equal(await statusOf(page), status);
+      assert.equal(await visible(page, '.finding.warning'), warnings);
+      assert.equal(await visible(page, '.finding.error'), 2);
+    }
+  });
 
 const checkNothing = async (checks, { sample, empty }) => {
   await checks.checkPage('a search without a match says so, and can be cleared', sample, {}, async (page) => {
     await page.fill('#query', '<script>');
     await settle(page);
-    assert.equal(await statusOf(page), '0 of 20 findings shown');
+    assert.equal(await statusOf(page), '0 of 20 findings');
     assert.ok(await page.locator('#nothing').isVisible());
-    assert.equal(await visible(page, '.findings h2, .empty, .finding'), 0);
-    await checks.shoot(page, 'nothing');
     await page.click('#clear');
-    assert.equal(await statusOf(page), '20 of 20 findings shown');
+    assert.equal(await statusOf(page), '20 findings');
     assert.ok(await page.locator('#nothing').isHidden());
     assert.equal(await page.evaluate(() => document.activeElement.id), 'query');
   });
@@ -55,31 +52,90 @@ const checkNothing = async (checks, { sample, empty }) => {
   });
 };
 
-const checkFolding = async (checks, { sample }) => {
-  await checks.checkPage('all groups expand and collapse', sample, {}, async (page) => {
-    assert.equal(await visible(page, '#waived .finding'), 0);
-    await page.click('#collapse');
-    assert.equal(await visible(page, '.finding'), 0);
-    await page.focus('#expand');
-    await page.keyboard.press('Enter');
-    assert.equal(await visible(page, '.finding'), 20);
-  });
-  await checks.checkPage('a click on its bar folds a group', sample, {}, async (page) => {
-    const group = page.locator('#violations .group').first();
-    const button = group.locator('.fold');
-    for (const open of ['false', 'true']) {
-      await group.locator('.levels').click();
-      assert.equal(await button.getAttribute('aria-expanded'), open);
-      assert.equal(String(await page.locator('#violation-1').isVisible()), open);
+// The order of groups, with the rows of each in the order of their places.
+const groups = {
+  rule: ['R 0', 'R 1', 'fixed'],
+  file: ['rtl/core/a.v', 'rtl/core/b.v', 'rtl/missing.v', 'No file named', 'fixed'],
+  module: ['No module named', 'fixed'],
+  severity: ['warning', 'fixed'],
+};
+
+const checkGroups = async (checks, { placed, sample }) => {
+  await checks.checkPage('findings are grouped, and sorted by place', placed, {}, async (page) => {
+    for (const [name, expected] of Object.entries(groups)) {
+      await page.selectOption('#group', name);
+      await settle(page);
+      assert.deepEqual((await titles(page)).map((title) => title.trim()), expected);
     }
-    await button.click();
-    assert.ok(await page.locator('#violation-1').isHidden());
+    assert.deepEqual(await page.locator('.rows').first().locator('.place').allTextContents(),
+      ['', 'rtl/core/a.v:3:5', 'rtl/core/a.v:4:2', 'rtl/core/b.v:1:1', 'rtl/core/b.v:1:1', 'rtl/missing.v:7:3']);
+    await page.selectOption('#group', 'file');
+    await settle(page);
+    assert.equal(await page.locator('.levels').first().innerText(), 'warning 2');
+    assert.equal(await page.locator('.group .folder').first().innerText(), 'rtl/core/');
+  });
+  await checks.checkPage('a rule is described once', sample, {}, async (page) => {
+    assert.equal(await page.getByText('A synchroniser on every crossing').count(), 1);
+    await page.selectOption('#group', 'file');
+    await settle(page);
+    assert.equal(await page.getByText('A synchroniser on every crossing').count(), 0);
+    await page.locator('.turn').first().click();
+    assert.equal(await page.locator('.more .about').count(), 1);
   });
 };
 
+const checkAddress = (checks, { sample }) =>
+  checks.checkPage('the address has the filter and the groups', sample, {}, async (page) => {
+    await page.fill('#query', '"clock domain" -pix & more');
+    await page.fill('#query', 'cdc');
+    await page.selectOption('#group', 'file');
+    await page.click('.chip.error');
+    await settle(page);
+    const expected = '#q=cdc&group=file&hide=error';
+    assert.equal(page.url(), addressOf(sample) + expected);
+    const shown = [await statusOf(page), await titles(page)];
+    await page.reload();
+    assert.deepEqual([await statusOf(page), await titles(page)], shown);
+    await page.evaluate(() => { location.hash = '#q=%22clock%20domain%22&group=constructor&hide=nosuch'; });
+    await settle(page);
+    assert.equal(await statusOf(page), '5 of 20 findings');
+    assert.equal(await page.locator('#group').inputValue(), 'rule');
+  });
+
+const checkFolding = (checks, { sample }) =>
+  checks.checkPage('groups and rows fold', sample, {}, async (page) => {
+    assert.equal(await visible(page, '.finding.waived'), 0);
+    await page.click('#collapse');
+    assert.equal(await visible(page, '.finding'), 0);
+    await page.click('#expand');
+    assert.equal(await visible(page, '.finding'), 20);
+    const group = page.locator('.group').first();
+    for (const count of [0, 1]) {
+      await group.locator('.levels').click();
+      assert.equal(await group.locator('.finding').count(), count);
+    }
+    for (const count of [1, 0]) {
+      await group.locator('.level').last().click();
+      assert.equal(await group.locator('.more').count(), count);
+    }
+  });
+
+const checkParts = (checks, { large }) =>
+  checks.checkPage('many findings are shown a part at a time', large, {}, async (page) => {
+    assert.equal(await visible(page, '.finding'), 0);
+    await page.locator('.fold').first().click();
+    for (const count of [500, 1000, 1500, 2000]) {
+      assert.equal(await visible(page, '.finding'), count);
+      if (count < 2000) await page.locator('.further').click();
+    }
+    assert.equal(await page.locator('.further').count(), 0);
+    await page.click('#expand');
+    assert.equal(await visible(page, '.finding'), 1000);
+    assert.match(await page.locator('.further').first().innerText(), /^Show 500 more of 2,000 findings$/);
+  });
+
 export const checkFiltering = async (checks, pages) => {
-  await checkKinds(checks, pages);
-  await checkSearches(checks, pages);
-  await checkNothing(checks, pages);
-  await checkFolding(checks, pages);
+  for (const check of [checkSearches, checkKinds, checkNothing, checkGroups, checkAddress, checkFolding, checkParts]) {
+    await check(checks, pages);
+  }
 };

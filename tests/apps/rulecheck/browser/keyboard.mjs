@@ -7,7 +7,7 @@ import { settle, statusOf, visible } from './browser.mjs';
 
 // For a page to evaluate: what can have the focus, in the order of the page.
 const controls = () => {
-  const all = document.querySelectorAll('a[href], button:enabled, input, summary, [tabindex="0"]');
+  const all = document.querySelectorAll('a[href], button:enabled, input:enabled, select, summary, [tabindex="0"]');
   return Array.from(all).filter((element) => element.checkVisibility()).map((element) => element.outerHTML);
 };
 
@@ -41,6 +41,7 @@ const checkWalk = async (checks, { sample }) => {
   for (const viewport of [{ width: 1280, height: 900 }, { width: 320, height: 600 }]) {
     await checks.checkPage(`each control has its turn and shows it, ${viewport.width} pixels`, sample,
       { viewport }, async (page) => {
+        await page.evaluate(() => document.querySelector('.turn').click());
         const expected = await page.evaluate(controls);
         assert.ok(expected.length > 60, `only ${expected.length} controls`);
         assert.deepEqual(await walk(page, 'Tab', expected.length), expected);
@@ -50,42 +51,47 @@ const checkWalk = async (checks, { sample }) => {
 };
 
 const checkSearch = (checks, { sample }) => checks.checkPage('the keyboard alone filters', sample, {}, async (page) => {
-  const tabUntil = async (isThere) => {
-    for (let i = 0; i < 40 && !(await page.evaluate(isThere)); i += 1) await page.keyboard.press('Tab');
-    assert.ok(await page.evaluate(isThere));
-  };
-  await tabUntil(() => document.activeElement.id === 'query');
-  await page.keyboard.type('LATCH');
+  await page.keyboard.press('/');
+  assert.equal(await page.evaluate(() => document.activeElement.id), 'query');
+  await page.keyboard.type('LATCH/');
+  await page.keyboard.press('Backspace');
   await settle(page);
-  assert.equal(await statusOf(page), '2 of 20 findings shown');
-  await tabUntil(() => document.activeElement.value === 'warning');
-  for (const count of [0, 2]) {
+  assert.equal(await statusOf(page), '2 of 20 findings');
+  await page.focus('.chip input[value=warning]');
+  for (const status of ['0 of 20 findings', '2 of 20 findings']) {
     await page.keyboard.press('Space');
     await settle(page);
-    assert.equal(await statusOf(page), `${count} of 20 findings shown`);
+    assert.equal(await statusOf(page), status);
   }
 });
 
-const checkFolding = async (checks, { sample }) => {
-  await checks.checkPage('a group folds by keyboard', sample, {}, async (page) => {
-    await page.locator('#violations .fold').first().focus();
+const checkFolding = (checks, { sample }) => checks.checkPage('groups and rows fold by keyboard', sample, {}, async (page) => {
+  const focusedClass = () => page.evaluate(() => document.activeElement.className);
+  await page.locator('.fold').first().focus();
+  for (const count of [0, 1]) {
+    await page.keyboard.press(count === 0 ? 'Enter' : 'Space');
+    assert.equal(await page.locator('.group').first().locator('.finding').count(), count);
+  }
+  await page.keyboard.press('ArrowDown');
+  assert.equal(await focusedClass(), 'turn');
+  for (const count of [1, 0]) {
     await page.keyboard.press('Enter');
-    assert.ok(await page.locator('#violation-1').isHidden());
-    await page.keyboard.press('Space');
-    assert.ok(await page.locator('#violation-1').isVisible());
-    await page.focus('#collapse');
-    await page.keyboard.press('Space');
-    assert.equal(await visible(page, '.finding'), 0);
-    await page.focus('#expand');
-    await page.keyboard.press('Enter');
-    assert.equal(await visible(page, '.finding'), 20);
-  });
-};
+    assert.equal(await page.locator('.more').count(), count);
+  }
+  await page.keyboard.press('ArrowUp');
+  assert.equal(await focusedClass(), 'fold');
+  await page.focus('#collapse');
+  await page.keyboard.press('Space');
+  assert.equal(await visible(page, '.finding'), 0);
+  await page.focus('#expand');
+  await page.keyboard.press('Enter');
+  assert.equal(await visible(page, '.finding'), 20);
+});
 
 const checkSkip = (checks, { sample }) => checks.checkPage('the skip link leads to the findings', sample, {}, async (page) => {
   await page.keyboard.press('Tab');
   await page.keyboard.press('Enter');
-  assert.equal(await page.evaluate(() => document.activeElement.id), 'violations');
+  assert.equal(await page.evaluate(() => document.activeElement.id), 'findings');
 });
 
 export const checkKeyboard = async (checks, pages) => {

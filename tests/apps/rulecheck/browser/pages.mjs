@@ -2,7 +2,7 @@
 
 // The pages that the checks look at, in a folder that is gone when the program ends.
 
-import { execFileSync } from 'node:child_process';
+import { execFileSync, spawnSync } from 'node:child_process';
 import { mkdirSync, mkdtempSync, readdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
@@ -15,17 +15,19 @@ const inRepository = (path) => fileURLToPath(new URL(`../../../../${path}`, impo
 
 const makeResults = (...words) => execFileSync(process.env.MAKE_RESULTS, words);
 
-const makePage = (result) => {
+const makePage = (result, ...options) => {
   const page = `${result}.html`;
-  execFileSync(process.env.RULECHECK, ['html', result, '-o', page]);
+  execFileSync(process.env.RULECHECK, ['html', result, '-o', page, ...options], { cwd: work });
   return page;
 };
 
-const pageOfText = (name, text) => {
+const writeResult = (name, text) => {
   const result = join(work, `${name}.txtpb`);
   writeFileSync(result, text);
-  return makePage(result);
+  return result;
 };
+
+const pageOfText = (name, text, ...options) => makePage(writeResult(name, text), ...options);
 
 // A page with links to files that are there.
 const makeSample = () => {
@@ -52,6 +54,27 @@ export const flawed = () => pageOfText('flawed', `
   violations { hashmap { key: 1 value { id: 1 severity: SEV_ERROR rule_key: "${'KEY'.repeat(60)}"
     details { text: "${'word'.repeat(2000)}" } expects: "${'x'.repeat(300)}" } } }`);
 
+// Findings in a file that is there, in one that is not, in no file, and twice the same.
+const places = ['rtl/core/a.v:3:5', 'rtl/core/a.v:4:2', 'rtl/missing.v:7:3', '', 'rtl/core/b.v:1:1', 'rtl/core/b.v:1:1'];
+const violation = (place, number, text) => {
+  const [file, line, column] = place.split(':');
+  const argument = place && `arg { ref { type: FILE name: '${place}' value { string_val: 'wire gone;' }
+    url { scheme: FILE path: '${work}/${file}' fragment: 'L${line}C${column}' } } }`;
+  return `hashmap { key: ${number} value { id: ${number} severity: SEV_WARNING rule_key: 'R ${number > 4 ? 0 : number % 2}'
+    details { text: '${place && '%1: '}${text}' args { ${argument} } } } }`;
+};
+const resultOf = (violations) => `session { name: 'Places' } violations { ${violations.join('\n')} }`;
+
+export const placed = () => {
+  mkdirSync(join(work, 'rtl/core'), { recursive: true });
+  writeFileSync(join(work, 'rtl/core/a.v'), 'one\ntwo\n\twire gone;\nwire gone;\n<b>five</b>\nsix\nseven\n');
+  const now = places.map((place, i) => violation(place, i + 1, i > 3 ? 'twice' : `text ${i}`));
+  const old = writeResult('old', resultOf([
+    violation('rtl/core/a.v:3:5', 1, 'text 0'), violation('rtl/core/a.v:9:9', 2, 'text 1'), violation('rtl/x.v:1:1', 3, 'gone'),
+  ]));
+  return pageOfText('placed', resultOf(now), '--baseline', old, '--link', 'https://host/blob/{path}#L{line}');
+};
+
 // A page whose session, rule and finding have the same text in all their fields.
 export const spoofed = (name, text) => {
   const quoted = JSON.stringify(text);
@@ -77,18 +100,19 @@ export const hostile = () => {
   mkdirSync(folder);
   makeResults('hostile', folder);
   return readdirSync(folder)
-    .filter((name) => /-(HTTP|MAILTO|FTP|DATA_html)\.pb$/.test(name))
+    .filter((name) => /-(HTTP|MAILTO|DATA_html)\.pb$/.test(name))
     .map((name) => makePage(join(folder, name)));
 };
 
-// The page of the demo, which needs Verilator; undefined without.
-export const demo = () => {
+// The page of the demo, which needs Verilator; undefined without. The lines are waivers.
+export const demo = (lines) => {
   if (!process.env.VERILATOR) return undefined;
-  const designs = inRepository('apps/designs');
   const page = join(work, 'demo.html');
-  execFileSync(process.env.RULECHECK, [
+  const waivers = join(work, 'waivers');
+  writeFileSync(waivers, lines);
+  const { stderr } = spawnSync(process.env.RULECHECK, [
     'lint', '--verilator', process.env.VERILATOR, '-o', join(work, 'demo.pb'), '--html', page,
-    '--waivers', 'waivers', '--quiet', '--', '--top-module', 'board', '-f', 'design.f',
-  ], { cwd: designs });
-  return page;
+    '--waivers', waivers, '--', '--top-module', 'board', '-f', 'design.f',
+  ], { cwd: inRepository('apps/designs'), encoding: 'utf-8' });
+  return { page, waived: Number(/waived +(\d+)/.exec(stderr)[1]), unused: /matches no finding/.test(stderr) };
 };

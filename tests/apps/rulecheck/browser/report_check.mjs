@@ -5,17 +5,17 @@
 //   node report_check.mjs FOLDER_FOR_PICTURES
 //
 // Environment: RULECHECK and MAKE_RESULTS, the programs that make the pages;
-// VERILATOR for the demo's page, which is left out without it;
+// VERILATOR for the demo's waivers, which are left out without it;
 // CHROMIUM, the browser, /usr/bin/chromium if not set. Needs `npm ci` in tests, and
 // pdftotext. Prints a line per check, and exits with 1 if one fails.
 
 import { checkAppearance } from './appearance.mjs';
 import { launch } from './browser.mjs';
 import { Checks, picturesFolder } from './checks.mjs';
+import { checkDetails } from './details.mjs';
 import { checkFiltering } from './filtering.mjs';
 import { checkHostile } from './hostile.mjs';
 import { checkKeyboard } from './keyboard.mjs';
-import { checkLinks } from './links.mjs';
 import * as make from './pages.mjs';
 import { checkPaper } from './paper.mjs';
 import { checkSpoofing } from './spoofing.mjs';
@@ -23,11 +23,11 @@ import { checkSpoofing } from './spoofing.mjs';
 const folder = picturesFolder();
 const pages = {
   sample: make.sample(), clean: make.clean(), empty: make.empty(), flawed: make.flawed(),
-  hostile: make.hostile(), demo: make.demo(),
+  placed: make.placed(), large: make.many(6000, 3), hostile: make.hostile(),
 };
 const browser = await launch();
 const checks = new Checks(browser, folder);
-for (const check of [checkFiltering, checkKeyboard, checkPaper, checkLinks, checkAppearance, checkHostile,
+for (const check of [checkFiltering, checkDetails, checkKeyboard, checkPaper, checkAppearance, checkHostile,
   checkSpoofing]) {
   await check(checks, pages);
 }

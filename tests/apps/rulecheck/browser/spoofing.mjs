@@ -21,7 +21,7 @@ const texts = {
 };
 const widths = [1280, 360];
 // Not what labels categories, whose borders reach half a pixel into the picture.
-const own = '.overline, .summary, .finding .head, dt:not(:has(+ dd .tag))';
+const own = '.summary, .toolbar, .levels, .row .level, dt:not(:has(+ dd .tag))';
 
 // The boxes of what is not of the text: the places of the page's own words.
 const look = () => {
@@ -29,24 +29,33 @@ const look = () => {
     (element) => element.getBoundingClientRect().height));
   return {
     summaryTop: document.querySelector('.summary').getBoundingClientRect().top,
-    tallest: heightOf('h1, .description, dd, .message, .group h3'),
+    tallest: heightOf('h1, .description, dd, .row, .whole, .source, .bar'),
   };
+};
+
+// For a page to evaluate.
+const openRows = () => {
+  document.getElementById('expand').click();
+  for (const turn of document.querySelectorAll('.turn')) turn.click();
+  for (const details of document.querySelectorAll('details')) details.open = true;
 };
 
 export const checkSpoofing = async (checks) => {
   for (const [name, text] of Object.entries(texts)) {
-    for (const width of widths) {
-      await checks.checkPage(`${name} leaves the page its shape at ${width}`, spoofed(name, text),
-        { viewport: { width, height: 800 } }, async (page) => {
-          await checks.shoot(page, `spoofed-${name}-${width}`);
+    await checks.checkPage(`${name} leaves the page its shape`, spoofed(name, text), {}, async (page) => {
+      for (const width of widths) {
+        await page.setViewportSize({ width, height: 800 });
+        for (const isOpen of [false, true]) {
+          if (isOpen) await page.evaluate(openRows);
+          await checks.shoot(page, `spoofed-${name}-${width}${isOpen ? '-open' : ''}`);
           assert.equal(await overflow(page), 0, 'it scrolls sideways');
           const { summaryTop, tallest } = await page.evaluate(look);
-          assert.ok(summaryTop < 1000, `the counts begin at ${summaryTop}`);
-          assert.ok(tallest <= 900, `something is ${tallest} high`);
-          const html = await page.content();
-          assert.doesNotMatch(html, /[\u202a-\u202e\u2066-\u2069]/);
-        });
-    }
+          assert.ok(summaryTop < 500, `the counts begin at ${summaryTop}`);
+          assert.ok(tallest <= 400, `something is ${tallest} high`);
+        }
+      }
+      assert.doesNotMatch(await page.content(), /[\u202a-\u202e\u2066-\u2069]/);
+    });
   }
   await checkMarks(checks);
 };
@@ -54,6 +63,7 @@ export const checkSpoofing = async (checks) => {
 // The page's own words look as they do when the texts are hidden.
 const checkMarks = (checks) =>
   checks.checkPage('marks cover no other line', spoofed('marked', texts.marks), {}, async (page) => {
+    await page.evaluate(openRows);
     const shoot = async () => {
       const shots = [];
       for (const element of await page.locator(own).all()) {
@@ -64,7 +74,7 @@ const checkMarks = (checks) =>
     const before = await shoot();
     await page.evaluate((selector) => {
       for (const element of document.querySelectorAll(selector)) element.style.visibility = 'hidden';
-    }, 'h1, .description, dd, .message, .key, .name');
+    }, 'h1, .description, dd, .message, .place, .rule, .key, .name');
     const after = await shoot();
     assert.ok(before.length > 8);
     assert.deepEqual(before.map((shot, i) => shot === after[i]), before.map(() => true));

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// What a row shows when it is open, where its links lead, the baseline, and waivers.
+
+import assert from 'node:assert/strict';
+import { addressOf, settle, statusOf, visible } from './browser.mjs';
+import { demo } from './pages.mjs';
+
+const row = (page, text) => page.locator('.finding', { hasText: text });
+
+const checkSource = (checks, { placed }) =>
+  checks.checkPage('a row shows the lines around its place, with a caret', placed, {}, async (page) => {
+    const sources = {
+      'text 0': '     1 one\n     2 two\n     3 \twire gone;\n       \t   ^\n     4 wire gone;\n     5 <b>five</b>\n',
+      'text 2': '     7 wire gone;\n         ^\n',
+    };
+    for (const [text, source] of Object.entries(sources)) {
+      await row(page, text).locator('.turn').click();
+      assert.equal(await row(page, text).locator('.source').textContent(), source);
+    }
+    const [caret, place] = await page.locator('.caret, .at .line').first().evaluateAll(() => {
+      const left = (node, at) => {
+        const range = document.createRange();
+        range.setStart(node, at);
+        range.setEnd(node, at + 1);
+        return range.getBoundingClientRect().left;
+      };
+      const mark = document.querySelector('.caret').firstChild;
+      const line = document.querySelector('.at').lastChild;
+      return [left(mark, mark.data.indexOf('^')), left(line, line.data.indexOf('e'))];
+    });
+    assert.ok(Math.abs(caret - place) < 1, `the caret is at ${caret}, the column at ${place}`);
+    await row(page, 'text 3').locator('.turn').click();
+    assert.equal(await row(page, 'text 3').locator('.source').count(), 0);
+  });
+
+const checkPermalinks = async (checks, { placed, sample }) => {
+  const links = [];
+  await checks.checkPage('each finding has a link of its own', placed, {}, async (page) => {
+    for (const turn of await page.locator('.turn').all()) await turn.click();
+    for (const link of await page.locator('.more dd a[href^="#finding="]').all()) links.push(await link.getAttribute('href'));
+    assert.equal(links.length, 6);
+    assert.equal(new Set(links).size, 6);
+    assert.ok(links.some((link) => link.endsWith('-2')));
+  });
+  await checks.checkPage('a link to a finding opens it, also one that the filter hides', placed, {}, async (page) => {
+    for (const link of links) {
+      await page.fill('#query', 'no such text');
+      await settle(page);
+      await page.evaluate((hash) => { location.hash = hash; }, link);
+      await page.locator('.target').waitFor();
+      assert.equal(await page.locator(`.target a[href="${link}"]`).count(), 1);
+      assert.ok(await page.evaluate(() => document.querySelector('.target').contains(document.activeElement)));
+    }
+    await page.goto(addressOf(placed) + '#finding=nosuch');
+    assert.equal(await page.locator('.target').count(), 0);
+  });
+  await checks.checkPage('a link opens the group of what was waived', sample, {}, async (page) => {
+    await page.click('#expand');
+    await page.locator('.finding.waived .turn').first().click();
+    const link = await page.locator('.finding.waived .more dd a[href^="#finding="]').getAttribute('href');
+    await page.click('#collapse');
+    await page.evaluate((hash) => { location.hash = hash; }, link);
+    assert.ok(await page.locator('.finding.waived.target').isVisible());
+  });
+};
+
+const hrefs = (page) => page.locator('.rows').first().locator('a.place').evaluateAll((links) => links.map((link) => link.href));
+
+const checkTemplate = (checks, { placed }) =>
+  checks.checkPage('places lead where the reader wants', placed, {}, async (page) => {
+    const first = async () => (await hrefs(page)).find((href) => href.includes('a.v'));
+    const use = async (template) => {
+      await page.fill('#template', template);
+      await settle(page);
+    };
+    assert.equal(await first(), 'https://host/blob/rtl/core/a.v#L4');
+    await page.click('#choose');
+    await use('vscode://file{absolute}:{line}:{column}');
+    assert.match(await first(), /^vscode:\/\/file\/.*\/rtl\/core\/a\.v:4:2$/);
+    for (const bad of ['javascript:alert({line})', 'https://{path}/', '{path}', 'data:,{path}', '']) {
+      await use(bad);
+      assert.match(await first(), /^file:\/\/\/.*\/rtl\/core\/a\.v#L4C2$/, bad);
+    }
+    await use('https://code/{path}');
+    await page.reload();
+    assert.equal(await first(), 'https://code/rtl/core/a.v');
+  });
+
+const checkFileLink = (checks, { sample }) => checks.checkPage('a place leads to its file', sample,
+  { leadsTo: /^file:.*\.v(#|$)/ }, async (page) => {
+    const link = page.locator('a.place[href^="file:"]').first();
+    const href = await link.getAttribute('href');
+    await link.click();
+    await page.waitForURL(href);
+    assert.match(await page.locator('body').textContent(), /This is \w+\.v/);
+  });
+
+const checkBaseline = (checks, { placed }) =>
+  checks.checkPage('what is new, moved and fixed since the baseline', placed, {}, async (page) => {
+    assert.deepEqual(await page.locator('.mark').allTextContents(), ['new', 'moved', 'new', 'new', 'new']);
+    await checks.shoot(page, 'baseline');
+    await page.locator('.chip.new').click();
+    await settle(page);
+    assert.equal(await statusOf(page), '3 of 7 findings');
+    await page.locator('.chip.unchanged').click();
+    await page.locator('.chip.moved').click();
+    await settle(page);
+    assert.equal(await statusOf(page), '1 of 7 findings');
+    await page.click('#expand');
+    assert.equal(await page.locator('.finding .message').innerText(), 'gone');
+    assert.equal(await visible(page, '.finding.fixed'), 1);
+  });
+
+const checkWaivers = async (checks, { placed }) => {
+  await checks.checkPage('ticked findings become lines of waivers', placed, { permissions: ['clipboard-read'] }, async (page) => {
+    assert.ok(await page.locator('#selection').isHidden());
+    await row(page, 'text 0').locator('input').check();
+    await row(page, 'text 3').locator('input').check();
+    await page.fill('#reason', 'see #12');
+    const lines = 'R?1 rtl/core/a.v:3 -- see #12\n';
+    const unnamed = '# no waiver can name R?0\n';
+    assert.equal(await page.locator('#waivers').inputValue(), unnamed + lines);
+    await page.click('#copy');
+    assert.equal(await page.evaluate(() => navigator.clipboard.readText()), unnamed + lines);
+    await page.fill('#query', 'rtl/core');
+    await settle(page);
+    await row(page, 'text 0').locator('input').uncheck();
+    await page.click('#select-all');
+    assert.equal((await page.locator('#waivers').inputValue()).split('\n').length, 5);
+    await page.click('#deselect');
+    assert.ok(await page.locator('#selection').isHidden());
+    assert.equal(await page.locator('.row input:checked').count(), 0);
+  });
+  const before = demo('');
+  if (!before) return;
+  let lines;
+  await checks.checkPage('the lines of all violations of the demo', before.page, {}, async (page) => {
+    for (const box of await page.locator('.rows:not(.special) input').all()) await box.check();
+    lines = await page.locator('#waivers').inputValue();
+    assert.ok(lines.split('\n').length > 20);
+  });
+  await checks.check('lint accepts the lines, and each waives a finding', async () => {
+    const after = demo(lines);
+    assert.equal(after.unused, false);
+    assert.equal(after.waived, 27);
+  });
+};
+
+export const checkDetails = async (checks, pages) => {
+  for (const check of [checkSource, checkPermalinks, checkTemplate, checkFileLink, checkBaseline, checkWaivers]) {
+    await check(checks, pages);
+  }
+};
