@@ -4,11 +4,12 @@
 
 #include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/io/tokenizer.h>
-#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+#include <google/protobuf/io/zero_copy_stream_impl.h>
 #include <google/protobuf/text_format.h>
 #include <google/protobuf/util/json_util.h>
 
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -37,14 +38,16 @@ Format formatOf(const std::string& path) {
                   ": unknown extension, expected .pb, .bin, .txtpb, .textproto, .txt or .json");
 }
 
-// In one piece: bytes that grow would take several times their size.
-bool encodeBinary(const google::protobuf::Message& message, std::string* bytes) {
-  bytes->resize(message.ByteSizeLong());
-  google::protobuf::io::ArrayOutputStream sink(bytes->data(), static_cast<int>(bytes->size()));
-  google::protobuf::io::CodedOutputStream out(&sink);
+bool encodeBinary(const google::protobuf::Message& message,
+                  google::protobuf::io::ZeroCopyOutputStream* sink) {
+  google::protobuf::io::CodedOutputStream out(sink);
   out.SetSerializationDeterministic(true);
-  message.SerializeWithCachedSizes(&out);
-  return !out.HadError();
+  return message.SerializeToCodedStream(&out);
+}
+
+bool encodeBinary(const google::protobuf::Message& message, std::string* bytes) {
+  google::protobuf::io::StringOutputStream sink(bytes);
+  return encodeBinary(message, &sink);
 }
 
 bool encodeJson(const google::protobuf::Message& message, std::string* json) {
@@ -101,6 +104,16 @@ std::string decodeJson(const std::string& content, google::protobuf::Message* me
   return text.substr(0, text.find('\n'));
 }
 
+void checkEncodable(const std::string& path, const google::protobuf::Message& message) {
+  if (!message.IsInitialized()) {
+    throw FileError(path + ": missing " + message.InitializationErrorString());
+  }
+  // The conversion to JSON takes a message that is too long for an empty one.
+  if (message.ByteSizeLong() > std::numeric_limits<std::int32_t>::max()) {
+    throw FileError(path + ": the message has more than 2 GiB");
+  }
+}
+
 }  // namespace
 
 std::string readFile(const std::string& path) {
@@ -129,13 +142,7 @@ bool isBinary(const std::string& path) {
 
 std::string encodeFor(const std::string& path, const google::protobuf::Message& message) {
   const Format format = formatOf(path);
-  if (!message.IsInitialized()) {
-    throw FileError(path + ": missing " + message.InitializationErrorString());
-  }
-  // The conversion to JSON takes a message that is too long for an empty one.
-  if (message.ByteSizeLong() > std::numeric_limits<std::int32_t>::max()) {
-    throw FileError(path + ": the message has more than 2 GiB");
-  }
+  checkEncodable(path, message);
   std::string content;
   if (!encode(format, message, &content)) {
     throw FileError(path + ": the message cannot be written in this format");
@@ -159,6 +166,21 @@ void decodeFrom(const std::string& path, const std::string& content,
   if (!message->IsInitialized()) {
     throw FileError(path + ": missing " + message->InitializationErrorString());
   }
+}
+
+void writeMessage(const std::string& path, const std::string& name,
+                  const google::protobuf::Message& message) {
+  if (!isBinary(name)) {
+    writeFile(path, encodeFor(name, message));
+    return;
+  }
+  checkEncodable(name, message);
+  writeFile(path, [&](int descriptor) {
+    google::protobuf::io::FileOutputStream sink(descriptor);
+    const bool isWritten = encodeBinary(message, &sink) && sink.Flush();
+    errno = sink.GetErrno();
+    return isWritten;
+  });
 }
 
 }  // namespace apps

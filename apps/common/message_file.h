@@ -13,6 +13,7 @@
 
 #include <google/protobuf/message.h>
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -36,6 +37,10 @@ std::string readFile(const std::string& path);
 // are written to in place.
 void writeFile(const std::string& path, const std::string& content);
 
+// Writes content to a descriptor. Returns false, with errno set, if that fails.
+using Content = std::function<bool(int)>;
+void writeFile(const std::string& path, const Content& content);
+
 // Whether the extension of a file is one of the binary format.
 bool isBinary(const std::string& path);
 
@@ -46,6 +51,11 @@ bool isBinary(const std::string& path);
 std::string encodeFor(const std::string& path, const google::protobuf::Message& message);
 void decodeFrom(const std::string& path, const std::string& content,
                 google::protobuf::Message* message);
+
+// Writes to the path what encodeFor() makes for a file of that name, but binary bytes piece by
+// piece: those of a large message take much memory.
+void writeMessage(const std::string& path, const std::string& name,
+                  const google::protobuf::Message& message);
 
 }  // namespace apps
 

@@ -24,9 +24,9 @@ namespace fs = std::filesystem;
 
 // The functions below return false, with errno set, if they fail.
 
-bool writeAll(const Descriptor& file, std::string_view content) {
+bool writeAll(int descriptor, std::string_view content) {
   while (!content.empty()) {
-    const ssize_t count = write(file.number(), content.data(), content.size());
+    const ssize_t count = write(descriptor, content.data(), content.size());
     if (count >= 0) {
       content.remove_prefix(static_cast<std::size_t>(count));
     } else if (errno != EINTR) {
@@ -36,9 +36,9 @@ bool writeAll(const Descriptor& file, std::string_view content) {
   return true;
 }
 
-bool writeInPlace(const fs::path& path, const std::string& content) {
+bool writeInPlace(const fs::path& path, const Content& content) {
   const Descriptor file(open(path.c_str(), O_WRONLY | O_TRUNC | O_NOCTTY | O_CLOEXEC));
-  return file.isOpen() && writeAll(file, content);
+  return file.isOpen() && content(file.number());
 }
 
 std::string temporaryName() {
@@ -54,7 +54,7 @@ bool takeModeOf(const struct stat& old, const Descriptor& file) {
 
 // old is null for a file that is new. The folder is opened once, so that neither long
 // paths nor folders that are moved make a difference.
-bool replace(const fs::path& path, const struct stat* old, const std::string& content) {
+bool replace(const fs::path& path, const struct stat* old, const Content& content) {
   const std::string temporary = temporaryName();
   const fs::path parent = path.has_parent_path() ? path.parent_path() : ".";
   const Descriptor folder(open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
@@ -69,7 +69,7 @@ bool replace(const fs::path& path, const struct stat* old, const std::string& co
   if (!file.isOpen()) {
     return false;
   }
-  if ((old == nullptr || takeModeOf(*old, file)) && writeAll(file, content) &&
+  if ((old == nullptr || takeModeOf(*old, file)) && content(file.number()) &&
       fsync(file.number()) == 0 &&
       renameat(folder.number(), temporary.c_str(), folder.number(), path.filename().c_str()) == 0) {
     return true;
@@ -97,7 +97,7 @@ fs::path targetOf(fs::path path) {
   return path;
 }
 
-bool writeWhole(const fs::path& path, const std::string& content) {
+bool writeWhole(const fs::path& path, const Content& content) {
   struct stat old = {};
   if (lstat(path.c_str(), &old) != 0) {
     return errno == ENOENT && replace(path, nullptr, content);
@@ -111,6 +111,10 @@ bool writeWhole(const fs::path& path, const std::string& content) {
 }  // namespace
 
 void writeFile(const std::string& path, const std::string& content) {
+  writeFile(path, [&](int descriptor) { return writeAll(descriptor, content); });
+}
+
+void writeFile(const std::string& path, const Content& content) {
   if (!writeWhole(targetOf(path), content)) {
     throw FileError(path + ": cannot be written: " + std::generic_category().message(errno));
   }

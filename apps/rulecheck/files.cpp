@@ -45,7 +45,11 @@ std::string encoded(const SessionResult& result, const std::string& format) {
 }
 
 void writeResult(const std::string& path, const std::string& format, const SessionResult& result) {
-  writeText(path, apps::encodeFor(named(path, format), result));
+  if (path == "-") {
+    writeText(path, apps::encodeFor(named(path, format), result));
+  } else {
+    apps::writeMessage(path, named(path, format), result);
+  }
 }
 
 void writeText(const std::string& path, const std::string& content) {

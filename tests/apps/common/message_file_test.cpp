@@ -60,6 +60,19 @@ TEST(MessageFiles, HaveEqualBytesForEqualMaps) {
   EXPECT_EQ(encodeFor("a.txt", first), encodeFor("a.txt", second));
 }
 
+TEST(MessageFiles, AreWrittenAsTheyAreEncoded) {
+  const tests::Directory directory;
+  const auto session = tests::parse<Session>(kSession);
+  for (const char* const name : {"a.pb", "a.txt", "a.json"}) {
+    apps::writeMessage(directory.path() + "/file", name, session);
+    EXPECT_EQ(encodeFor(name, session), apps::readFile(directory.path() + "/file")) << name;
+    EXPECT_THROW(apps::writeMessage("/dev/full", name, session), FileError) << name;
+    EXPECT_THROW(apps::writeMessage(directory.path() + "/none", name, Session()), FileError)
+        << name;
+  }
+  EXPECT_THROW(apps::readFile(directory.path() + "/none"), FileError);
+}
+
 TEST(MessageFiles, ThatAreMalformedAreNamedInOneLine) {
   const struct {
     const char* path;
