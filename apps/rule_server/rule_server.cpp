@@ -387,8 +387,15 @@ Files& Server::files() const {
   return *environment_.files;
 }
 
+std::size_t Server::findingsOf(const std::string& uuid) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return session(uuid).findings.size();
+}
+
 Snapshot Server::snapshot(const std::string& uuid) {
   Snapshot shot;
+  // Not under the lock: after an earlier large result was freed, malloc takes seconds for it.
+  shot.findings.reserve(findingsOf(uuid));
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     const SessionState& state = session(uuid);

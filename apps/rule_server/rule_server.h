@@ -65,6 +65,7 @@ class Server {
   void checkToken(const std::string& token) const;
   Files& files() const;
   bool takesLong(const std::string& uuid) const;
+  std::size_t findingsOf(const std::string& uuid);
   Snapshot snapshot(const std::string& uuid);
   // Of what is written to a file of that name. Throws Failure (LimitExceeded).
   void checkText(const std::string& path, std::size_t bytes) const;

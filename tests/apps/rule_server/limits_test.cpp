@@ -173,7 +173,8 @@ Clock::duration longestWait(TestServer& server, const std::atomic<bool>& done, i
   return longest;
 }
 
-// Others wait for milliseconds. A result made under the lock would keep them for a second.
+// Others wait for milliseconds. A result made under the lock would keep them for a second, and so
+// would memory that is allocated under it after the first result is freed.
 TEST(Limits, LetOthersWorkWhileALongResultIsMade) {
   constexpr int kFindings = 200'000;
   TestServer server;
@@ -185,18 +186,21 @@ TEST(Limits, LetOthersWorkWhileALongResultIsMade) {
     ASSERT_EQ(i, server.server.handle(request).violation().id());
   }
   EXPECT_TRUE(server.server.takesLong(requestOf("result")));
-  std::atomic<bool> done{false};
-  int count = 0;
-  Clock::duration longest{};
-  std::thread other([&] { longest = longestWait(server, done, &count); });
-  const auto start = Clock::now();
-  const auto response = server.server.handle(requestOf("result"));
-  const auto took = Clock::now() - start;
-  done = true;
-  other.join();
-  EXPECT_EQ(kFindings, response.session_result().violation_count());
-  EXPECT_GT(count, 10);
-  EXPECT_LT(longest, took / 4);
+  for (const char* const name : {"first", "second"}) {
+    SCOPED_TRACE(name);
+    std::atomic<bool> done{false};
+    int count = 0;
+    Clock::duration longest{};
+    std::thread other([&] { longest = longestWait(server, done, &count); });
+    const auto start = Clock::now();
+    const auto response = server.server.handle(requestOf("result"));
+    const auto took = Clock::now() - start;
+    done = true;
+    other.join();
+    EXPECT_EQ(kFindings, response.session_result().violation_count());
+    EXPECT_GT(count, 10);
+    EXPECT_LT(longest, took / 4);
+  }
 }
 
 }  // namespace
