@@ -3,6 +3,7 @@
 #include "grpc/listener.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -16,10 +17,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
+#include <fstream>
 #include <set>
 #include <stdexcept>
 #include <system_error>
@@ -133,6 +136,32 @@ Descriptor lockFolderOf(const std::string& path, const std::string& text) {
   return lock;
 }
 
+// Reading the first figure is fast, but it has what malloc keeps after it is freed.
+bool usesMoreThan(std::size_t bytes) {
+  std::size_t size = 0;
+  std::size_t resident = 0;
+  std::ifstream("/proc/self/statm") >> size >> resident;
+  if (resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) <= bytes) {
+    return false;
+  }
+  const struct mallinfo2 info = mallinfo2();
+  return info.uordblks + info.hblkhd > bytes;
+}
+
+// gRPC owns the connections and has no function that closes one. It would still read what has
+// arrived before.
+void endConnection(int socket) {
+  sockaddr_storage peer{};
+  socklen_t size = sizeof peer;
+  if (getpeername(socket, reinterpret_cast<sockaddr*>(&peer), &size) != 0) {
+    return;
+  }
+  shutdown(socket, SHUT_RDWR);
+  std::array<char, 65536> ignored;
+  while (recv(socket, ignored.data(), ignored.size(), MSG_DONTWAIT) > 0) {
+  }
+}
+
 }  // namespace
 
 void raiseDescriptorLimit() {
@@ -214,17 +243,21 @@ void Listener::listenOnPath(const std::string& path) {
   sockets_.push_back(std::move(socket));
 }
 
-void Listener::start(std::unique_ptr<Acceptor> acceptor) {
+void Listener::start(std::unique_ptr<Acceptor> acceptor, std::size_t mostBytes) {
   acceptor_ = std::move(acceptor);
   const Descriptor next(fcntl(stopped_.number(), F_DUPFD_CLOEXEC, 0));
-  firstRefused_ = std::min(next.number() + kMostConnections, descriptorLimit() - kSpareDescriptors);
+  first_ = next.number();
+  firstRefused_ = std::min(first_ + kMostConnections, descriptorLimit() - kSpareDescriptors);
   thread_ = std::thread([this] { acceptUntilStopped(); });
+  // gRPC can keep the other thread as long as a connection sends something.
+  guard_ = std::thread([this, mostBytes] { limitMemory(mostBytes); });
 }
 
 void Listener::stop() {
   if (thread_.joinable()) {
     eventfd_write(stopped_.number(), 1);
     thread_.join();
+    guard_.join();
   }
   removePath();
   path_.clear();
@@ -306,6 +339,17 @@ void Listener::acceptOne(int socket) {
   } else if (errno != EAGAIN) {
     // The system has no descriptor left: the connection waits, and would be ready at once.
     std::this_thread::sleep_for(kPause);
+  }
+}
+
+void Listener::limitMemory(std::size_t mostBytes) const {
+  pollfd stopped{stopped_.number(), POLLIN, 0};
+  while (poll(&stopped, 1, static_cast<int>(kPause.count())) <= 0) {
+    if (usesMoreThan(mostBytes)) {
+      for (int socket = first_; socket <= firstRefused_; ++socket) {
+        endConnection(socket);
+      }
+    }
   }
 }
 

@@ -12,6 +12,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <cstddef>
 #include <deque>
 #include <memory>
 #include <string>
@@ -49,8 +50,9 @@ class Listener {
   // With the port that the system chose for 0.
   const std::string& address() const { return address_; }
 
-  // Hands connections to the acceptor, whose server has started, until stop().
-  void start(std::unique_ptr<Acceptor> acceptor);
+  // Hands connections to the acceptor, whose server has started, until stop(). Closes all of them
+  // while the process has more than mostBytes in memory.
+  void start(std::unique_ptr<Acceptor> acceptor, std::size_t mostBytes);
   // Closes the sockets, and removes the one of unix: unless it is another's by now.
   void stop();
 
@@ -70,6 +72,7 @@ class Listener {
   void handOver(const pollfd* silent);
   void acceptOne(int socket);
   bool descriptorIsFree() const;
+  void limitMemory(std::size_t mostBytes) const;
 
   std::string address_;
   std::string path_;
@@ -78,11 +81,13 @@ class Listener {
   std::vector<Descriptor> sockets_;
   // Readable once the thread is to end.
   Descriptor stopped_;
+  int first_ = 0;
   int firstRefused_ = 0;
   // The oldest is the first.
   std::deque<Silent> silent_;
   std::unique_ptr<Acceptor> acceptor_;
   std::thread thread_;
+  std::thread guard_;
 };
 
 }  // namespace rule_grpc

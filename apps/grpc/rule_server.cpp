@@ -49,9 +49,11 @@ struct Options {
   std::string directory;
   bool mayHoldHome = false;
   rule_server::Limits limits;
+  std::size_t workBytes = std::size_t{3} << 30;
 };
 
-void define(CLI::App& app, rule_server::Limits& limits) {
+void defineLimits(CLI::App& app, Options& options) {
+  rule_server::Limits& limits = options.limits;
   // A serialized message has less than 2 GiB, and a finding's number 31 bits.
   constexpr auto kMost = static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max());
   // CLI11 takes a negative number for an enormous one.
@@ -70,6 +72,8 @@ void define(CLI::App& app, rule_server::Limits& limits) {
   limit("--max-text-bytes", limits.textBytes, kMost,
         "Bytes in memory of what is written as a page, text or JSON");
   limit("--max-bytes", limits.bytes, kMostInAll, "Bytes of all that is recorded, in memory");
+  limit("--max-work-bytes", options.workBytes, kMostInAll,
+        "Bytes of all else in memory; above that, all connections are closed");
 }
 
 // None without a directory.
@@ -104,7 +108,7 @@ void define(CLI::App& app, Options& options) {
   app.add_flag("--files-may-hold-home", options.mayHoldHome,
                "Let --files be /, a home directory, or a directory above one")
       ->needs("--files");
-  define(app, options.limits);
+  defineLimits(app, options);
 }
 
 // A line break at the end of the file is not part of the token.
@@ -163,6 +167,10 @@ class StopSignals {
 };
 
 void limit(grpc::ServerBuilder& builder) {
+  // gRPC takes 12 KiB for 15 bytes that begin a request, and handles all that it has read before it
+  // can notice that a connection is closed.
+  constexpr int kMostReadAtOnce = 8192;
+  builder.AddChannelArgument(GRPC_ARG_TCP_MAX_READ_CHUNK_SIZE, kMostReadAtOnce);
   constexpr int kMostRequestsOfAConnection = 16;
   builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS, kMostRequestsOfAConnection);
   // Of what arrives and is not yet whole.
@@ -201,7 +209,7 @@ std::unique_ptr<grpc::Server> started(const Options& options,
   if (server == nullptr) {
     throw std::runtime_error(listener.address() + ": gRPC cannot serve there");
   }
-  listener.start(std::move(acceptor));
+  listener.start(std::move(acceptor), options.limits.bytes + options.workBytes);
   server->GetHealthCheckService()->SetServingStatus(
       vok::rulecheck::RuleCheckService::service_full_name(), true);
   return server;

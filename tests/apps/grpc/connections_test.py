@@ -116,5 +116,20 @@ class Idle(ServerTest):
         self.assertEqual(server.stop(), ENDED_WELL)
 
 
+class Busy(ServerTest):
+    def test_connections_do_not_give_way(self):
+        server = Server(self, prefix=["prlimit", "--nofile=40:64"])
+        connections = [connected(server.address) for _ in range(31)]
+        for connection in connections:
+            self.addCleanup(connection.close)
+            connection.sendall(PREFACE)
+            self.assertTrue(connection.recv(1))
+        client = self.channel(server.address)
+        call = client.channel.unary_unary(f"/{SERVICE}/getVersion").future(b"", timeout=2)
+        self.assertEqual(call.code().name, "DEADLINE_EXCEEDED")
+        connections[0].close()
+        self.assertEqual(client.refusal("getVersion"), ("OK", None))
+
+
 if __name__ == "__main__":
     unittest.main()
