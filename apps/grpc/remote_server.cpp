@@ -6,7 +6,10 @@
 #include <vok/rulecheck/RuleService.pb.h>
 
 #include <chrono>
+#include <stdexcept>
+#include <string>
 
+#include "common/command_line.h"
 #include "common/framing.h"
 #include "grpc/address.h"
 
@@ -23,7 +26,7 @@ using Stub = vok::rulecheck::RuleCheckService::Stub;
     case grpc::StatusCode::UNAVAILABLE:
     case grpc::StatusCode::CANCELLED:
     case grpc::StatusCode::DEADLINE_EXCEEDED:
-      throw ConnectionLost("no connection to the server: " + status.error_message());
+      throw apps::CannotRun("no connection to the server: " + status.error_message());
     default: throw std::runtime_error("the server answered: " + status.error_message());
   }
 }
@@ -49,8 +52,12 @@ Session sessionOf(const vok::rulecheck::StartSession& start) {
   Session session;
   session.set_name(start.name());
   session.set_description(start.description());
-  *session.mutable_report_file() = start.report_file();
-  *session.mutable_proto_file() = start.proto_file();
+  if (start.has_report_file()) {
+    *session.mutable_report_file() = start.report_file();
+  }
+  if (start.has_proto_file()) {
+    *session.mutable_proto_file() = start.proto_file();
+  }
   return session;
 }
 

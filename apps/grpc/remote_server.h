@@ -8,7 +8,6 @@
 #include <grpcpp/grpcpp.h>
 
 #include <memory>
-#include <stdexcept>
 #include <string>
 
 #include "grpc/security.h"
@@ -16,18 +15,12 @@
 
 namespace rule_grpc {
 
-// The server can't be reached, or went away before it answered.
-class ConnectionLost : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
 // No request is sent twice, and large results are taken. Throws what parseAddress() and
 // clientCredentials() do.
 std::shared_ptr<grpc::Channel> channelTo(const std::string& address, const Security& security);
 
-// Carries those requests that report() makes. It throws ConnectionLost, or
-// std::runtime_error if the server refuses a request.
+// Carries those requests that report() makes. It throws apps::CannotRun if the server can't be
+// reached, or goes away before it answers, and std::runtime_error if it refuses a request.
 rulecheck::Server remoteServer(const std::shared_ptr<grpc::Channel>& channel);
 
 }  // namespace rule_grpc

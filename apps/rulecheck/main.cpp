@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 #include <stdexcept>
 #include <string>
@@ -17,6 +18,7 @@
 #include "rulecheck/files.h"
 #include "rulecheck/lint/lint.h"
 #include "rulecheck/lint/report.h"
+#include "rulecheck/lint/server_options.h"
 #include "rulecheck/page/page.h"
 #include "rulecheck/summary.h"
 
@@ -32,6 +34,9 @@ struct Options {
   std::string format;
   std::string page;
   bool quiet = false;
+  std::function<rulecheck::Server()> server;
+  // On the server.
+  std::string serverOutput;
 };
 
 // If this run fails, the files of an older one must not pass for its result.
@@ -42,15 +47,35 @@ void removeOld(const std::string& path) {
   }
 }
 
+void setFile(const Options& options, const char* name, vok::rulecheck::Resource* address) {
+  address->set_scheme(vok::rulecheck::Resource::FILE);
+  address->set_path((fs::path(options.serverOutput) / name).string());
+}
+
+vok::rulecheck::StartSession sessionFor(const Options& options) {
+  auto session = rulecheck::sessionFor(options.lint);
+  if (!options.serverOutput.empty()) {
+    setFile(options, "report.html", session.mutable_report_file());
+    setFile(options, "session.pb", session.mutable_proto_file());
+  }
+  return session;
+}
+
 void lint(const Options& options) {
   removeOld(options.output);
   removeOld(options.page);
+  const rulecheck::Server server = options.server();
+  if (server == nullptr && options.output.empty()) {
+    throw CLI::RequiredError("--output");
+  }
   rulecheck::LintReport report = rulecheck::lint(options.lint);
   // Never destroyed: to free every finding takes as long as to write them.
   static const auto& result = *new SessionResult(
-      rulecheck::report(rulecheck::localServer(), rulecheck::sessionFor(options.lint), report.rules,
-                        std::move(report.violations)));
-  rulecheck::writeResult(options.output, options.format, result);
+      rulecheck::report(server == nullptr ? rulecheck::localServer() : server, sessionFor(options),
+                        report.rules, std::move(report.violations)));
+  if (!options.output.empty()) {
+    rulecheck::writeResult(options.output, options.format, result);
+  }
   if (!options.page.empty()) {
     rulecheck::PageOptions shown;
     shown.sourceRoot = ".";
@@ -65,13 +90,16 @@ void addLint(CLI::App& app, Options& options) {
   CLI::App* command = app.add_subcommand("lint", "Checks a design with Verilator");
   command->fallthrough();
   rulecheck::define(*command, options.lint);
-  command
-      ->add_option("-o,--output", options.output,
-                   std::string("The result to write: ") + rulecheck::kResultFormats)
-      ->required();
+  command->add_option("-o,--output", options.output,
+                      std::string("The result to write: ") + rulecheck::kResultFormats);
   command->add_option("--format", options.format, "The format of the result, as an extension");
   command->add_option("--html", options.page, "Also write this page");
   command->add_flag("--quiet", options.quiet, "Print no summary");
+  options.server = rulecheck::addServerOptions(*command);
+  command
+      ->add_option("--server-output", options.serverOutput,
+                   "A directory of the server, in which it writes report.html and session.pb")
+      ->needs("--server");
   command->footer(
       "Example:\n  rulecheck lint -o result.pb --html report.html -- -Irtl -f design.f");
   command->callback([&options] { lint(options); });
@@ -88,7 +116,7 @@ int main(int argc, char** argv) {
                                         std::to_string(vok::rulecheck::PATCH));
   app.footer(
       "Exit status: 0 fine, 1 the gate failed, 2 wrong use or unreadable input, 3 a program could "
-      "not be run.\n"
+      "not be run, or there is no connection to the server.\n"
       "\"rulecheck COMMAND --help\" has the options of a command.");
   Options options;
   addLint(app, options);

@@ -11,7 +11,7 @@ import subprocess
 import unittest
 
 from certificates import Certificates
-from servers import ENDED_WELL, GRPC_LINT_CLIENT, SCHEMA, Server, ServerTest
+from servers import ENDED_WELL, RULECHECK, SCHEMA, Server, ServerTest, protocol
 
 JAVASCRIPT = [os.environ["NODE"], pathlib.Path(__file__).with_name("reporting_client.mjs")]
 
@@ -97,33 +97,30 @@ class SeveralClients(ClientsTest):
         self.assertEqual(self.server.stop(), ENDED_WELL)
 
 
-class LintClient(ClientsTest):
-    def test_reports_what_rulecheck_reports(self):
+class Lint(ClientsTest):
+    def test_records_in_a_server_what_it_finds_without_one(self):
         recorded = pathlib.Path(os.environ["RECORDED"], "narrow.txt")
         verilator = self.write("verilator", f"#!/bin/sh\ncat '{recorded}' >&2\n")
         verilator.chmod(0o755)
         self.write("waivers", "UNDRIVEN * -- later\n")
-        options = ["--verilator", verilator, "--waivers", "waivers"]
-        results = []
-        for words in [[os.environ["RULECHECK"], "lint", *options, "-o", "session.txtpb"],
-                      [GRPC_LINT_CLIENT, *options, "--server", self.server.address,
-                       *self.certificates.client_options(), "--output", self.folder, "--text"]]:
-            ended = self.run_program(*words, "--", "narrow.v")
+        remote = ["--server", self.server.address, *self.certificates.client_options()]
+        for options in [["-o", "local.pb"], ["-o", "remote.pb", *remote],
+                        [*remote, "--server-output", self.folder]]:
+            ended = self.run_program(RULECHECK, "lint", "--verilator", verilator, "--waivers",
+                                     "waivers", *options, "--", "narrow.v")
             self.assertEqual(ended.returncode, 0, ended.stderr)
-            session = self.folder / "session.txtpb"
-            results.append(self.comparable(session))
-            session.unlink()
         self.assertTrue((self.folder / "report.html").exists())
-        self.assertEqual(results[0], results[1])
-        self.assertIn("violation_count: 3", results[0])
+        local, *others = map(self.comparable, ["local.pb", "remote.pb", "session.pb"])
+        self.assertEqual(others, [local] * 2)
+        self.assertIn("violation_count: 3", local)
 
-    def comparable(self, path):
+    def comparable(self, name):
         """The content without the session's id, time and files."""
-        text = path.read_text(encoding="utf-8")
+        text = str(protocol.SessionResult.FromString((self.folder / name).read_bytes()))
         text = re.sub(r"  (report|proto)_file \{.*?\n  \}\n", "", text, flags=re.S)
         text, ids = re.subn(r"[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}", "ID", text)
         text, times = re.subn(r"timestamp: \d+|\d{4}-\d\d-\d\d[ T]\d\d:\d\d:\d\d", "TIME", text)
-        self.assertGreaterEqual(min(ids, times), 1, path)
+        self.assertGreaterEqual(min(ids, times), 1, name)
         return text
 
 

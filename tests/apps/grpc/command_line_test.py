@@ -1,27 +1,28 @@
 # SPDX-License-Identifier: Apache-2.0
 
-"""The command lines of rule_server and grpc_lint_client."""
+"""The command lines of rule_server, and of rulecheck as its client."""
 
 import re
 import unittest
 
 from program_test import ProgramTest
-from servers import GRPC_LINT_CLIENT, README, RULE_SERVER
+from servers import README, RULE_SERVER, RULECHECK, SOURCE_DIR
 
 
 class Help(ProgramTest):
     def test_names_the_options_of_the_manual(self):
-        blocks = re.findall(r"^```\n(.*?)^```", README.read_text(encoding="utf-8"),
-                            re.DOTALL | re.MULTILINE)
-        for program, first in [(RULE_SERVER, "--listen"), (GRPC_LINT_CLIENT, "--server")]:
-            ended = self.run_program(program, "--help")
+        lint = SOURCE_DIR / "apps/rulecheck/README.md"
+        for *program, manual, first in [[RULE_SERVER, README, "--listen"],
+                                        [RULECHECK, "lint", lint, "--server"]]:
+            blocks = re.findall(r"^```\w*\n(.*?)^```", manual.read_text(encoding="utf-8"),
+                                re.DOTALL | re.MULTILINE)
+            ended = self.run_program(*program, "--help")
             self.assertEqual((ended.returncode, ended.stderr), (0, ""))
             named = set(re.findall(r"^  (?:-\w,)?(--[\w-]+)", ended.stdout, re.MULTILINE))
             listed = {option for block in blocks if re.search(rf"^  {first} ", block, re.MULTILINE)
                       for option in re.findall(r"^  (--[\w-]+)", block, re.MULTILINE)}
             self.assertGreater(len(listed), 4)
-            missing = named - listed - {"--help", "--severity", "--verilator", "--waivers"}
-            self.assertEqual((missing, listed - named), (set(), set()), program)
+            self.assertEqual(named - {"--help", "--output"}, listed - {"--config"}, program)
 
 
 class BadArguments(ProgramTest):
@@ -55,7 +56,7 @@ class BadArguments(ProgramTest):
                 self.assert_refused(
                     self.run_program("timeout", "20", RULE_SERVER, *words), f"rule_server: {line}")
 
-    def test_of_the_client(self):
+    def test_of_lint(self):
         self.write("m.v", "module m; endmodule\n")
         server = ["--server", "127.0.0.1:1", "m.v"]
         cases = [
@@ -64,11 +65,12 @@ class BadArguments(ProgramTest):
             ([*server, "--ca", "m.v"], "m.v: has no certificate"),
             (["--server", "127.0.0.1", "m.v"],
              "127.0.0.1: not an address, expected HOST:PORT or unix:PATH"),
+            (["--server-output", ".", "m.v"], "--server-output requires --server"),
         ]
         for words, line in cases:
             with self.subTest(words):
                 self.assert_refused(
-                    self.run_program(GRPC_LINT_CLIENT, *words), f"grpc_lint_client: {line}")
+                    self.run_program(RULECHECK, "lint", *words), f"rulecheck: {line}")
 
     def test_with_too_few_descriptors(self):
         self.assert_refused(

@@ -6,7 +6,7 @@ import os
 import unittest
 
 from certificates import Certificates
-from servers import ENDED_WELL, GRPC_LINT_CLIENT, RULE_SERVER, Server, ServerTest
+from servers import ENDED_WELL, RULE_SERVER, RULECHECK, Server, ServerTest
 
 
 class SecurityTest(ServerTest):
@@ -63,7 +63,7 @@ class LintClient(SecurityTest):
     def test_talks_to_no_other_host_without_tls(self):
         self.assert_refused(
             self.report("rules.example:80"),
-            "grpc_lint_client: rules.example:80: not an address of this host, "
+            "rulecheck: rules.example:80: not an address of this host, "
             "which needs TLS or --insecure")
         self.assert_lost(self.report("0.0.0.0:1", "--insecure"))
 
@@ -106,12 +106,12 @@ class SecureServers(SecurityTest):
                 (server, key, empty, f"{empty}: has no certificate"),
                 (server, key, key, f"{key}: has no certificate")]:
             words = ["--certificate", certificate, "--key", own]
-            for program, options in [(RULE_SERVER, ["--client-ca", authority]),
-                                     (GRPC_LINT_CLIENT, ["--ca", authority, "--server",
-                                                         "localhost:1", "m.v"])]:
+            for program, *options in [
+                    [RULE_SERVER, "--client-ca", authority],
+                    [RULECHECK, "lint", "--ca", authority, "--server", "localhost:1", "m.v"]]:
                 with self.subTest(line, program=program):
                     self.assert_refused(
-                        self.run_program(program, *words, *options),
+                        self.run_program(program, *options, *words),
                         f"{os.path.basename(program)}: {line}")
 
 

@@ -16,7 +16,7 @@ BUILD_DIR = pathlib.Path(os.environ["BUILD_DIR"])
 SOURCE_DIR = pathlib.Path(os.environ["SOURCE_DIR"])
 README = SOURCE_DIR / "apps/grpc/README.md"
 RULE_SERVER = os.environ["RULE_SERVER"]
-GRPC_LINT_CLIENT = os.environ["GRPC_LINT_CLIENT"]
+RULECHECK = os.environ["RULECHECK"]
 SCHEMA = pathlib.Path(os.environ["SCHEMA"])
 SERVICE = "vok.rulecheck.RuleCheckService"
 
@@ -134,16 +134,16 @@ class ServerTest(program_test.ProgramTest):
             ("grpc.max_receive_message_length", -1), ("grpc.max_send_message_length", -1)])
 
     def report(self, address, *options, lines=0):
-        """Has grpc_lint_client report so many lines of a Verilator that is not there."""
+        """Has rulecheck record so many lines of a Verilator that is not there."""
         self.write("m.v", "module m; endmodule\n")
         said = self.write("said", "".join(
             f"%Warning-WIDTH: m.v:{line}:1: text\n" for line in range(1, lines + 1)))
         self.write("verilator", f"#!/bin/sh\ncat '{said}' >&2\n").chmod(0o755)
         return self.run_program(
-            GRPC_LINT_CLIENT, "--verilator", "./verilator", "--server", address, *options, "m.v")
+            RULECHECK, "lint", "--verilator", "./verilator", "--server", address, *options, "m.v")
 
     def assert_lost(self, ended):
         """The client said that there is no connection, with exit status 3."""
         self.assertEqual((ended.returncode, ended.stdout), (3, ""))
         self.assertRegex(
-            ended.stderr, r"\Agrpc_lint_client: no connection to the server: [^\n]+\n\Z")
+            ended.stderr, r"\Arulecheck: no connection to the server: [^\n]+\n\Z")

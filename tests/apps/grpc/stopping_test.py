@@ -211,11 +211,9 @@ class LintClient(ServerTest):
     def test_tells_what_the_server_refuses(self):
         server = Server(self, "--files", ".")
         (self.folder / "report.html").mkdir()
-        ended = self.report(server.address)
-        self.assertEqual((ended.returncode, ended.stdout), (2, ""))
-        self.assertEqual(
-            ended.stderr,
-            "grpc_lint_client: the server answered: ./report.html: not a regular file\n")
+        ended = self.report(server.address, "--server-output", ".")
+        self.assert_refused(
+            ended, "rulecheck: the server answered: ./report.html: not a regular file")
 
 
 if __name__ == "__main__":

@@ -64,6 +64,14 @@ class BadArguments(RulecheckTest):
                           "lint", "--verilator", program, "-o", "result.pb", "m.v", status=3)
 
 
+class Servers(RulecheckTest):
+    def test_are_refused_by_a_program_without_grpc(self):
+        if b"--ca" in self.rulecheck("lint", "--help").stdout:
+            self.skipTest("the program has gRPC")
+        self.assert_error("--server: this program was built without gRPC",
+                          "lint", "--server", "localhost:1", "--ca", "ca.pem", "m.v")
+
+
 class OldReports(RulecheckTest):
     def test_do_not_survive_a_failure(self):
         for name in ["result.pb", "page.html"]:

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "rulecheck/lint/server_options.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace rulecheck {
+
+std::function<Server()> addServerOptions(CLI::App& command) {
+  command.add_option_function<std::string>(
+      "--server",
+      [](const std::string& /*address*/) {
+        throw std::runtime_error("--server: this program was built without gRPC");
+      },
+      "Refused: this program was built without gRPC");
+  return [] { return Server(); };
+}
+
+}  // namespace rulecheck
