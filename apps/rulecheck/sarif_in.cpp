@@ -7,7 +7,9 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
+#include "common/characters.h"
 #include "rulecheck/merge.h"
 #include "rulecheck/not_checked.h"
 #include "rulecheck/place.h"
@@ -66,12 +68,25 @@ std::string percentDecoded(const std::string& uri) {
   return path;
 }
 
-// The path of a "file:" address, or of a relative one.
+bool isUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const apps::CodePoint first = apps::firstOf(text);
+    if (first.value == 0xFFFD && first.length == 1) {
+      return false;
+    }
+    text.remove_prefix(first.length);
+  }
+  return true;
+}
+
+// The path of a "file:" address, or of a relative one. JSON has no bytes that are not UTF-8, so a
+// path with such bytes stays encoded.
 std::string pathOf(const std::string& uri) {
   static const RE2 file("(?i)file:(?://(?:localhost)?)?(/.*)", RE2::Latin1);
   std::string path = uri;
   RE2::FullMatch(uri, file, &path);
-  return percentDecoded(path);
+  const std::string decoded = percentDecoded(path);
+  return isUtf8(decoded) ? decoded : path;
 }
 
 void readAddress(const std::string& uri, RuleSpec* rule) {

@@ -79,6 +79,8 @@ class Import(RulecheckTest):
                                         rules=[{"id": "R", "messageStrings": {"x": {"text": "{1} of {0}{9}"}}}]),
                                     "warning: 2 of 1{9} [R]"),
             "encoded name": (log({"message": {"text": "m"}, "locations": [place]}), "a b.v:3:4: warning: m []"),
+            "name that is not UTF-8": (log({"message": {"text": "m"}, "locations": [at("%ff%20.v", startLine=3)]}),
+                                       "%ff%20.v:3: warning: m []"),
             "base of names": (log({"message": {"text": "m"}, "locations": [{"physicalLocation": {
                 "artifactLocation": {"uri": "x/a.v", "uriBaseId": "ROOT"}}}]},
                                   originalUriBaseIds={"ROOT": {"uri": "file:///r/"}}), "x/a.v: warning: m []"),
