@@ -80,6 +80,9 @@ def python(messages, operation):
     return f"python: {messages}/{operation}"
 
 
+DESIGNS = {"the demo": "demo", "20,000 registers with 40,000 findings": "registers"}
+COMMANDS = ("merge", "diff", "gate")
+
 TARGETS = (
     *(target for name in ANCHORS for target in (
         Target(f"{name}: times as fast as concatenation", rendering(name, "concatenation"),
@@ -117,6 +120,13 @@ TARGETS = (
     Target("loading: stripped size, relative to plain Release flags", "loading: size/ours",
            "loading: size/plain", at_most=0.72),
     Target("loading: relocations that look up a symbol", "loading: relocations/ours", at_most=1000),
+    *(Target(f"`rulecheck lint` of {name}: time less 0.1 s, relative to Verilator",
+             f"rulecheck: {design}/lint less 0.1 s", f"rulecheck: {design}/Verilator", at_most=1.05)
+      for name, design in DESIGNS.items()),
+    *(Target(f"`rulecheck {command}` of 1,000,000 violations: seconds", f"alloc: rulecheck: {command}/seconds",
+             at_most=10) for command in COMMANDS),
+    *(Target(f"`rulecheck {command}` of 1,000,000 violations: memory, relative to its input",
+             f"alloc: rulecheck: {command}/memory", at_most=8) for command in COMMANDS),
 )
 
 TABLES = (
@@ -153,4 +163,9 @@ TABLES = (
         ("time of `dlopen`", *figures("loading: time/{}", LIBRARIES)),
         ("stripped size in bytes", *figures("loading: size/{}", LIBRARIES)),
         ("relocations that look up a symbol", *figures("loading: relocations/{}", LIBRARIES)))),
+    Table("Time of a check", ("Verilator", "`rulecheck lint`"), tuple(
+        (name, *figures(f"rulecheck: {design}/{{}}", ("Verilator", "lint"))) for name, design in DESIGNS.items())),
+    Table("1,000,000 violations: time, and memory relative to the input", COMMANDS, (
+        ("time", *figures("rulecheck: {}/time", COMMANDS)),
+        ("memory", *figures("alloc: rulecheck: {}/memory", COMMANDS)))),
 )
