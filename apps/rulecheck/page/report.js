@@ -358,18 +358,10 @@
       render();
     };
 
-    const showAll = () => {
-      query.value = '';
-      for (const box of boxes) box.checked = true;
-    };
-    // Shows the finding that the address names, whatever the filter is.
+    // Shows the finding that the address names.
     const reveal = (link) => {
-      const finding = findings.find((each) => each.link === link);
+      const finding = shown.find((each) => each.link === link);
       if (!finding) return;
-      if (!shown.includes(finding)) {
-        showAll();
-        render();
-      }
       const group = groups.find((each) => each.findings.includes(finding));
       showGroups(groups.indexOf(group) + 1);
       if (!group.show) turnGroup(group);
@@ -424,7 +416,8 @@
       expand: () => turnAll(true),
       collapse: () => turnAll(false),
       clear: () => {
-        showAll();
+        query.value = '';
+        for (const box of boxes) box.checked = true;
         update();
         query.focus();
       },

@@ -14,8 +14,8 @@ namespace {
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
 bool isPlain(char c) {
-  return (c >= ' ' && c < 0x7F && std::string_view("&<>\"'").find(c) == std::string_view::npos) ||
-         c == '\t' || c == '\n';
+  const bool isMarkup = c == '&' || c == '<' || c == '>' || c == '"' || c == '\'';
+  return (c >= ' ' && c < 0x7F && !isMarkup) || c == '\t' || c == '\n';
 }
 
 std::string_view reference(char32_t value, std::string_view bytes) {

@@ -40,6 +40,17 @@ const checkScheme = (checks, place, colorScheme) => checks.checkPage(
     assert.ok(brightness.every((part) => (colorScheme === 'dark' ? part < 50 : part > 200)), background);
   });
 
+// The picture of the README.
+const shootReport = (checks, place, colorScheme) => checks.checkPage(
+  `${colorScheme} scheme has its picture taken`, place, { colorScheme, viewport: { width: 1180, height: 820 } },
+  async (page) => {
+    await page.locator('.finding', { hasText: 'frame_err_sticky' }).locator('.turn').click();
+    await page.evaluate(() => document.activeElement.blur());
+    await page.mouse.move(0, 0);
+    await checks.shoot(page, `report-${colorScheme}`);
+    assert.equal(await page.locator('.caret').count(), 1);
+  });
+
 // What a browser says when a judge looks at what is out of sight.
 const isAboutJudge = (fault) =>
   fault.startsWith('console: Rendering was performed in a subtree hidden by content-visibility.');
@@ -73,9 +84,11 @@ const checkForcedColours = (checks, place) => checks.checkPage(
   });
 
 export const checkAppearance = async (checks, { sample, clean, flawed, placed }) => {
+  for (const [name, place] of Object.entries({ clean, flawed })) await checkFit(checks, name, place, 'light');
   for (const colorScheme of ['light', 'dark']) {
-    for (const [name, place] of Object.entries({ sample, clean, flawed })) await checkFit(checks, name, place, colorScheme);
+    await checkFit(checks, 'sample', sample, colorScheme);
     await checkScheme(checks, sample, colorScheme);
+    await shootReport(checks, sample, colorScheme);
   }
   await checkAccess(checks, 'sample', sample, 'light', 1280);
   await checkAccess(checks, 'sample', sample, 'dark', 320);

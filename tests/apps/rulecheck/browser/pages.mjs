@@ -100,7 +100,7 @@ export const hostile = () => {
   mkdirSync(folder);
   makeResults('hostile', folder);
   return readdirSync(folder)
-    .filter((name) => /-(HTTP|MAILTO|DATA_html)\.pb$/.test(name))
+    .filter((name) => /-HTTP\.pb$|^javascript.*-(MAILTO|DATA_html)\.pb$/.test(name))
     .map((name) => makePage(join(folder, name)));
 };
 
