@@ -149,14 +149,28 @@ class Help(RulecheckTest):
 
 
 class Installation(RulecheckTest):
-    def test_has_the_program_and_its_manual_page(self):
+    def setUp(self):
+        super().setUp()
         for component in ["runtime", "rulecheck"]:
             installed = self.run_program(os.environ["CMAKE"], "--install", os.environ["BUILD_DIR"],
                                          "--component", component, "--prefix", self.folder)
             self.assertEqual(installed.returncode, 0, installed.stderr)
+
+    def test_has_the_program_and_its_manual_page(self):
         self.assertTrue((self.folder / "share/man/man1/rulecheck.1").exists())
         ended = self.run_program(self.folder / "bin/rulecheck", "--version")
         self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+
+    def test_completes_commands_and_options_in_bash(self):
+        for words, expected in [(["g"], ["gate"]), (["gate", "--m"], ["--max"]),
+                                (["lint", "--ver"], ["--verilator"]), (["lint", "x"], [])]:
+            ended = self.run_program("bash", "-euc", """
+source share/bash-completion/completions/rulecheck
+COMP_WORDS=("$@") COMP_CWORD=$(($# - 1))
+_rulecheck "$1" "${!#}"
+echo "${COMPREPLY[@]}"
+""", "bash", "bin/rulecheck", *words)
+            self.assertEqual((ended.stdout.split(), ended.stderr), (expected, ""), words)
 
 
 if __name__ == "__main__":

@@ -19,6 +19,7 @@ VERSION = os.environ["VERSION"]
 RUNTIME = f"libvok-rulecheck{os.environ['ABI']}"
 DEVELOPMENT = "libvok-rulecheck-dev"
 PYTHON = "python3-vok-rulecheck"
+PROGRAM = "rulecheck"
 PYTHON_PAGE = SOURCE / "docs/python.md"
 
 
@@ -73,7 +74,7 @@ class FolderTest(unittest.TestCase):
 
 class Packages(FolderTest):
     def test_they_have_the_version_of_the_library(self):
-        for name in (RUNTIME, DEVELOPMENT, PYTHON, f"{RUNTIME}-dbgsym"):
+        for name in (RUNTIME, DEVELOPMENT, PYTHON, PROGRAM, f"{RUNTIME}-dbgsym"):
             self.assertEqual(field(name, "Version"), VERSION, name)
 
     def test_the_runtime_package_depends_on_the_libraries_that_it_was_linked_with(self):
@@ -127,15 +128,17 @@ class Users(FolderTest):
         self.assertEqual(succeed(self.project / "built_outside"), readme("text"))
 
     def test_with_the_packages_installed_in_a_system_that_has_nothing_else(self):
-        for name in (RUNTIME, DEVELOPMENT, PYTHON):
+        packages = (RUNTIME, DEVELOPMENT, PYTHON, PROGRAM)
+        for name in packages:
             shutil.copy(package(name), self.project / f"{name}.deb")
+        shutil.copytree(SOURCE / "apps/designs", self.project / "designs")
         shutil.copy(HERE / "use_packages.sh", self.project)
         (self.project / "source").mkdir()
         succeed("cp", "-R", "CMakeLists.txt", "cmake", "conformance", "packaging", "python", "rendering", "swig",
                 self.project / "source", cwd=SOURCE)
         log = run("mmdebstrap", "--variant=apt", "--format=null",
                   f"--customize-hook=copy-in {self.project} /",
-                  f"--customize-hook=chroot \"$1\" sh /project/use_packages.sh {RUNTIME} {DEVELOPMENT} {PYTHON}",
+                  f"--customize-hook=chroot \"$1\" sh /project/use_packages.sh {' '.join(packages)}",
                   f"--customize-hook=copy-out /project/said {self.folder}", "", "-", *apt_sources(),
                   env={**os.environ, "TMPDIR": folder_of_systems()})
         if "running --customize-hook" not in log.stdout:
@@ -144,6 +147,7 @@ class Users(FolderTest):
         self.assertEqual((self.folder / "said/python").read_text(), readme("text", page=PYTHON_PAGE))
         for how in ("runtime", "installed_from_source", "find_package", "pkg_config"):
             self.assertEqual((self.folder / "said" / how).read_text(), readme("text"), how)
+        self.assertIn("LATCH", (self.folder / "said/findings").read_text())
 
 
 if __name__ == "__main__":

@@ -6,12 +6,13 @@
 # packages, and the program that was built outside; what programs print goes to its
 # folder "said".
 #
-# usage: sh use_packages.sh RUNTIME_PACKAGE DEVELOPMENT_PACKAGE PYTHON_PACKAGE
+# usage: sh use_packages.sh RUNTIME_PACKAGE DEVELOPMENT_PACKAGE PYTHON_PACKAGE PROGRAM_PACKAGE
 
 set -eux
 runtime=$1
 development=$2
 python=$3
+program=$4
 cd "$(dirname "$0")"
 mkdir said
 export DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8
@@ -51,9 +52,14 @@ sh -e command.sh
 ./a.out > said/pkg_config
 install "./$python.deb"
 python3 example.py > said/python
-apt-get purge --yes --quiet "$runtime" "$development" "$python"
+install "./$program.deb" verilator
+rulecheck --help
+(cd designs && rulecheck lint -o ../result.pb --waivers waivers -- --top-module board -f design.f)
+rulecheck text result.pb > said/findings
+rulecheck gate result.pb --fail-on fatal
+apt-get purge --yes --quiet "$runtime" "$development" "$python" "$program"
 list_files > after.txt
-if grep -i -e vok_rulecheck -e vok-rulecheck -e /vok after.txt; then
+if grep -i -e rulecheck -e /vok after.txt; then
   echo "these files are left" >&2
   exit 1
 fi
