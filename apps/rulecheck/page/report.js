@@ -2,7 +2,7 @@
 
 'use strict';
 (() => {
-  // How many rows the page shows at first, how many more at a click, and on paper.
+  // How many rows or groups the page shows at first, how many more at a click, and on paper.
   const firstRows = 200;
   const expandedRows = 1000;
   const moreRows = 500;
@@ -319,7 +319,7 @@
       groups = collect(shown);
       const holder = make('div', 'groups');
       list.replaceChildren(holder);
-      showGroups = fill(holder, groups, groupElement, opensAll ? printedRows : moreRows, 'groups');
+      showGroups = fill(holder, groups, groupElement, opensAll ? printedRows : firstRows, 'groups');
       let left = most;
       for (const group of groups) {
         if (group.element && (opensAll || isOpen(group, shown.length))) {
