@@ -157,6 +157,8 @@ struct Rule {
   std::string resolution;
   std::string expects;
   std::string threshold;
+  std::string examples;
+  const google::protobuf::Map<std::int32_t, std::string>* categories;
 };
 
 class Block {
@@ -223,7 +225,8 @@ class Block {
     return ruleByKey_
         .insert({key,
                  {ruleByKey_.size(), safe.resolution_msg(), safe.expects(),
-                  Converter::toString(safe.threshold_value())}})
+                  Converter::toString(safe.threshold_value()), linksHtml(safe.examples()),
+                  &spec.categories()}})
         .first->second;
   }
 
@@ -250,9 +253,11 @@ class Block {
                 argumentsOf(&parts)};
     addFact("Arguments", isAlone ? "" : others, &row);
     addFacts(message, rule, &row);
-    if (finding.kind == kNotChecked || finding.kind == kWaived) {
+    const bool isWaived = finding.kind == kNotChecked || finding.kind == kWaived;
+    if (isWaived) {
       addFact("Reason", escapeText(waiverOf(*finding.violation)), &row);
     }
+    addCategories(message, rule, isWaived, &row);
     const bool isCurrent = finding.kind != kFixed && excerpt->add(finding.line, place.source);
     if (!isCurrent && showsSources_) {
       addFact("Source", escapeText(shortened(place.source)), &row);
@@ -311,9 +316,22 @@ class Block {
     }
     addFact("Build target", escapeText(message.build_target()), row);
     if (message.has_examples()) {
-      addFact("Examples", linksHtml(safeCopy(message.examples())), row);
+      addFactUnless(rule.examples, "Examples", linksHtml(safeCopy(message.examples())), row);
     }
-    addFact("Categories", categoriesHtml(message.categories()), row);
+  }
+
+  // Those that the rule lacks; a waiver is shown as the reason.
+  template <typename Message>
+  void addCategories(const Message& message, const Rule& rule, bool isWaived, json* row) {
+    std::map<std::int32_t, std::string> own;
+    for (const auto& [number, value] : message.categories()) {
+      const auto known = rule.categories->find(number);
+      const bool isKnown = known != rule.categories->end() && known->second == value;
+      if (!isKnown && !(isWaived && number == kWaiverCategory)) {
+        own.emplace(number, value);
+      }
+    }
+    addFact("Categories", categoriesHtml(own), row);
   }
 
   const SessionResult& result_;

@@ -5,7 +5,6 @@
 #include <vok/rulecheck/Converter.h>
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 #include "rulecheck/page/safe_copy.h"
@@ -55,10 +54,9 @@ std::string linksHtml(const Links& safeLinks) {
   return html;
 }
 
-std::string categoriesHtml(const google::protobuf::Map<std::int32_t, std::string>& categories) {
+std::string categoriesHtml(const std::map<std::int32_t, std::string>& categories) {
   std::string html;
-  for (const auto& [number, value] :
-       std::map<std::int32_t, std::string>(categories.begin(), categories.end())) {
+  for (const auto& [number, value] : categories) {
     html += "<span class=\"tag\">" + std::to_string(number) + ": " + escapeText(value) + "</span> ";
   }
   return html;

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <kainjow/mustache.hpp>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -43,7 +44,7 @@ class Facts {
 std::string linksHtml(const vok::rulecheck::Links& safeLinks);
 
 // Category values in the order of their numbers.
-std::string categoriesHtml(const google::protobuf::Map<std::int32_t, std::string>& categories);
+std::string categoriesHtml(const std::map<std::int32_t, std::string>& categories);
 
 // An anchor to a resource as it came, or the text alone where there is nothing
 // to link to. The text is as it came, too.

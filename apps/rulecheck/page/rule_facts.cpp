@@ -74,7 +74,7 @@ Facts furtherFacts(const RuleSpec& spec) {
   facts.add("First release", spec.has_first_release() ? versionText(spec.first_release()) : "");
   facts.add("Sessions", joined(safe.session_names()));
   facts.add("Architectures", joined(safe.architectures()));
-  facts.add("Categories", categoriesHtml(spec.categories()));
+  facts.add("Categories", categoriesHtml({spec.categories().begin(), spec.categories().end()}));
   facts.add("Examples", linksHtml(safe.examples()));
   return facts;
 }

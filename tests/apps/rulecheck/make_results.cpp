@@ -292,7 +292,7 @@ void addPlace(int number, Violation* violation) {
   place->set_type(vok::rulecheck::Reference::FILE);
   place->set_name(path + ":" + line + ":7");
   place->mutable_url()->set_scheme(Resource::FILE);
-  place->mutable_url()->set_path("/work/design/" + path);
+  place->mutable_url()->set_path("/srv/design/" + path);
   place->mutable_url()->set_fragment("L" + line + "C7");
 }
 

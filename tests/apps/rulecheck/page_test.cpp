@@ -111,7 +111,7 @@ TEST(PageData, TellsKindsOfFindingsApart) {
   EXPECT_THAT(all(data, "kind"), ElementsAre("fatal", "unknown", "not-checked", "not-checked",
                                              "not-checked", "waived", "met"));
   EXPECT_EQ(data["findings"][5]["severity"], "error");
-  EXPECT_EQ(data["findings"][5]["facts"]["Reason"], "ok");
+  EXPECT_EQ(data["findings"][5]["facts"], json({{"Reason", "ok"}}));
 }
 
 // The result of a test before, and what it has become.
@@ -240,14 +240,18 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& tested) { return tested.param.name; });
 
 TEST(PageData, LeavesOutWhatTheRuleSays) {
-  const char* const fields =
-      "resolution { text: 'r' } expects: 'e' threshold_value { int_val: 1 } ";
-  EXPECT_EQ(
-      findingOf(fields, "resolution_msg: 'r' expects: 'e' threshold_value { int_val: 1 }")["facts"],
-      json::object());
-  EXPECT_EQ(
-      findingOf(fields, "resolution_msg: 'R' expects: 'E' threshold_value { int_val: 2 }")["facts"],
-      json({{"Resolution", "r"}, {"Expects", "e"}, {"Threshold", "1"}}));
+  const std::string shared = R"(expects: "e" threshold_value { int_val: 1 }
+    categories { key: 2 value: "c" } categories { key: 3 value: "d" } examples { uri { link_text: "x" url { scheme: HTTP host: "h" } } })";
+  const std::string fields = "resolution { text: 'r' } " + shared;
+  EXPECT_EQ(findingOf(fields, "resolution_msg: 'r' " + shared)["facts"], json::object());
+  EXPECT_EQ(findingOf(fields, R"(resolution_msg: "R" expects: "E" threshold_value { int_val: 2 }
+                       categories { key: 2 value: "c" } categories { key: 3 value: "D" })")
+                ["facts"],
+            json({{"Resolution", "r"},
+                  {"Expects", "e"},
+                  {"Threshold", "1"},
+                  {"Categories", "<span class=\"tag\">3: d</span> "},
+                  {"Examples", "<span class=\"link\"><a href=\"http://h\">x</a></span> "}}));
 }
 
 TEST(PageData, HasTheValuesOfAFinding) {
