@@ -237,7 +237,7 @@ class Block {
     const Rule& rule = ruleOf(message.rule_key());
     MessageParts parts(message.details(), placeArgument(arguments));
     const std::string others = othersOf(&parts);
-    // Unless they are all that there is to be shown.
+    // A finding without a text shows its arguments instead.
     const bool isAlone = isBlank(parts.text());
     json row = {finding.kind,
                 severityOf(message).rank,

@@ -81,8 +81,8 @@ bool MessageParts::mayPlace(int number) const {
          std::count(places_.begin(), places_.end(), number) < maxPlaces;
 }
 
-// Appends what the "%" at the front of the text stands for, and returns the
-// number of bytes that this replaces.
+// Appends what a "%" at the front of the text refers to. Returns how many bytes of the
+// text that replaces.
 std::size_t MessageParts::place(std::string_view text) {
   if (text.substr(1, 1) == "%") {
     text_ += '%';

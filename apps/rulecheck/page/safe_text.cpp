@@ -29,7 +29,7 @@ std::string_view reference(char32_t value, std::string_view bytes) {
   }
 }
 
-// What stands for a code point that is not plain, whose bytes are given.
+// The text that is shown for a code point; bytes are how it is encoded.
 std::string_view shown(char32_t value, std::string_view bytes, bool isHtml) {
   if (value == '\r') {
     return "";
