@@ -6,15 +6,16 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
-#include <stdlib.h>
+#include <sys/mman.h>
 #include <sys/signalfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstddef>
-#include <optional>
+#include <stdexcept>
 #include <system_error>
 
 #include "common/command_line.h"
@@ -22,65 +23,49 @@
 namespace rulecheck {
 namespace {
 
-// The two ends of a pipe.
-class Pipe {
+[[noreturn]] void fail(const char* call) {
+  throw std::system_error(errno, std::generic_category(), call);
+}
+
+class Descriptor {
  public:
-  Pipe() {
-    if (pipe2(ends_.data(), O_CLOEXEC) != 0) {
-      throw std::system_error(errno, std::generic_category(), "pipe");
+  Descriptor(int number, const char* call) : number_(number) {
+    if (number < 0) {
+      fail(call);
     }
   }
-  ~Pipe() {
-    close(ends_[0]);
-    closeWriting();
-  }
-  Pipe(const Pipe&) = delete;
-  Pipe& operator=(const Pipe&) = delete;
+  ~Descriptor() { close(number_); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
 
-  int writing() const { return ends_[1]; }
-
-  void closeWriting() {
-    if (ends_[1] >= 0) {
-      close(ends_[1]);
-      ends_[1] = -1;
-    }
-  }
-
-  // What is written until all ends for writing are closed; nothing if a signal of the
-  // descriptor comes first.
-  std::optional<std::string> readAll(int signals) const {
-    std::string content;
-    std::array<char, 65536> buffer;
-    std::array<pollfd, 2> sources = {{{ends_[0], POLLIN, 0}, {signals, POLLIN, 0}}};
-    for (;;) {
-      if (poll(sources.data(), sources.size(), -1) < 0) {
-        continue;  // as after SIGCONT
-      }
-      if (sources[1].revents != 0) {
-        return std::nullopt;
-      }
-      const ssize_t count = read(ends_[0], buffer.data(), buffer.size());
-      if (count > 0) {
-        content.append(buffer.data(), static_cast<std::size_t>(count));
-      } else if (count == 0 || errno != EINTR) {
-        return content;
-      }
-    }
-  }
+  int number() const { return number_; }
 
  private:
-  std::array<int, 2> ends_;
+  int number_;
 };
+
+std::string contentOf(const Descriptor& file) {
+  std::string content(static_cast<std::size_t>(lseek(file.number(), 0, SEEK_END)), '\0');
+  for (std::size_t done = 0; done < content.size();) {
+    const ssize_t count = pread(file.number(), content.data() + done, content.size() - done,
+                                static_cast<off_t>(done));
+    if (count <= 0) {
+      fail("pread");
+    }
+    done += static_cast<std::size_t>(count);
+  }
+  return content;
+}
 
 // What a new process does before its program starts.
 class Preparation {
  public:
-  Preparation(const Pipe& output, int descriptor) {
+  Preparation(const Descriptor& output, int descriptor) {
     posix_spawn_file_actions_init(&actions_);
     for (const int each : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
       posix_spawn_file_actions_addopen(&actions_, each, "/dev/null", O_RDWR, 0);
     }
-    posix_spawn_file_actions_adddup2(&actions_, output.writing(), descriptor);
+    posix_spawn_file_actions_adddup2(&actions_, output.number(), descriptor);
     sigset_t none;
     sigemptyset(&none);
     posix_spawnattr_init(&attributes_);
@@ -119,6 +104,17 @@ pid_t start(const std::vector<std::string>& words, const Preparation& preparatio
   return pid;
 }
 
+// Whether it ended before a signal of the set came.
+bool endsBefore(const sigset_t& signals, pid_t pid) {
+  const Descriptor end(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)), "pidfd_open");
+  const Descriptor arriving(signalfd(-1, &signals, SFD_CLOEXEC), "signalfd");
+  std::array<pollfd, 2> sources = {{{end.number(), POLLIN, 0}, {arriving.number(), POLLIN, 0}}};
+  while (poll(sources.data(), sources.size(), -1) < 0) {
+    // as after SIGCONT
+  }
+  return sources[1].revents == 0;
+}
+
 int waitFor(pid_t pid) {
   int status = 0;
   while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
@@ -129,20 +125,18 @@ int waitFor(pid_t pid) {
 }  // namespace
 
 Ended run(const std::vector<std::string>& words, int descriptor, const apps::HeldSignals& signals) {
-  Pipe output;
+  // Verilator writes its messages in small pieces, and each would wake the reader of a pipe up.
+  const Descriptor output(memfd_create("output", MFD_CLOEXEC), "memfd_create");
   const pid_t pid = start(words, Preparation(output, descriptor));
-  const int arriving = signalfd(-1, &signals.held(), SFD_CLOEXEC);
-  output.closeWriting();
-  const std::optional<std::string> text = output.readAll(arriving);
-  close(arriving);
-  if (!text) {
+  const bool isDone = endsBefore(signals.held(), pid);
+  if (!isDone) {
     kill(-pid, SIGKILL);
   }
   const int status = waitFor(pid);
-  if (!text) {
+  if (!isDone) {
     throw std::runtime_error(words[0] + ": stopped by a signal");
   }
-  return {WIFEXITED(status) && WEXITSTATUS(status) == 0, *text};
+  return {WIFEXITED(status) && WEXITSTATUS(status) == 0, contentOf(output)};
 }
 
 }  // namespace rulecheck
