@@ -125,6 +125,8 @@ int waitFor(pid_t pid) {
 }  // namespace
 
 Ended run(const std::vector<std::string>& words, int descriptor, const apps::HeldSignals& signals) {
+  // If the caller ignores it, nothing tells how the program ended.
+  signal(SIGCHLD, SIG_DFL);
   // Verilator writes its messages in small pieces, and each would wake the reader of a pipe up.
   const Descriptor output(memfd_create("output", MFD_CLOEXEC), "memfd_create");
   const pid_t pid = start(words, Preparation(output, descriptor));

@@ -26,9 +26,9 @@ class RulecheckTest(program_test.ProgramTest):
         self.assertEqual(ended.returncode, status, (words, ended.stderr))
         return ended
 
-    def assert_error(self, words, *arguments, status=2):
+    def assert_error(self, words, *arguments, status=2, **options):
         """The program says one line that has the words, and nothing else."""
-        ended = self.rulecheck(*arguments, status=status)
+        ended = self.rulecheck(*arguments, status=status, **options)
         self.assertEqual(ended.stdout, b"")
         error = ended.stderr.decode("utf-8")
         self.assertRegex(error, r"\Arulecheck: [^\n]+\n\Z")
