@@ -28,6 +28,7 @@ constexpr std::size_t kMaxRequestBytes = 1U << 20;
 // called by one thread at a time.
 class Server {
  public:
+  // Turns off the fast bins of malloc, in the whole process.
   explicit Server(Environment environment);
 
   // Answers every request, valid or not, with a response that is initialized and has the
@@ -65,7 +66,6 @@ class Server {
   void checkToken(const std::string& token) const;
   Files& files() const;
   bool takesLong(const std::string& uuid) const;
-  std::size_t findingsOf(const std::string& uuid);
   Snapshot snapshot(const std::string& uuid);
   // Of what is written to a file of that name. Throws Failure (LimitExceeded).
   void checkText(const std::string& path, std::size_t bytes) const;

@@ -38,8 +38,6 @@ class Findings {
   static constexpr std::size_t kBlock = 64;
 
   void add(Finding finding);
-  // Has a later copy of so many findings to this object allocate nothing.
-  void reserve(std::size_t size) { blocks_.reserve(size / kBlock + 1); }
   std::size_t size() const { return size_; }
   const Finding& operator[](std::size_t i) const { return blocks_[i / kBlock].get()[i % kBlock]; }
 
