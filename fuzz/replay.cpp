@@ -9,43 +9,37 @@
 #include <iterator>
 #include <string>
 
-#include "check.h"
+#include "fuzz.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-int count = 0;
-
-bool replay(const fs::path& path) {
+// Returns the number of inputs.
+int replay(const fs::path& path) {
   if (fs::is_directory(path)) {
+    int count = 0;
     for (const auto& entry : fs::directory_iterator(path)) {
-      if (!replay(entry.path())) {
-        return false;
-      }
+      count += replay(entry.path());
     }
-    return true;
+    return count;
   }
   std::cout << path.string() << std::endl;
-  std::ifstream in(path, std::ios::binary);
-  const std::string input{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
-  ++count;
-  return in.good() || in.eof();
+  std::ifstream in;
+  in.exceptions(std::ios::failbit | std::ios::badbit);
+  in.open(path, std::ios::binary);
+  fuzz::run({std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()});
+  return 1;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  fuzz::initialize();
+  int count = 0;
   for (int i = 1; i < argc; ++i) {
-    if (!replay(argv[i])) {
-      std::cerr << "cannot read " << argv[i] << "\n";
-      return 2;
-    }
-  }
-  if (count == 0) {
-    std::cerr << "no input to replay\n";
-    return 2;
+    count += replay(argv[i]);
   }
   std::cout << count << " inputs\n";
+  return count > 0 ? 0 : 2;
 }

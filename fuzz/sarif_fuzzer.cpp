@@ -7,12 +7,11 @@
 #include <exception>
 #include <string>
 
-#include "check.h"
+#include "fuzz.h"
 #include "rulecheck/compare.h"
 
 namespace {
 
-using fuzz::check;
 using vok::rulecheck::SessionResult;
 
 bool import(const std::string& log, SessionResult* result) {
@@ -24,28 +23,26 @@ bool import(const std::string& log, SessionResult* result) {
   }
 }
 
-void checkSame(const std::string& log, const SessionResult& before, const SessionResult& after) {
-  check(after.violation_count() == before.violation_count() &&
-            after.waived_count() == before.waived_count() &&
-            after.affirmation_count() == before.affirmation_count(),
-        log, "export and import change the number of findings");
+void expectSame(const SessionResult& before, const SessionResult& after) {
+  EXPECT_EQ(after.violation_count(), before.violation_count());
+  EXPECT_EQ(after.waived_count(), before.waived_count());
+  EXPECT_EQ(after.affirmation_count(), before.affirmation_count());
   const rulecheck::Comparison comparison = rulecheck::compare(before, after);
-  check(comparison.added.empty() && comparison.fixed.empty(), log,
-        "export and import change a finding");
+  EXPECT_TRUE(comparison.added.empty() && comparison.fixed.empty());
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz::run(const std::string& input) {
   SessionResult result;
-  if (!import({reinterpret_cast<const char*>(data), size}, &result)) {
-    return 0;
+  if (!import(input, &result)) {
+    return;
   }
-  check(result.IsInitialized(), result.InitializationErrorString(), "a field is missing");
+  EXPECT_EQ(result.InitializationErrorString(), "");
   const std::string log = rulecheck::toSarif(result, nullptr);
+  SCOPED_TRACE(log);
   SessionResult again;
-  check(import(log, &again), log, "what was exported cannot be imported");
-  checkSame(log, result, again);
-  fuzz::checkEqual(rulecheck::toSarif(again, nullptr), log, "log", "a second export differs");
-  return 0;
+  EXPECT_TRUE(import(log, &again));
+  expectSame(result, again);
+  EXPECT_EQ(rulecheck::toSarif(again, nullptr), log);
 }

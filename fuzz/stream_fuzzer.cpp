@@ -9,17 +9,15 @@
 #include <string>
 #include <utility>
 
-#include "check.h"
 #include "common/framing.h"
 #include "fake_environment.h"
+#include "fuzz.h"
 #include "rule_server/errors.h"
 #include "rule_server/rule_server.h"
 #include "support/messages.h"
 
 namespace {
 
-using fuzz::check;
-using fuzz::checkEqual;
 using tests::bytesOf;
 using namespace vok::rulecheck;
 
@@ -31,59 +29,61 @@ const char* const kFirstRequests =
     "type: UPSERT_RULESPEC upsert_rulespec { rule_spec { key: 'R' full_name: 'Resets'"
     "  disposition: READONLY } }\n";
 
-void checkResponse(const Response& response) {
-  check(tests::isComplete(response), "response", "a required field is absent");
+void expectWellFormed(const Response& response) {
+  EXPECT_EQ(response.InitializationErrorString(), "");
   for (int type = Response::STATUS_RESPONSE; type <= Response::VIOLATION; ++type) {
     const auto* body = Response::descriptor()->FindFieldByNumber(type + 2);
-    check(response.GetReflection()->HasField(response, body) == (type == response.type()),
-          "response", "it has another body than that of its type");
+    EXPECT_EQ(response.GetReflection()->HasField(response, body), type == response.type());
   }
-  check(!response.has_error() || (!response.error().msg().empty() && response.error().code() > 0 &&
-                                  response.error().msg().find('\n') == std::string::npos),
-        "error", "it has no code, or its text is not one line");
+  if (response.has_error()) {
+    EXPECT_GT(response.error().code(), 0);
+    EXPECT_NE(response.error().msg(), "");
+    EXPECT_EQ(response.error().msg().find('\n'), std::string::npos);
+  }
   std::string stream;
   std::size_t position = 0;
   Response received;
-  check(apps::appendFramed(response, &stream) && apps::readFramed(stream, &position, &received) &&
-            position == stream.size(),
-        "response", "it cannot be sent");
-  checkEqual(bytesOf(received), bytesOf(response), "response", "sending changes it");
+  EXPECT_TRUE(apps::appendFramed(response, &stream));
+  EXPECT_TRUE(apps::readFramed(stream, &position, &received));
+  EXPECT_EQ(position, stream.size());
+  EXPECT_EQ(bytesOf(received), bytesOf(response));
 }
 
 template <typename Findings>
 void addKeys(const Findings& findings, int count, std::set<int>* ids, std::set<std::string>* keys) {
-  check(count == findings.hashmap_size(), "result", "a count is wrong");
+  EXPECT_EQ(count, findings.hashmap_size());
   for (const auto& [id, finding] : findings.hashmap()) {
-    check(id == finding.id() && ids->insert(id).second, "result", "an id is wrong");
+    EXPECT_EQ(id, finding.id());
+    EXPECT_TRUE(ids->insert(id).second) << id << " is the id of two findings";
     keys->insert(finding.rule_key());
   }
 }
 
-void checkRules(const RuleSpecMap& rules, const std::set<std::string>& keys) {
-  check(rules.hashmap_size() == static_cast<int>(keys.size()), "result", "it has other rules");
-  for (const std::string& key : keys) {
-    check(rules.hashmap().count(key) == 1, "result", "it lacks the rule of a finding");
+void expectRules(const RuleSpecMap& rules, const std::set<std::string>& keys) {
+  std::set<std::string> found;
+  for (const auto& rule : rules.hashmap()) {
+    found.insert(rule.first);
   }
+  EXPECT_EQ(found, keys);
 }
 
-void checkResult(const SessionResult& result) {
+void expectConsistent(const SessionResult& result) {
   std::set<int> ids;
   std::set<std::string> violated;
   std::set<std::string> affirmed;
   addKeys(result.violations(), result.violation_count(), &ids, &violated);
   addKeys(result.waived_violations(), result.waived_count(), &ids, &violated);
   addKeys(result.affirmations(), result.affirmation_count(), &ids, &affirmed);
-  check(ids.empty() || (*ids.begin() == 1 && *ids.rbegin() == static_cast<int>(ids.size())),
-        "result", "its ids are not 1, 2, ...");
-  checkRules(result.specs_violated(), violated);
-  checkRules(result.specs_affirmed(), affirmed);
+  EXPECT_TRUE(ids.empty() || (*ids.begin() == 1 && *ids.rbegin() == static_cast<int>(ids.size())));
+  expectRules(result.specs_violated(), violated);
+  expectRules(result.specs_affirmed(), affirmed);
 }
 
-void checkCatalog(const RuleSpecMap& rules) {
-  for (const auto& [key, rule] : rules.hashmap()) {
-    check(!key.empty() && key.size() <= 255 && key == rule.key() && !rule.full_name().empty() &&
-              rule.categories().count(1) == 0 && rule.dynamic_categories().count(1) == 0,
-          "catalog", "it has an invalid rule");
+void expectValid(const RuleSpecMap& catalog) {
+  for (const auto& [key, rule] : catalog.hashmap()) {
+    EXPECT_EQ(key, rule.key());
+    EXPECT_TRUE(!key.empty() && key.size() <= 255 && !rule.full_name().empty()) << key;
+    EXPECT_TRUE(rule.categories().count(1) == 0 && rule.dynamic_categories().count(1) == 0) << key;
   }
 }
 
@@ -121,10 +121,9 @@ class Conversation {
   void send(const Request& request) {
     const bool wasStopped = server_.stopped();
     const Response response = server_.handle(request);
-    checkResponse(response);
+    expectWellFormed(response);
     if (wasStopped) {
-      check(response.error().code() == static_cast<int>(rule_server::ErrorCode::ServerStopped),
-            "stopped server", "a request succeeded");
+      EXPECT_EQ(response.error().code(), static_cast<int>(rule_server::ErrorCode::ServerStopped));
     }
     if (server_.stopped()) {
       return;
@@ -134,41 +133,35 @@ class Conversation {
     }
     const State before = std::exchange(state_, stateNow());
     if (response.has_error()) {
-      checkEqual(state_.bytes(), before.bytes(), "server", "a failed request changed something");
+      EXPECT_EQ(state_.bytes(), before.bytes()) << "a failed request changed something";
       return;
     }
-    check(tests::isComplete(request), "server", "an incomplete request succeeded");
-    checkRecorded(request, response);
+    EXPECT_EQ(request.InitializationErrorString(), "");
+    expectRecorded(request, response);
     for (const auto& [key, rule] : before.rules.hashmap()) {
-      const auto now = state_.rules.hashmap().find(key);
-      check(now != state_.rules.hashmap().end() &&
-                (rule.disposition() != RuleSpec::READONLY || bytesOf(rule) == bytesOf(now->second)),
-            "catalog", "a rule is gone, or a read-only one has changed");
+      EXPECT_EQ(state_.rules.hashmap().count(key), 1U) << key;
+      if (rule.disposition() == RuleSpec::READONLY) {
+        EXPECT_EQ(bytesOf(rule), bytesOf(state_.rules.hashmap().at(key)));
+      }
     }
   }
 
   // What was acknowledged is in the state.
-  void checkRecorded(const Request& request, const Response& response) {
+  void expectRecorded(const Request& request, const Response& response) {
     if (response.has_violation()) {
-      const auto& result = state_.results[request.create_violation().session_uuid()];
-      const int id = response.violation().id();
-      const bool isWaived =
-          request.create_violation().dynamic_category_values().count("waiver") != 0;
+      const auto& create = request.create_violation();
+      const auto& result = state_.results[create.session_uuid()];
+      const bool isWaived = create.dynamic_category_values().count("waiver") != 0;
       const auto& map = isWaived ? result.waived_violations() : result.violations();
-      check(map.hashmap().count(id) == 1, "result", "a violation is lost");
-      checkEqual(bytesOf(map.hashmap().at(id)), bytesOf(response.violation()), "result",
-                 "a violation differs");
+      EXPECT_EQ(bytesOf(map.hashmap().at(response.violation().id())),
+                bytesOf(response.violation()));
     } else if (response.has_affirmation()) {
-      const auto& map =
-          state_.results[request.create_affirmation().session_uuid()].affirmations().hashmap();
-      const int id = response.affirmation().id();
-      check(map.count(id) == 1, "result", "an affirmation is lost");
-      checkEqual(bytesOf(map.at(id)), bytesOf(response.affirmation()), "result",
-                 "an affirmation differs");
+      const auto& result = state_.results[request.create_affirmation().session_uuid()];
+      EXPECT_EQ(bytesOf(result.affirmations().hashmap().at(response.affirmation().id())),
+                bytesOf(response.affirmation()));
     } else if (request.type() == Request::UPSERT_RULESPEC) {
       const RuleSpec& rule = request.upsert_rulespec().rule_spec();
-      checkEqual(bytesOf(state_.rules.hashmap().at(rule.key())), bytesOf(rule), "catalog",
-                 "a rule differs");
+      EXPECT_EQ(bytesOf(state_.rules.hashmap().at(rule.key())), bytesOf(rule));
     }
   }
 
@@ -179,9 +172,9 @@ class Conversation {
       request.set_type(Request::GET_SESSION_RESULT);
       request.mutable_get_session_result()->set_session_uuid(uuid);
       const Response response = server_.handle(request);
-      checkResponse(response);
-      check(response.has_session_result(), "result", "it cannot be read");
-      checkResult(response.session_result());
+      expectWellFormed(response);
+      EXPECT_TRUE(response.has_session_result());
+      expectConsistent(response.session_result());
       state.results[uuid] = response.session_result();
     }
     const std::string dump = "dump of the fuzzer.pb";
@@ -189,10 +182,9 @@ class Conversation {
     request.set_type(Request::DUMP_RULES);
     request.mutable_dump_rules()->mutable_data_file()->set_scheme(Resource::FILE);
     request.mutable_dump_rules()->mutable_data_file()->set_path(dump);
-    check(server_.handle(request).has_status() &&
-              state.rules.ParseFromString(environment_.files.contents[dump]),
-          "catalog", "it cannot be read");
-    checkCatalog(state.rules);
+    EXPECT_TRUE(server_.handle(request).has_status());
+    EXPECT_TRUE(state.rules.ParseFromString(environment_.files.contents[dump]));
+    expectValid(state.rules);
     return state;
   }
 
@@ -202,27 +194,25 @@ class Conversation {
 };
 
 // Any bytes can be read as frames, up to the first one that is refused.
-void checkFraming(const std::string& stream) {
+void expectFraming(const std::string& stream) {
   std::size_t position = 0;
-  for (std::size_t start = 0;; start = position) {
-    Request request;
-    if (!apps::readFramed(stream, &position, &request)) {
-      check(position == start, "framing", "a refused frame is skipped");
-      return;
-    }
-    check(position > start && position <= stream.size(), "framing", "a frame ends elsewhere");
+  std::size_t start = 0;
+  Request request;
+  while (apps::readFramed(stream, &position, &request)) {
+    EXPECT_GT(position, start);
+    EXPECT_LE(position, stream.size());
+    start = position;
   }
+  EXPECT_EQ(position, start) << "a refused frame is skipped";
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string input(reinterpret_cast<const char*>(data), size);
-  checkFraming(input);
+void fuzz::run(const std::string& input) {
+  expectFraming(input);
   Conversation conversation;
   std::istringstream lines(kFirstRequests + input);
   for (std::string line; std::getline(lines, line);) {
     conversation.take(line);
   }
-  return 0;
 }

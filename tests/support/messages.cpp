@@ -130,30 +130,6 @@ std::string bytesOf(const Message& message) {
   return bytes;
 }
 
-bool isComplete(const Message& message) {
-  const auto* type = message.GetDescriptor();
-  const auto* reflection = message.GetReflection();
-  for (int i = 0; i < type->field_count(); ++i) {
-    const FieldDescriptor* field = type->field(i);
-    if (field->is_required() && !reflection->HasField(message, field)) {
-      return false;
-    }
-    if (field->cpp_type() != FieldDescriptor::CPPTYPE_MESSAGE) {
-      continue;
-    }
-    if (!field->is_repeated() && reflection->HasField(message, field) &&
-        !isComplete(reflection->GetMessage(message, field))) {
-      return false;
-    }
-    for (int j = 0; field->is_repeated() && j < reflection->FieldSize(message, field); ++j) {
-      if (!isComplete(reflection->GetRepeatedMessage(message, field, j))) {
-        return false;
-      }
-    }
-  }
-  return true;
-}
-
 std::string fromHex(const std::string& digits) {
   std::string pairs;
   for (const char c : digits) {

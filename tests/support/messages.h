@@ -62,10 +62,6 @@ std::string textOf(const google::protobuf::Message& message);
 // The bytes of a message in deterministic mode; required fields may be missing.
 std::string bytesOf(const google::protobuf::Message& message);
 
-// Whether all required fields are set in a message and in the messages inside it,
-// computed from descriptors, not by generated code.
-bool isComplete(const google::protobuf::Message& message);
-
 // "08 0f" gives two bytes, and back.
 std::string fromHex(const std::string& digits);
 std::string toHex(const std::string& bytes);
