@@ -35,7 +35,9 @@ class CommandLine(ProgramTest):
         for tool in tools:
             for option in ["--help", "-h"]:
                 with self.subTest(tool=tool.name, option=option):
-                    ended = self.run_program(tool, option)
+                    # The variable makes cd print the folder, and may lead it elsewhere.
+                    ended = self.run_program("env", "-C", TOOLS.parent, f"CDPATH={TOOLS.parent}",
+                                             f"tools/{tool.name}", option)
                     self.assertEqual((ended.returncode, ended.stderr), (0, ""))
                     usage = ended.stdout.splitlines()
                     self.assertTrue(usage[0].startswith(f"Usage: tools/{tool.name}"), usage[0])

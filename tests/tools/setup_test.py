@@ -6,9 +6,7 @@ import fcntl
 import os
 import pathlib
 import shutil
-import signal
 import subprocess
-import time
 import unittest
 
 from program_test import ProgramTest
@@ -46,21 +44,6 @@ class SetupTest(ProgramTest):
 
 
 class Paths(SetupTest):
-    def test_cdpath_makes_no_difference(self):
-        tools = [path.name for path in TOOLS.iterdir() if path.is_file()]
-        self.assertIn("demo", tools)
-        for tool in tools:
-            with self.subTest(tool):
-                ended = subprocess.run(
-                    [f"tools/{tool}", "--help"], cwd=self.checkout, capture_output=True, text=True,
-                    env={**self.environment, "CDPATH": str(self.checkout)}, check=False)
-                self.assertEqual((ended.returncode, ended.stderr), (0, ""))
-
-    def test_folder_for_temporary_files_that_is_missing(self):
-        self.assert_refused(
-            self.run_script("prepare_builds", TMPDIR="/no/such"),
-            "tool: TMPDIR=/no/such is not a writable folder")
-
     def test_paths_that_cmake_does_not_take(self):
         for name in ["a;b", 'a"b', "a\\b"]:
             with self.subTest(name):
@@ -89,18 +72,6 @@ class BuildFolders(SetupTest):
         (self.checkout / "inner").write_text(self.command("prepare_builds; echo inner")[2], encoding="utf-8")
         ended = self.run_script(f"prepare_builds; {inner}")
         self.assertEqual((ended.stdout, ended.stderr), ("inner\n", ""))
-
-    def test_that_were_copied_are_removed(self):
-        own, copied = self.checkout / "build/own", self.checkout / "build/copied"
-        for folder, path in [(own, own), (copied, self.folder / "other/build/copied")]:
-            folder.mkdir(parents=True)
-            (folder / "CMakeCache.txt").write_text(
-                f"CMAKE_CACHEFILE_DIR:INTERNAL={path}\n", encoding="utf-8")
-        ended = self.run_script("prepare_builds")
-        self.assertEqual(ended.returncode, 0)
-        self.assertEqual(
-            ended.stderr, f"Removing {copied}: it was copied from another checkout\n")
-        self.assertEqual((own.exists(), copied.exists()), (True, False))
 
 
 class Apt(SetupTest):
@@ -137,17 +108,6 @@ class Quietly(SetupTest):
         for status, shown in [(0, ""), (3, "out\nerr\n")]:
             ended = self.run_script(f"quietly bash -c 'echo out; echo err >&2; exit {status}'")
             self.assertEqual((ended.returncode, ended.stdout, ended.stderr), (status, "", shown))
-
-    def test_a_signal_leaves_no_file(self):
-        temporary = self.folder / "tmp"
-        temporary.mkdir()
-        with subprocess.Popen(
-                self.command("quietly sleep 1 & echo started; wait"), stdout=subprocess.PIPE,
-                env={**self.environment, "TMPDIR": str(temporary)}, start_new_session=True) as tool:
-            tool.stdout.readline()
-            time.sleep(0.5)
-            os.killpg(tool.pid, signal.SIGTERM)
-        self.assertEqual(list(temporary.iterdir()), [])
 
 
 class Npm(SetupTest):

@@ -62,23 +62,11 @@ take_no_arguments() {
   esac
 }
 
-# Sets log to the descriptor of a file without a name, which no signal can leave behind.
-open_log() {
-  local name
-  name=$(mktemp)
-  exec {log}<> "$name"
-  rm -f -- "$name"
-}
-
 # Runs a command and shows its output only if it fails.
 quietly() {
-  local log status=0
-  open_log
-  "$@" >&"$log" 2>&1 || status=$?
-  if ((status != 0)); then
-    cat "/dev/fd/$log" >&2
-  fi
-  exec {log}>&-
+  local output status=0
+  output=$("$@" 2>&1) || status=$?
+  ((status == 0)) || printf '%s\n' "$output" >&2
   return "$status"
 }
 
@@ -98,9 +86,6 @@ as_root() {
 # checkout until it ends. The tools that it starts itself see VOK_BUILDS_LOCKED. The lock is
 # descriptor 9: close that for programs that may outlive the tool and don't build.
 prepare_builds() {
-  local temporary=${TMPDIR:-/tmp} cache
-  [[ -d $temporary && -w $temporary ]] ||
-    fail "TMPDIR=$temporary is not a writable folder"
   # shellcheck disable=SC2154  # the script sets root
   [[ $root != *[\;\"\\]* ]] || fail "$root: CMake does not support a semicolon, quote or backslash in a path"
   [[ ${VOK_BUILDS_LOCKED-} != "$root" ]] || return 0
@@ -115,34 +100,20 @@ prepare_builds() {
     export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}
     export CCACHE_BASEDIR=${CCACHE_BASEDIR-$root}
   fi
-  for cache in "$root"/build/*/CMakeCache.txt; do
-    # A build folder copied from another checkout would build that one's sources.
-    if [[ -e $cache && ! "$(sed -n 's/^CMAKE_CACHEFILE_DIR:INTERNAL=//p' "$cache")" -ef ${cache%/*} ]]; then
-      echo "Removing ${cache%/*}: it was copied from another checkout" >&2
-      rm -rf "${cache%/*}"
-    fi
-  done
 }
 
 # Runs apt-get as root, and shows its output only if it fails. Waits for up to 10 minutes
 # while another program has its locks.
 apt_get() {
-  local log status=0 waiting=false end=$((SECONDS + 600))
-  open_log
-  until as_root env LC_ALL=C DEBIAN_FRONTEND=noninteractive apt-get "$@" >&"$log" 2>&1; do
-    if ! grep -q '^E: Could not get lock' "/dev/fd/$log" || ((SECONDS >= end)); then
-      cat "/dev/fd/$log" >&2
-      status=1
-      break
+  local output end=$((SECONDS + 600))
+  until output=$(as_root env LC_ALL=C DEBIAN_FRONTEND=noninteractive apt-get "$@" 2>&1); do
+    if [[ $output != *'E: Could not get lock'* ]] || ((SECONDS >= end)); then
+      printf '%s\n' "$output" >&2
+      return 1
     fi
-    exec {log}>&-
-    open_log
-    $waiting || echo "Waiting for another program that uses apt"
-    waiting=true
-    sleep 1
+    echo "Waiting for another program that uses apt"
+    sleep 2
   done
-  exec {log}>&-
-  return "$status"
 }
 
 apt_lists_are_new=false
