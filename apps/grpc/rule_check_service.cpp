@@ -188,6 +188,9 @@ class Answer : public grpc::ServerUnaryReactor {
   }
 
  private:
+  // OnDone() does not wait, so that gRPC may call it in any thread.
+  bool InternalInlineable() override { return true; }
+
   std::atomic<std::size_t>* unread_;
   std::size_t bytes_ = 0;
 };
