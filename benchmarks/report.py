@@ -49,6 +49,8 @@ HEAD = """\
 - `rulecheck lint` and Verilator take turns. Time is CPU time, of `rulecheck` with that of the Verilator
   that it runs. `merge` and `diff` get the same result twice, `gate` what `merge` wrote. Each violation of
   these results has about 380 bytes.
+- Calls to the rule server go through a socket of the same host, one after the other, and are clocked. The
+  empty one is gRPC's own health check.
 """
 
 ALLOCATORS = {"jemalloc": "libjemalloc.so.2", "mimalloc": "libmimalloc.so.2",
@@ -156,21 +158,25 @@ def output_of(command, preload=None):
     return ended.stdout
 
 
-def run_benchmarks(program, options, preload=None):
+def run_benchmarks(command, options, preload=None):
     """The name and the entry of each repetition of the benchmarks of a program."""
-    output = output_of([program, "--benchmark_format=json", *options], preload)
+    output = output_of([*command, "--benchmark_format=json", *options], preload)
     return [(entry["run_name"], entry) for entry in json.loads(output)["benchmarks"]
             if entry["run_type"] == "iteration"]
 
 
+def times(effort):
+    """Options for the benchmarks of a program."""
+    return ["--benchmark_enable_random_interleaving=true",
+            f"--benchmark_repetitions={effort.repetitions}",
+            f"--benchmark_min_time={effort.seconds}"]
+
+
 def measure_times(built, effort, series):
-    options = ["--benchmark_enable_random_interleaving=true",
-               f"--benchmark_repetitions={effort.repetitions}",
-               f"--benchmark_min_time={effort.seconds}"]
     runs = [(label, built[label], None) for label in ("rendering", "carrying", "messages", "checked")]
     runs += [(allocator, built["messages"], library) for allocator, library in ALLOCATORS.items()]
     for label, program, preload in runs:
-        for name, entry in run_benchmarks(program, options, preload):
+        for name, entry in run_benchmarks([program], times(effort), preload):
             nanoseconds = entry["cpu_time"] * NANOSECONDS[entry["time_unit"]]
             series[f"{label}: {name}"].append(nanoseconds / entry["items"])
 
@@ -178,7 +184,7 @@ def measure_times(built, effort, series):
 def count_allocations(built, series):
     """Those of one run of each benchmark that has been run once before."""
     for label in ("rendering", "carrying"):
-        for name, entry in run_benchmarks(built[label], ["--benchmark_min_time=0"],
+        for name, entry in run_benchmarks([built[label]], ["--benchmark_min_time=0"],
                                           built["allocation_counter"]):
             if "allocations" in entry:
                 series[f"allocations: {label}: {name}"] = [entry["allocations"]]
@@ -230,6 +236,21 @@ def write_registers(path, count):
         "  always @(posedge clk) q <= d;\nendmodule\n"]))
 
 
+def measure_recording(built, effort, series):
+    """Clocked, since the client waits for the server."""
+    with tempfile.TemporaryDirectory() as folder:
+        address = f"unix:{folder}/socket"
+        server = subprocess.Popen([built["rule_server"], "--listen", address], stdout=subprocess.PIPE)
+        try:
+            server.stdout.readline()  # when it listens
+            for name, entry in run_benchmarks(["env", f"RULE_SERVER={address}", built["recording"]], times(effort)):
+                nanoseconds = entry["real_time"] * NANOSECONDS[entry["time_unit"]]
+                series[f"recording: {name.removesuffix('/real_time')}"].append(nanoseconds)
+        finally:
+            server.kill()
+            server.wait()
+
+
 def measure_lint(built, effort, folder, series):
     write_registers(folder / "registers.v", effort.registers)
     designs = HERE.parent / "apps/designs"
@@ -277,6 +298,7 @@ def measure(built, effort):
         measure_loading(built, effort, series)
         measure_python(built, effort, series)
         measure_rulecheck(built, effort, series)
+        measure_recording(built, effort, series)
     return {name: statistics.median(values) for name, values in series.items()}
 
 

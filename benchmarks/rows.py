@@ -127,6 +127,8 @@ TARGETS = (
              at_most=10) for command in COMMANDS),
     *(Target(f"`rulecheck {command}` of 1,000,000 violations: memory, relative to its input",
              f"alloc: rulecheck: {command}/memory", at_most=8) for command in COMMANDS),
+    Target("recording with gRPC: calls in the time of an empty one", "recording: empty call", "recording: record",
+           at_least=0.8),
 )
 
 TABLES = (
@@ -168,4 +170,6 @@ TABLES = (
     Table("1,000,000 violations: time, and memory relative to the input", COMMANDS, (
         ("time", *figures("rulecheck: {}/time", COMMANDS)),
         ("memory", *figures("alloc: rulecheck: {}/memory", COMMANDS)))),
+    Table("A call to the rule server", ("empty", "recording a violation"), (
+        ("time", *figures("recording: {}", ("empty call", "record"))),)),
 )
