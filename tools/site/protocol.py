@@ -24,7 +24,9 @@ comments = {tuple(location.path): location.leading_comments
 
 
 def text(path):
-    """A comment as HTML, without what Markdown would read as markup."""
+    """A comment as HTML, without what Markdown would read as markup. Each declaration must have one."""
+    if not re.fullmatch(r" [A-Z].{3,}\.\s*", comments[path], re.DOTALL):
+        sys.exit(f"protocol.py: the comment {comments[path]!r} of declaration {path} is not a sentence")
     paragraphs = re.sub(r"^ ", "", html.escape(comments[path], quote=False), flags=re.MULTILINE).strip().split("\n\n")
     parts = [re.split(r"\n? +\* ", paragraph) for paragraph in paragraphs]
     shown = "<br><br>".join(

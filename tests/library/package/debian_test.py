@@ -2,6 +2,7 @@
 
 """The Debian packages that tools/package has built: their contents, and how users install and use them."""
 
+import hashlib
 import os
 import pathlib
 import re
@@ -148,6 +149,22 @@ class Users(FolderTest):
         for how in ("runtime", "installed_from_source", "find_package", "pkg_config"):
             self.assertEqual((self.folder / "said" / how).read_text(), readme("text"), how)
         self.assertIn("LATCH", (self.folder / "said/findings").read_text())
+
+
+class Reproducible(unittest.TestCase):
+    @staticmethod
+    def digests(folder):
+        return {path.name: hashlib.sha256(path.read_bytes()).hexdigest() for path in folder.glob("*.deb")}
+
+    def test_the_same_sources_give_the_same_bytes_wherever_they_are_built(self):
+        with tempfile.TemporaryDirectory(prefix="another-place-") as folder:
+            copy = pathlib.Path(folder) / "the sources"
+            shutil.copytree(SOURCE, copy, ignore=shutil.ignore_patterns(".git", "build", "out", "node_modules"))
+            succeed(copy / "tools/package", umask=0o027,
+                    env={**os.environ, "TZ": "Pacific/Kiritimati", "LC_ALL": "C"})
+            packages = self.digests(PACKAGES)
+            self.assertEqual(len(packages), 7)
+            self.assertEqual(self.digests(copy / "build/packages"), packages)
 
 
 if __name__ == "__main__":

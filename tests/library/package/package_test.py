@@ -61,26 +61,13 @@ class PackageTest(unittest.TestCase):
 
 
 class FindPackage(PackageTest):
-    def use(self, standard, build_type, flags=""):
-        program = self.build_consumer(
-            "program", "-DADDED_BY=find_package", f"-DCMAKE_PREFIX_PATH={PREFIX_PATH}",
-            f"-DCMAKE_CXX_STANDARD={standard}", "-DCMAKE_CXX_EXTENSIONS=OFF",
-            f"-DCMAKE_BUILD_TYPE={build_type}", f"-DCMAKE_CXX_FLAGS={flags}")
-        self.succeed(program)
-        return program
-
-    def test_a_cxx11_program_built_for_debugging(self):
-        self.use(LOWEST_STANDARD, "Debug")
-
-    def test_a_cxx20_program_built_for_release(self):
-        self.use(20, "Release")
-
-    def test_a_position_dependent_program_sees_the_librarys_default_instances(self):
-        program = self.use(LOWEST_STANDARD, "Release", "-fno-pie -no-pie")
-        # Headers of later releases reach a default instance through a function.
-        if os.environ["SHARED"] == "1" and os.environ["PROTOBUF_RELEASE"].startswith("3."):
-            copies = self.succeed("readelf", "-rW", program)
-            self.assertRegex(copies, r"R_X86_64_COPY .*_default_instance_")
+    def test_a_program_of_the_lowest_or_a_later_standard(self):
+        for standard, build_type in ((LOWEST_STANDARD, "Debug"), (20, "Release")):
+            with self.subTest(standard=standard):
+                self.succeed(self.build_consumer(
+                    "program", "-DADDED_BY=find_package", f"-DCMAKE_PREFIX_PATH={PREFIX_PATH}",
+                    f"-DCMAKE_CXX_STANDARD={standard}", "-DCMAKE_CXX_EXTENSIONS=OFF",
+                    f"-DCMAKE_BUILD_TYPE={build_type}"))
 
     def test_its_include_folder_is_absolute(self):
         targets = (LIBRARY_DIR / "cmake/vok_rulecheck/vok_rulecheckTargets.cmake").read_text()
@@ -340,9 +327,7 @@ class Headers(PackageTest):
                     self.succeed(CXX, f"-std=c++{standard}", *self.FLAGS, f"-I{PREFIX}/include",
                                  *(f"-isystem{path}/include" for path in RUNTIME_PREFIXES), source)
 
-    def test_are_the_two_and_need_no_macro_of_ours(self):
-        headers = sorted(path.name for path in (PREFIX / "include").glob("**/*") if path.is_file())
-        self.assertEqual(headers, ["Converter.h", "RuleService.pb.h"])
+    def test_need_no_macro_of_ours(self):
         self.assertNotIn("VOK_", (PREFIX / "include/vok/rulecheck/RuleService.pb.h").read_text())
 
 
