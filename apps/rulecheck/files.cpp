@@ -40,10 +40,6 @@ void readResult(const std::string& path, const std::string& format, SessionResul
   }
 }
 
-std::string encoded(const SessionResult& result, const std::string& format) {
-  return apps::encodeFor(named("-", format), result);
-}
-
 void writeResult(const std::string& path, const std::string& format, const SessionResult& result) {
   if (path == "-") {
     writeText(path, apps::encodeFor(named(path, format), result));

@@ -7,7 +7,6 @@
 
 #include <vok/rulecheck/RuleService.pb.h>
 
-#include <CLI/CLI.hpp>
 #include <string>
 
 namespace rulecheck {
@@ -19,7 +18,6 @@ extern const char kResultFormats[];
 // "-". A result can be read, but not written, as SARIF. All throw apps::FileError.
 void readResult(const std::string& path, const std::string& format,
                 vok::rulecheck::SessionResult* result);
-std::string encoded(const vok::rulecheck::SessionResult& result, const std::string& format);
 void writeResult(const std::string& path, const std::string& format,
                  const vok::rulecheck::SessionResult& result);
 void writeText(const std::string& path, const std::string& content);

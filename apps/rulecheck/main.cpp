@@ -2,107 +2,287 @@
 
 // rulecheck: checks a design, and writes the result for people and for programs.
 
+#include <google/protobuf/arena.h>
 #include <vok/rulecheck/RuleService.pb.h>
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
+#include <array>
+#include <cstddef>
 #include <functional>
-#include <iostream>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 #include <utility>
+#include <vector>
 
 #include "common/command_line.h"
-#include "rulecheck/commands.h"
+#include "common/message_file.h"
+#include "rulecheck/compare.h"
 #include "rulecheck/files.h"
 #include "rulecheck/lint/lint.h"
-#include "rulecheck/lint/report.h"
-#include "rulecheck/lint/server_options.h"
+#include "rulecheck/merge.h"
 #include "rulecheck/page/page.h"
-#include "rulecheck/summary.h"
+#include "rulecheck/plain_text.h"
+#include "rulecheck/sarif.h"
+#include "rulecheck/severity.h"
 
 namespace {
 
+using google::protobuf::Arena;
+using rulecheck::Violations;
 using vok::rulecheck::SessionResult;
+using vok::rulecheck::Violation;
 
-namespace fs = std::filesystem;
-
+// Those of one command, and what it reads.
 struct Options {
-  rulecheck::LintOptions lint;
-  std::string output;
+  // What results are made on: without it, to free a million findings takes seconds.
+  Arena arena;
+  std::string result;
+  std::string baseline;
+  std::vector<std::string> results;
+  std::string output = "-";
   std::string format;
-  std::string page;
   bool quiet = false;
-  std::function<rulecheck::Server()> server;
-  // On the server.
-  std::string serverOutput;
+  rulecheck::PageOptions page;
+  bool noSource = false;
+  vok::rulecheck::Violation_Severity failOn = Violation::SEV_ERROR;
+  std::size_t most = 0;
+  bool newOnly = false;
+  int status = 0;
+
+  SessionResult* read(const std::string& path) {
+    auto* message = Arena::CreateMessage<SessionResult>(&arena);
+    rulecheck::readResult(path, format, message);
+    return message;
+  }
+
+  // Null if there is none.
+  const SessionResult* readBaseline() { return baseline.empty() ? nullptr : read(baseline); }
+
+  void checkOutput() const {
+    rulecheck::checkIsOther(output, result);
+    rulecheck::checkIsOther(output, baseline);
+  }
 };
 
-// If this run fails, the files of an older one must not pass for its result.
-void removeOld(const std::string& path) {
-  std::error_code ignored;
-  if (fs::is_regular_file(path, ignored)) {
-    fs::remove(path, ignored);
-  }
+CLI::App* addCommand(CLI::App& app, const char* name, const char* description, const char* example,
+                     Options& options) {
+  CLI::App* command = app.add_subcommand(name, description);
+  command->add_option("--format", options.format, "The format of results, as an extension");
+  command->footer(std::string("Example:\n  ") + example);
+  return command;
 }
 
-void setFile(const Options& options, const char* name, vok::rulecheck::Resource* address) {
-  address->set_scheme(vok::rulecheck::Resource::FILE);
-  address->set_path((fs::path(options.serverOutput) / name).string());
+void addResult(CLI::App* command, const char* name, std::string* path) {
+  command->add_option(name, *path, std::string("A result: ") + rulecheck::kResultFormats)
+      ->required();
 }
 
-vok::rulecheck::StartSession sessionFor(const Options& options) {
-  auto session = rulecheck::sessionFor(options.lint);
-  if (!options.serverOutput.empty()) {
-    setFile(options, "report.html", session.mutable_report_file());
-    setFile(options, "session.pb", session.mutable_proto_file());
-  }
-  return session;
+CLI::Option* addOutput(CLI::App* command, Options& options) {
+  return command
+      ->add_option("-o,--output", options.output, "The file to write; - is the standard output")
+      ->capture_default_str();
 }
 
-void lint(const Options& options) {
-  removeOld(options.output);
-  removeOld(options.page);
-  const rulecheck::Server server = options.server();
-  if (server == nullptr && options.output.empty()) {
-    throw CLI::RequiredError("--output");
+using Conversion = std::function<std::string(const SessionResult&, const SessionResult* baseline)>;
+
+CLI::App* addConversion(CLI::App& app, const char* name, const char* description,
+                        const char* example, Options& options, const Conversion& convert) {
+  CLI::App* command = addCommand(app, name, description, example, options);
+  addResult(command, "RESULT", &options.result);
+  addOutput(command, options);
+  command->callback([&options, convert] {
+    options.checkOutput();
+    const SessionResult& result = *options.read(options.result);
+    rulecheck::writeText(options.output, convert(result, options.readBaseline()));
+  });
+  return command;
+}
+
+void setLink(Options& options, const std::string& text) {
+  if (!rulecheck::isLinkTemplate(text)) {
+    throw std::runtime_error("--link " + text +
+                             ": expected the address of a web host or an editor, with "
+                             "{path}, {absolute}, {line} or {column}");
   }
-  rulecheck::LintReport report = rulecheck::lint(options.lint);
-  // Never destroyed: to free every finding takes as long as to write them.
-  static const auto& result = *new SessionResult(
-      rulecheck::report(server == nullptr ? rulecheck::localServer() : server, sessionFor(options),
-                        report.rules, std::move(report.violations)));
-  if (!options.output.empty()) {
+  options.page.linkTemplate = text;
+}
+
+void addHtml(CLI::App& app, Options& options) {
+  options.page.sourceRoot = ".";
+  CLI::App* command =
+      addConversion(app, "html", "Writes a result as one page for people",
+                    "rulecheck html result.pb -o report.html", options,
+                    [&options](const SessionResult& result, const SessionResult* baseline) {
+                      options.page.baseline = baseline;
+                      if (options.noSource) {
+                        options.page.sourceRoot.clear();
+                      }
+                      return rulecheck::page(result, options.page);
+                    });
+  command->add_option("--baseline", options.baseline,
+                      "An older result: findings are marked as new, moved, unchanged or fixed");
+  CLI::Option* root =
+      command
+          ->add_option("--source-root", options.page.sourceRoot,
+                       "The folder of the files whose lines the page shows (default: .)")
+          ->check(CLI::ExistingDirectory);
+  command->add_flag("--no-source", options.noSource, "Show no source lines")->excludes(root);
+  command->add_option_function<std::string>(
+      "--link", [&options](const std::string& text) { setLink(options, text); },
+      "Where places lead: vscode://file{absolute}:{line}, https://host/blob/main/{path}#L{line}");
+}
+
+std::string linesOf(const SessionResult& result) {
+  std::string text;
+  for (const Violation* violation :
+       rulecheck::sortedByPlace(rulecheck::listOf(result.violations()))) {
+    text += rulecheck::lineOf(*violation) + '\n';
+  }
+  return text;
+}
+
+void addText(CLI::App& app, Options& options) {
+  addConversion(app, "text", "Writes a result as lines like those of a compiler",
+                "rulecheck text result.pb", options,
+                [](const SessionResult& result, const SessionResult*) { return linesOf(result); });
+}
+
+void addJson(CLI::App& app, Options& options) {
+  addConversion(app, "json", "Writes a result as JSON", "rulecheck json result.pb | jq .violations",
+                options, [](const SessionResult& result, const SessionResult*) {
+                  return apps::encodeFor("-.json", result);
+                });
+}
+
+void addSarif(CLI::App& app, Options& options) {
+  addConversion(app, "sarif", "Writes a result as SARIF 2.1.0",
+                "rulecheck sarif result.pb -o result.sarif", options, rulecheck::toSarif)
+      ->add_option("--baseline", options.baseline,
+                   "An older result: findings are marked as new, unchanged or absent");
+}
+
+void addImport(CLI::App& app, Options& options) {
+  CLI::App* command = addCommand(app, "import", "Converts any tool's SARIF 2.1.0 to a result",
+                                 "rulecheck import eslint.sarif -o result.pb", options);
+  command->add_option("LOG", options.result, "The SARIF log")->required();
+  addOutput(command, options)->required();
+  command->callback([&options] {
+    options.checkOutput();
+    SessionResult result;
+    rulecheck::readResult(options.result, "sarif", &result);
     rulecheck::writeResult(options.output, options.format, result);
+  });
+}
+
+void addMerge(CLI::App& app, Options& options) {
+  CLI::App* command = addCommand(app, "merge", "Merges results into one",
+                                 "rulecheck merge core.pb uart.pb -o all.pb", options);
+  command
+      ->add_option("RESULTS", options.results,
+                   std::string("Results to merge: ") + rulecheck::kResultFormats)
+      ->required();
+  addOutput(command, options)->required();
+  command->callback([&options] {
+    SessionResult* all = options.read(options.results[0]);
+    for (std::size_t i = 1; i < options.results.size(); ++i) {
+      rulecheck::merge(options.read(options.results[i]), all);
+    }
+    rulecheck::finishMerge(all);
+    rulecheck::writeResult(options.output, options.format, *all);
+  });
+}
+
+void addDiff(CLI::App& app, Options& options) {
+  CLI::App* command = addCommand(app, "diff", "Compares two results, finding by finding",
+                                 "rulecheck diff yesterday.pb today.pb", options);
+  addResult(command, "OLD", &options.baseline);
+  addResult(command, "NEW", &options.result);
+  addOutput(command, options);
+  command->add_flag("--quiet", options.quiet, "Print the counts only");
+  command->callback([&options] {
+    options.checkOutput();
+    const SessionResult& before = *options.read(options.baseline);
+    const rulecheck::Comparison comparison =
+        rulecheck::compare(before, *options.read(options.result));
+    rulecheck::writeText(options.output, textOf(comparison, !options.quiet));
+  });
+}
+
+// A violation of unknown severity is serious.
+Violations seriousOf(const Options& options, const Violations& violations) {
+  Violations serious;
+  for (const Violation* violation : violations) {
+    if (violation->severity() <= options.failOn ||
+        violation->severity() == Violation::SEV_UNKNOWN) {
+      serious.push_back(violation);
+    }
   }
-  if (!options.page.empty()) {
-    rulecheck::PageOptions shown;
-    shown.sourceRoot = ".";
-    rulecheck::writeText(options.page, rulecheck::page(result, shown));
+  return rulecheck::sortedByPlace(serious);
+}
+
+// A line for each of the first twenty findings, and the decision.
+std::string decision(const Options& options, const Violations& serious) {
+  constexpr std::size_t kMostLines = 20;
+  std::string text;
+  for (std::size_t i = 0; i < serious.size() && i < kMostLines; ++i) {
+    text += rulecheck::lineOf(*serious[i]) + '\n';
   }
+  if (serious.size() > kMostLines) {
+    text += "... and " + std::to_string(serious.size() - kMostLines) + " more\n";
+  }
+  return text + (options.status == 0 ? "passed" : "failed") + ": " +
+         std::to_string(serious.size()) + " of severity " +
+         rulecheck::levelOf(options.failOn).slug + " or worse, " + std::to_string(options.most) +
+         " allowed\n";
+}
+
+void gate(Options& options) {
+  const SessionResult& result = *options.read(options.result);
+  const SessionResult* baseline = options.readBaseline();
+  Violations violations = rulecheck::listOf(result.violations());
+  std::string text;
+  if (baseline != nullptr) {
+    rulecheck::Comparison comparison = rulecheck::compare(*baseline, result);
+    text = textOf(comparison, false);
+    if (options.newOnly) {
+      violations = std::move(comparison.added);
+    }
+  }
+  const Violations serious = seriousOf(options, violations);
+  options.status = serious.size() > options.most ? 1 : 0;
   if (!options.quiet) {
-    std::cerr << rulecheck::summary(result, report.remarks);
+    rulecheck::writeText("-", text + decision(options, serious));
   }
 }
 
-void addLint(CLI::App& app, Options& options) {
-  CLI::App* command = app.add_subcommand("lint", "Checks a design with Verilator");
-  command->fallthrough();
-  rulecheck::define(*command, options.lint);
-  command->add_option("-o,--output", options.output,
-                      std::string("The result to write: ") + rulecheck::kResultFormats);
-  command->add_option("--format", options.format, "The format of the result, as an extension");
-  command->add_option("--html", options.page, "Also write this page");
-  command->add_flag("--quiet", options.quiet, "Print no summary");
-  options.server = rulecheck::addServerOptions(*command);
+void setFailOn(Options& options, const std::string& level) {
+  const auto severity = rulecheck::severityNamed(level);
+  if (!severity) {
+    throw std::runtime_error("--fail-on " + level + ": expected one of " +
+                             rulecheck::severityNames());
+  }
+  options.failOn = *severity;
+}
+
+void addGate(CLI::App& app, Options& options) {
+  CLI::App* command = addCommand(
+      app, "gate", "Decides whether a result is good enough: exit status 1 if it is not",
+      "rulecheck gate today.pb --fail-on warning --baseline yesterday.pb --new-only", options);
+  addResult(command, "RESULT", &options.result);
   command
-      ->add_option("--server-output", options.serverOutput,
-                   "A directory of the server, in which it writes report.html and session.pb")
-      ->needs("--server");
-  command->footer(
-      "Example:\n  rulecheck lint -o result.pb --html report.html -- -Irtl -f design.f");
-  command->callback([&options] { lint(options); });
+      ->add_option_function<std::string>(
+          "--fail-on", [&options](const std::string& level) { setFailOn(options, level); },
+          "The least severity that counts: " + rulecheck::severityNames())
+      ->required();
+  command->add_option("--max", options.most, "How many findings that count are allowed")
+      ->check(CLI::NonNegativeNumber)
+      ->capture_default_str();
+  CLI::Option* baseline =
+      command->add_option("--baseline", options.baseline, "An older result to compare with");
+  command->add_flag("--new-only", options.newOnly, "Count only what the baseline lacks")
+      ->needs(baseline);
+  command->add_flag("--quiet", options.quiet, "Print nothing");
+  command->callback([&options] { gate(options); });
 }
 
 }  // namespace
@@ -118,20 +298,21 @@ int main(int argc, char** argv) {
       "Exit status: 0 fine, 1 the gate failed, 2 wrong use or unreadable input, 3 a program could "
       "not be run, or there is no connection to the server.\n"
       "\"rulecheck COMMAND --help\" has the options of a command.");
-  Options options;
-  addLint(app, options);
-  rulecheck::addHtml(app);
-  rulecheck::addConversions(app);
-  rulecheck::addSarif(app);
-  rulecheck::addImport(app);
-  rulecheck::addMerge(app);
-  rulecheck::addDiff(app);
-  int decision = 0;
-  rulecheck::addGate(app, &decision);
+  rulecheck::addLint(app);
+  // Of the commands below, in their order.
+  std::array<Options, 8> options;
+  addHtml(app, options[0]);
+  addText(app, options[1]);
+  addJson(app, options[2]);
+  addSarif(app, options[3]);
+  addImport(app, options[4]);
+  addMerge(app, options[5]);
+  addDiff(app, options[6]);
+  addGate(app, options[7]);
   const int status = apps::run(app, argc, argv, [&app] {
     if (app.get_subcommands().empty()) {
       throw std::runtime_error("a command is required (see --help)");
     }
   });
-  return status == 0 ? decision : status;
+  return status == 0 ? options.back().status : status;
 }

@@ -5,18 +5,49 @@
 #include <unistd.h>
 
 #include <ctime>
+#include <filesystem>
+#include <functional>
+#include <iomanip>
+#include <iostream>
 #include <map>
+#include <memory>
+#include <set>
+#include <sstream>
 #include <stdexcept>
+#include <system_error>
 
+#include "common/characters.h"
+#include "rulecheck/files.h"
+#include "rulecheck/lint/report.h"
+#include "rulecheck/lint/server_options.h"
 #include "rulecheck/lint/verilator.h"
 #include "rulecheck/lint/waivers.h"
+#include "rulecheck/not_checked.h"
+#include "rulecheck/page/page.h"
 #include "rulecheck/severity.h"
 
 namespace rulecheck {
 namespace {
 
 using vok::rulecheck::CreateViolation;
+using vok::rulecheck::SessionResult;
 using vok::rulecheck::Violation_Severity;
+
+namespace fs = std::filesystem;
+
+struct Options {
+  std::string verilator = "verilator";
+  std::vector<std::string> arguments;
+  std::vector<std::string> severities;
+  std::vector<std::string> waivers;
+  std::string output;
+  std::string format;
+  std::string page;
+  bool quiet = false;
+  std::function<Server()> server;
+  // On the server.
+  std::string serverOutput;
+};
 
 std::map<std::string, Violation_Severity> severitiesIn(const std::vector<std::string>& texts,
                                                        const Catalog& rules) {
@@ -37,56 +68,40 @@ std::map<std::string, Violation_Severity> severitiesIn(const std::vector<std::st
   return severities;
 }
 
+// What Verilator finds, with the severities that the user wants, and rules for all of it.
+std::vector<CreateViolation> violationsOf(const Options& options, Catalog* rules) {
+  const auto severities = severitiesIn(options.severities, *rules);
+  std::vector<CreateViolation> violations = lint(options.verilator, options.arguments, *rules);
+  addMissingRules(violations, rules);
+  for (const auto& [rule, severity] : severities) {
+    if (rules->count(rule) != 0) {
+      rules->at(rule).set_severity(severity);
+    }
+  }
+  for (CreateViolation& violation : violations) {
+    const auto severity = severities.find(violation.rule_key());
+    if (severity != severities.end()) {
+      violation.set_severity(severity->second);
+    }
+  }
+  return violations;
+}
+
 std::string today() {
   const std::time_t now = std::time(nullptr);
   std::tm parts = {};
   localtime_r(&now, &parts);
-  char text[sizeof("9999-12-31")] = {};
-  std::strftime(text, sizeof(text), "%Y-%m-%d", &parts);
-  return text;
+  std::ostringstream text;
+  text << std::put_time(&parts, "%Y-%m-%d");
+  return text.str();
 }
 
-}  // namespace
-
-void define(CLI::App& app, LintOptions& options) {
-  app.add_option("--verilator", options.verilator, "The Verilator program to run")
-      ->capture_default_str();
-  app.add_option("--severity", options.severities,
-                 "How serious a rule, or a group or family of rules, is: RULE=LEVEL")
-      ->allow_extra_args(false);
-  app.add_option("--waivers", options.waivers, "A file of findings to accept; may be repeated")
-      ->allow_extra_args(false);
-  app.add_option("VERILATOR-ARGUMENTS", options.arguments,
-                 "Arguments for Verilator, which it gets unchanged; put -- before them")
-      ->required();
+void setFile(const Options& options, const char* name, vok::rulecheck::Resource* address) {
+  address->set_scheme(vok::rulecheck::Resource::FILE);
+  address->set_path((fs::path(options.serverOutput) / name).string());
 }
 
-LintReport lint(const LintOptions& options) {
-  LintReport report;
-  report.rules = verilatorRules();
-  const auto severities = severitiesIn(options.severities, report.rules);
-  report.violations = lint(options.verilator, options.arguments, report.rules);
-  addMissingRules(report.violations, &report.rules);
-  for (auto& rule : report.rules) {
-    const auto severity = severities.find(rule.first);
-    if (severity != severities.end()) {
-      rule.second.set_severity(severity->second);
-    }
-  }
-  for (CreateViolation& violation : report.violations) {
-    if (severities.count(violation.rule_key()) != 0) {
-      violation.set_severity(severities.at(violation.rule_key()));
-    }
-  }
-  for (const std::string& path : options.waivers) {
-    for (const std::string& remark : applyWaivers(path, today(), &report.violations)) {
-      report.remarks.push_back(remark);
-    }
-  }
-  return report;
-}
-
-vok::rulecheck::StartSession sessionFor(const LintOptions& options) {
+vok::rulecheck::StartSession sessionFor(const Options& options) {
   vok::rulecheck::StartSession session;
   session.set_name("Verilator lint");
   session.set_pid(getpid());
@@ -95,7 +110,116 @@ vok::rulecheck::StartSession sessionFor(const LintOptions& options) {
     description += ' ' + argument;
   }
   session.set_description(description);
+  if (!options.serverOutput.empty()) {
+    setFile(options, "report.html", session.mutable_report_file());
+    setFile(options, "session.pb", session.mutable_proto_file());
+  }
   return session;
+}
+
+// Counts of findings by severity, of waived ones and of rules that were affirmed or not
+// checked everywhere, and then the remarks, a line each.
+std::string summary(const SessionResult& result, const std::vector<std::string>& remarks) {
+  std::map<int, std::size_t> counts;
+  for (const auto& entry : result.violations().hashmap()) {
+    ++counts[entry.second.severity()];
+  }
+  std::set<std::string> unchecked;
+  std::size_t waived = 0;
+  for (const auto& entry : result.waived_violations().hashmap()) {
+    if (isNotChecked(entry.second)) {
+      unchecked.insert(entry.second.rule_key());
+    } else {
+      ++waived;
+    }
+  }
+  std::ostringstream out;
+  const auto add = [&out](const std::string& label, std::size_t count) {
+    out << "  " << std::left << std::setw(20) << label << std::right << std::setw(5) << count
+        << '\n';
+  };
+  out << "Findings\n";
+  for (const Level& level : violationLevels()) {
+    if (level.rank != vok::rulecheck::Violation::SEV_UNKNOWN || counts[level.rank] != 0) {
+      add(level.word, counts[level.rank]);
+    }
+  }
+  add("waived", waived);
+  add("rules affirmed", result.affirmations().hashmap().size());
+  add("rules not checked", unchecked.size());
+  for (const std::string& remark : remarks) {
+    out << apps::oneLine(remark) << '\n';
+  }
+  return out.str();
+}
+
+// If this run fails, the files of an older one must not pass for its result.
+void removeOld(const std::string& path) {
+  std::error_code ignored;
+  if (fs::is_regular_file(path, ignored)) {
+    fs::remove(path, ignored);
+  }
+}
+
+void lint(const Options& options) {
+  removeOld(options.output);
+  removeOld(options.page);
+  const Server server = options.server();
+  if (server == nullptr && options.output.empty()) {
+    throw CLI::RequiredError("--output");
+  }
+  Catalog rules = verilatorRules();
+  std::vector<CreateViolation> violations = violationsOf(options, &rules);
+  const std::vector<std::string> remarks = applyWaivers(options.waivers, today(), &violations);
+  // Never destroyed: to free every finding takes as long as to write them.
+  static const auto& result =
+      *new SessionResult(report(server == nullptr ? localServer() : server, sessionFor(options),
+                                rules, std::move(violations)));
+  if (!options.output.empty()) {
+    writeResult(options.output, options.format, result);
+  }
+  if (!options.page.empty()) {
+    PageOptions shown;
+    shown.sourceRoot = ".";
+    writeText(options.page, page(result, shown));
+  }
+  if (!options.quiet) {
+    std::cerr << summary(result, remarks);
+  }
+}
+
+}  // namespace
+
+void addLint(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* command = app.add_subcommand("lint", "Checks a design with Verilator");
+  command->fallthrough();
+  command->add_option("--verilator", options->verilator, "The Verilator program to run")
+      ->capture_default_str();
+  command
+      ->add_option("--severity", options->severities,
+                   "How serious a rule, or a group or family of rules, is: RULE=LEVEL")
+      ->allow_extra_args(false);
+  command
+      ->add_option("--waivers", options->waivers, "A file of findings to accept; may be repeated")
+      ->allow_extra_args(false);
+  command
+      ->add_option("VERILATOR-ARGUMENTS", options->arguments,
+                   "Arguments for Verilator, which it gets unchanged; put -- before them")
+      ->required();
+  command->add_option("-o,--output", options->output,
+                      std::string("The result to write: ") + kResultFormats);
+  command->add_option("--format", options->format, "The format of the result, as an extension");
+  command->add_option("--html", options->page, "Also write this page");
+  command->add_flag("--quiet", options->quiet, "Print no summary");
+  options->server = addServerOptions(*command);
+  command
+      ->add_option("--server-output", options->serverOutput,
+                   "A directory of the server, in which it writes report.html and session.pb")
+      ->needs("--server");
+  command->footer(
+      "Example:\n  rulecheck lint -o result.pb --html report.html -- -Irtl -f design.f");
+  command->callback([options] { lint(*options); });
 }
 
 }  // namespace rulecheck

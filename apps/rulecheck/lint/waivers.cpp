@@ -95,9 +95,8 @@ bool parse(const std::string& text, std::list<Waiver>* waivers) {
   return rest.empty() && waiver.message.ok() && (until.empty() || RE2::FullMatch(until, day));
 }
 
-std::list<Waiver> readWaivers(const std::string& path) {
+void readWaivers(const std::string& path, std::list<Waiver>* waivers) {
   static const RE2 skipped(R"(\s*(?:#.*)?)", RE2::Latin1);
-  std::list<Waiver> waivers;
   std::istringstream lines(apps::readFile(path));
   int number = 0;
   for (std::string line; std::getline(lines, line);) {
@@ -105,22 +104,26 @@ std::list<Waiver> readWaivers(const std::string& path) {
     if (RE2::FullMatch(line, skipped)) {
       continue;
     }
-    if (!parse(line, &waivers)) {
+    if (!parse(line, waivers)) {
       throw apps::FileError(source +
                             "expected RULE FILE[:LINE] [match=REGEX] [owner=NAME] "
                             "[until=YYYY-MM-DD] -- REASON");
     }
-    waivers.back().source = source;
+    waivers->back().source = source;
   }
-  return waivers;
 }
 
 }  // namespace
 
-std::vector<std::string> applyWaivers(const std::string& path, const std::string& today,
+std::vector<std::string> applyWaivers(const std::vector<std::string>& paths,
+                                      const std::string& today,
                                       std::vector<CreateViolation>* violations) {
+  std::list<Waiver> waivers;
+  for (const std::string& path : paths) {
+    readWaivers(path, &waivers);
+  }
   std::vector<std::string> remarks;
-  for (const Waiver& waiver : readWaivers(path)) {
+  for (const Waiver& waiver : waivers) {
     if (!waiver.until.empty() && waiver.until < today) {
       remarks.push_back(waiver.source + "the waiver expired on " + waiver.until);
       continue;

@@ -12,7 +12,7 @@
 
 namespace rulecheck {
 
-// A line of the file:
+// A line of a file:
 //
 //   RULE FILE[:LINE] [match=REGEX] [owner=NAME] [until=YYYY-MM-DD] -- REASON
 //
@@ -24,8 +24,9 @@ namespace rulecheck {
 // Sets the category "waiver" of each violation that has none and that a waiver is for, to
 // the reason, the owner and the day. The first waiver counts. today is "YYYY-MM-DD".
 // Returns a line of text for each waiver that is expired or matches nothing, which begins
-// with "FILE:LINE: ". Throws apps::FileError if the file can't be read or has a malformed line.
-std::vector<std::string> applyWaivers(const std::string& path, const std::string& today,
+// with "FILE:LINE: ". Throws apps::FileError if a file can't be read or has a malformed line.
+std::vector<std::string> applyWaivers(const std::vector<std::string>& paths,
+                                      const std::string& today,
                                       std::vector<vok::rulecheck::CreateViolation>* violations);
 
 }  // namespace rulecheck

@@ -148,6 +148,19 @@ class Merge(ResultsTest):
             self.assertEqual(merged[kind], sample[kind])
 
 
+class Outputs(ResultsTest):
+    def test_are_not_what_the_command_reads(self):
+        old, new = self.result("old", [finding()]), self.result("new", [])
+        log = self.write("log.sarif", self.rulecheck("sarif", old).stdout.decode("utf-8"))
+        for words, output in [(["html", new], new), (["html", new, "--baseline", old], old),
+                              (["sarif", new, "--baseline", old], old), (["import", log], log),
+                              (["diff", old, new], old), (["diff", old, new], new)]:
+            with self.subTest(words, output=output.name):
+                before = output.read_bytes()
+                self.assert_error(f"{output}: is the input", *words, "-o", output)
+                self.assertEqual(output.read_bytes(), before)
+
+
 class Text(ResultsTest):
     def test_is_a_line_for_each_finding_in_the_order_of_places(self):
         result = self.result("new", [
