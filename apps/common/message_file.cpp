@@ -140,6 +140,10 @@ bool isBinary(const std::string& path) {
   return extension == ".pb" || extension == ".bin";
 }
 
+void checkExtension(const std::string& path) {
+  static_cast<void>(formatOf(path));
+}
+
 std::string encodeFor(const std::string& path, const google::protobuf::Message& message) {
   const Format format = formatOf(path);
   checkEncodable(path, message);

@@ -44,6 +44,9 @@ void writeFile(const std::string& path, const Content& content);
 // Whether the extension of a file is one of the binary format.
 bool isBinary(const std::string& path);
 
+// Throws unless the extension of a file is one of the above.
+void checkExtension(const std::string& path);
+
 // Turns a message into the content of a file of that name, and back. A message
 // that is not initialized or has more than 2 GiB, and content that is malformed or
 // incomplete, throw.

@@ -48,6 +48,10 @@ void writeResult(const std::string& path, const std::string& format, const Sessi
   }
 }
 
+void checkFormat(const std::string& path, const std::string& format) {
+  apps::checkExtension(named(path, format));
+}
+
 void writeText(const std::string& path, const std::string& content) {
   if (path != "-") {
     apps::writeFile(path, content);

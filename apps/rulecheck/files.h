@@ -15,11 +15,13 @@ namespace rulecheck {
 extern const char kResultFormats[];
 
 // The format is an extension without its dot; if it is empty, that of the path, or "pb" for
-// "-". A result can be read, but not written, as SARIF. All throw apps::FileError.
+// "-". A result can be read, but not written, as SARIF; checkFormat() says whether it can be
+// written. All throw apps::FileError.
 void readResult(const std::string& path, const std::string& format,
                 vok::rulecheck::SessionResult* result);
 void writeResult(const std::string& path, const std::string& format,
                  const vok::rulecheck::SessionResult& result);
+void checkFormat(const std::string& path, const std::string& format);
 void writeText(const std::string& path, const std::string& content);
 
 // Throws apps::FileError if the output is the input.

@@ -162,6 +162,9 @@ void removeOld(const std::string& path) {
 }
 
 void lint(const Options& options) {
+  if (!options.output.empty()) {
+    checkFormat(options.output, options.format);
+  }
   removeOld(options.output);
   removeOld(options.page);
   const Server server = options.server();

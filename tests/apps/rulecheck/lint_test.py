@@ -84,6 +84,11 @@ class OldReports(RulecheckTest):
                           "--html", "page.html", "m.v", status=3)
         self.assertEqual(list(self.folder.iterdir()), [])
 
+    def test_are_not_files_with_another_extension(self):
+        self.write("m.v", MODULE)
+        self.assert_error("m.v: unknown extension", "lint", "-o", "m.v", "n.v")
+        self.assertTrue((self.folder / "m.v").exists())
+
 
 class Signals(RulecheckTest):
     def test_leave_no_folder_and_no_process(self):
