@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "common/message_file.h"
+
 namespace rulecheck {
 namespace {
 
@@ -55,9 +57,17 @@ void moveSpecs(Specs* from, Specs* into) {
   }
 }
 
+template <typename Predicate>
+void dropAffirmations(SessionResult* result, Predicate isDropped) {
+  auto& affirmations = *result->mutable_affirmations()->mutable_hashmap();
+  for (auto entry = affirmations.begin(); entry != affirmations.end();) {
+    entry = isDropped(entry->second) ? affirmations.erase(entry) : std::next(entry);
+  }
+}
+
 std::string contentOf(Affirmation affirmation) {
   affirmation.set_id(0);
-  return affirmation.SerializeAsString();
+  return apps::encodeFor("-.pb", affirmation);
 }
 
 void dropKnownAffirmations(SessionResult* from, const SessionResult& into) {
@@ -65,11 +75,9 @@ void dropKnownAffirmations(SessionResult* from, const SessionResult& into) {
   for (const auto& entry : into.affirmations().hashmap()) {
     known.insert(contentOf(entry.second));
   }
-  auto& affirmations = *from->mutable_affirmations()->mutable_hashmap();
-  for (auto entry = affirmations.begin(); entry != affirmations.end();) {
-    entry =
-        known.count(contentOf(entry->second)) == 0 ? std::next(entry) : affirmations.erase(entry);
-  }
+  dropAffirmations(from, [&known](const Affirmation& affirmation) {
+    return known.count(contentOf(affirmation)) != 0;
+  });
 }
 
 void addRules(const ViolationMap& violations, std::set<std::string>* rules) {
@@ -99,17 +107,15 @@ void finishMerge(SessionResult* result) {
   std::set<std::string> violated;
   addRules(result->violations(), &violated);
   addRules(result->waived_violations(), &violated);
-  auto& affirmations = *result->mutable_affirmations()->mutable_hashmap();
-  for (auto entry = affirmations.begin(); entry != affirmations.end();) {
-    entry = violated.count(entry->second.rule_key()) == 0 ? std::next(entry)
-                                                          : affirmations.erase(entry);
-  }
+  dropAffirmations(result, [&violated](const Affirmation& affirmation) {
+    return violated.count(affirmation.rule_key()) != 0;
+  });
   for (const std::string& rule : violated) {
     result->mutable_specs_affirmed()->mutable_hashmap()->erase(rule);
   }
   result->set_violation_count(static_cast<int>(result->violations().hashmap().size()));
   result->set_waived_count(static_cast<int>(result->waived_violations().hashmap().size()));
-  result->set_affirmation_count(static_cast<int>(affirmations.size()));
+  result->set_affirmation_count(static_cast<int>(result->affirmations().hashmap().size()));
 }
 
 }  // namespace rulecheck

@@ -139,6 +139,13 @@ class Merge(ResultsTest):
         affirmations = self.merged(one, two)["affirmations"]["hashmap"]
         self.assertEqual([each["ruleKey"] for each in affirmations.values()], ["D"])
 
+    def test_keeps_one_of_equal_affirmations(self):
+        # Each map of a program has another order.
+        rule = {"id": 1, "ruleKey": "A", "categories": {number: "x" for number in range(2, 40)}}
+        one = self.write("one.json", json.dumps(
+            {"session": {"name": "one"}, "affirmations": {"hashmap": {1: rule}}}))
+        self.assertEqual(len(self.merged(one, one)["affirmations"]["hashmap"]), 1)
+
     def test_of_one_result_is_that_result(self):
         self.rulecheck("merge", SAMPLE, "-o", "one.json")
         merged = read_json(self.folder / "one.json")
