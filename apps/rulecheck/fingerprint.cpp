@@ -2,6 +2,9 @@
 
 #include "rulecheck/fingerprint.h"
 
+#include <array>
+#include <cinttypes>
+#include <cstdio>
 #include <string_view>
 
 #include "rulecheck/plain_text.h"
@@ -72,13 +75,9 @@ std::uint64_t fingerprintOf(const std::string& rule, const vok::rulecheck::MsgIn
 }
 
 std::string hexadecimal(std::uint64_t fingerprint) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string text(16, '0');
-  for (auto digit = text.rbegin(); digit != text.rend(); ++digit) {
-    *digit = kDigits[fingerprint & 15];
-    fingerprint >>= 4;
-  }
-  return text;
+  std::array<char, 17> text;
+  std::snprintf(text.data(), text.size(), "%016" PRIx64, fingerprint);
+  return text.data();
 }
 
 }  // namespace rulecheck

@@ -7,9 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 
-#include "common/characters.h"
 #include "rulecheck/merge.h"
 #include "rulecheck/not_checked.h"
 #include "rulecheck/place.h"
@@ -29,7 +27,7 @@ using vok::rulecheck::Violation_Severity;
 
 namespace fs = std::filesystem;
 
-// A part of an object, or null.
+// A part of a value, or null.
 const Json& at(const Json& json, const char* name) {
   static const Json null;
   const auto found = json.is_object() ? json.find(name) : json.end();
@@ -41,8 +39,18 @@ const Json& at(const Json& json, std::size_t index) {
   return json.is_array() && index < json.size() ? json[index] : null;
 }
 
-std::string text(const Json& json) {
-  return json.is_string() ? json.get<std::string>() : "";
+template <typename... Path>
+const Json& at(const Json& json, Path... path) {
+  const Json* part = &json;
+  ((part = &at(*part, path)), ...);
+  return *part;
+}
+
+// The part of an object, if it is a string.
+template <typename... Path>
+std::string text(const Json& json, Path... path) {
+  const Json& part = at(json, path...);
+  return part.is_string() ? part.get<std::string>() : "";
 }
 
 // A number that counts something, or none.
@@ -53,30 +61,20 @@ std::size_t number(const Json& json, std::size_t none) {
 
 constexpr std::size_t kNoIndex = static_cast<std::size_t>(-1);
 
-std::string percentDecoded(const std::string& uri) {
+std::string percentDecoded(re2::StringPiece uri) {
+  static const RE2 encoded("(?s)(.*?)%([0-9A-Fa-f]{2})", RE2::Latin1);
   std::string path;
-  for (std::size_t i = 0; i < uri.size(); ++i) {
-    int byte = 0;
-    static const RE2 encoded("%([0-9A-Fa-f]{2})");
-    if (uri[i] == '%' && RE2::FullMatch(uri.substr(i, 3), encoded, RE2::Hex(&byte))) {
-      path += static_cast<char>(byte);
-      i += 2;
-    } else {
-      path += uri[i];
-    }
+  std::string before;
+  int byte = 0;
+  while (RE2::Consume(&uri, encoded, &before, RE2::Hex(&byte))) {
+    path += before + static_cast<char>(byte);
   }
-  return path;
+  return path + uri.as_string();
 }
 
-bool isUtf8(std::string_view text) {
-  while (!text.empty()) {
-    const apps::CodePoint first = apps::firstOf(text);
-    if (first.value == 0xFFFD && first.length == 1) {
-      return false;
-    }
-    text.remove_prefix(first.length);
-  }
-  return true;
+bool isUtf8(const std::string& text) {
+  const std::string valid = Json(text).dump(-1, ' ', false, Json::error_handler_t::ignore);
+  return Json::parse(valid) == text;
 }
 
 // The path of a "file:" address, or of a relative one. JSON has no bytes that are not UTF-8, so a
@@ -92,40 +90,37 @@ std::string pathOf(const std::string& uri) {
 void readAddress(const std::string& uri, RuleSpec* rule) {
   static const RE2 web(R"((https?)://([^/?#:]+)(?::(\d{1,5}))?([^?#]*)(?:\?([^#]*))?(?:#(.*))?)",
                        RE2::Latin1);
+  Resource address;
   std::string scheme;
-  std::string host;
   std::string port;
-  std::string path;
   std::string query;
   std::string fragment;
-  if (!RE2::FullMatch(uri, web, &scheme, &host, &port, &path, &query, &fragment)) {
+  if (!RE2::FullMatch(uri, web, &scheme, address.mutable_host(), &port, address.mutable_path(),
+                      &query, &fragment)) {
     return;
   }
-  Resource* address = rule->mutable_description();
-  address->set_scheme(scheme == "http" ? Resource::HTTP : Resource::HTTPS);
-  address->set_host(host);
+  address.set_scheme(scheme == "http" ? Resource::HTTP : Resource::HTTPS);
   if (!port.empty()) {
-    address->set_port(std::stoi(port));
+    address.set_port(std::stoi(port));
   }
-  address->set_path(path);
   if (!query.empty()) {
-    address->set_query(query);
+    address.set_query(query);
   }
   if (!fragment.empty()) {
-    address->set_fragment(fragment);
+    address.set_fragment(fragment);
   }
+  *rule->mutable_description() = address;
 }
 
-Violation_Severity severityOf(const Json& json, const Json& level) {
-  const std::string exact = text(at(at(json, "properties"), "severity"));
+Violation_Severity severityOf(const Json& json, const std::string& level) {
+  const std::string exact = text(json, "properties", "severity");
   if (severityNamed(exact)) {
     return *severityNamed(exact);
   }
-  const std::string word = text(level);
-  return exact == "unknown"                 ? Violation::SEV_UNKNOWN
-         : word == "error"                  ? Violation::SEV_ERROR
-         : word == "note" || word == "none" ? Violation::SEV_ADVISORY
-                                            : Violation::SEV_WARNING;
+  return exact == "unknown"                   ? Violation::SEV_UNKNOWN
+         : level == "error"                   ? Violation::SEV_ERROR
+         : level == "note" || level == "none" ? Violation::SEV_ADVISORY
+                                              : Violation::SEV_WARNING;
 }
 
 // A run, and what becomes of it.
@@ -135,8 +130,8 @@ class Run {
       : run_(run), directory_(directory), result_(result) {}
 
   void read() {
-    readRules(at(at(run_, "tool"), "driver"));
-    for (const Json& extension : at(at(run_, "tool"), "extensions")) {
+    readRules(at(run_, "tool", "driver"));
+    for (const Json& extension : at(run_, "tool", "extensions")) {
       readRules(extension);
     }
     for (const Json& found : at(run_, "results")) {
@@ -147,35 +142,38 @@ class Run {
  private:
   void readRules(const Json& component) {
     for (const Json& rule : at(component, "rules")) {
-      rules_.emplace(text(at(rule, "id")), &rule);
-      inOrder_.push_back(&rule);
+      rules_.emplace(text(rule, "id"), &rule);
     }
   }
 
-  const Json& ruleFor(const Json& found) const {
-    static const Json null;
-    const Json& index =
-        at(found, "ruleIndex").is_null() ? at(at(found, "rule"), "index") : at(found, "ruleIndex");
-    const std::size_t position = number(index, kNoIndex);
-    const auto named = rules_.find(keyOf(found));
-    return named != rules_.end()        ? *named->second
-           : position < inOrder_.size() ? *inOrder_[position]
-                                        : null;
+  static std::string keyOf(const Json& found) {
+    const std::string id = text(found, "ruleId");
+    return id.empty() ? text(found, "rule", "id") : id;
   }
 
-  static std::string keyOf(const Json& found) {
-    const std::string id = text(at(found, "ruleId"));
-    return id.empty() ? text(at(at(found, "rule"), "id")) : id;
+  // Of the driver or an extension; null if there is none.
+  const Json& ruleFor(const Json& found) const {
+    const auto named = rules_.find(keyOf(found));
+    if (named != rules_.end()) {
+      return *named->second;
+    }
+    const Json& extension = at(found, "rule", "toolComponent", "index");
+    const Json& component = extension.is_null()
+                                ? at(run_, "tool", "driver")
+                                : at(run_, "tool", "extensions", number(extension, kNoIndex));
+    const Json& index =
+        at(found, "ruleIndex").is_null() ? at(found, "rule", "index") : at(found, "ruleIndex");
+    return at(component, "rules", number(index, kNoIndex));
   }
 
   void read(const Json& found) {
-    const std::string kind = text(at(found, "kind"));
-    if (kind == "notApplicable" || text(at(found, "baselineState")) == "absent") {
+    const std::string kind = text(found, "kind");
+    if (kind == "notApplicable" || text(found, "baselineState") == "absent") {
       return;
     }
     const Json& rule = ruleFor(found);
     std::string key = keyOf(found);
-    key = key.empty() ? text(at(rule, "id")) : key;
+    key = key.empty() ? text(rule, "id") : key;
     const int id = ++count_;
     if (kind == "pass") {
       auto& affirmation = (*result_->mutable_affirmations()->mutable_hashmap())[id];
@@ -191,22 +189,29 @@ class Run {
                             ->mutable_hashmap())[id];
     violation.set_id(id);
     violation.set_rule_key(key);
-    const Json& level = at(found, "level").is_null() ? at(at(rule, "defaultConfiguration"), "level")
-                                                     : at(found, "level");
-    violation.set_severity(severityOf(found, level));
+    violation.set_severity(severityOf(found, levelOf(found, rule)));
     readDetails(found, rule, violation.mutable_details());
-    const std::string reason = text(at(suppression, "justification"));
+    const std::string reason = text(suppression, "justification");
     if (!reason.empty()) {
       (*violation.mutable_categories())[kWaiverCategory] = reason;
     }
     addSpec(key, rule, result_->mutable_specs_violated());
   }
 
+  // Only a failure has the level of its rule.
+  static std::string levelOf(const Json& found, const Json& rule) {
+    const std::string level = text(found, "level");
+    const std::string kind = text(found, "kind");
+    return !level.empty()                   ? level
+           : kind.empty() || kind == "fail" ? text(rule, "defaultConfiguration", "level")
+                                            : "none";
+  }
+
   // The first suppression that is accepted, or null.
   static const Json& suppressionOf(const Json& found) {
     static const Json null;
     for (const Json& suppression : at(found, "suppressions")) {
-      const std::string status = text(at(suppression, "status"));
+      const std::string status = text(suppression, "status");
       if (status.empty() || status == "accepted") {
         return suppression;
       }
@@ -221,32 +226,32 @@ class Run {
     }
     RuleSpec& spec = (*specs->mutable_hashmap())[key];
     spec.set_key(key);
-    const std::string title = text(at(at(rule, "shortDescription"), "text"));
-    const std::string name = text(at(rule, "name"));
+    const std::string title = text(rule, "shortDescription", "text");
+    const std::string name = text(rule, "name");
     spec.set_full_name(!title.empty() ? title : !name.empty() ? name : key);
-    const std::string expects = text(at(at(rule, "fullDescription"), "text"));
+    const std::string expects = text(rule, "fullDescription", "text");
     if (!expects.empty()) {
       spec.set_expects(expects);
     }
-    const std::string help = text(at(at(rule, "help"), "text"));
+    const std::string help = text(rule, "help", "text");
     if (!help.empty()) {
       spec.set_resolution_msg(help);
     }
-    readAddress(text(at(rule, "helpUri")), &spec);
-    const Json& level = at(at(rule, "defaultConfiguration"), "level");
-    if (!level.is_null()) {
+    readAddress(text(rule, "helpUri"), &spec);
+    const std::string level = text(rule, "defaultConfiguration", "level");
+    if (!level.empty()) {
       spec.set_severity(severityOf(rule, level));
     }
   }
 
   void readDetails(const Json& found, const Json& rule, MsgInst* details) const {
-    const Json& own = at(at(found, "properties"), "details");
+    const Json& own = at(found, "properties", "details");
     if (own.is_object() && google::protobuf::util::JsonStringToMessage(own.dump(), details).ok() &&
         details->IsInitialized()) {
       return;
     }
     details->Clear();
-    const Json& location = at(at(at(found, "locations"), std::size_t{0}), "physicalLocation");
+    const Json& location = at(found, "locations", std::size_t{0}, "physicalLocation");
     const bool hasPlace = !location.is_null();
     details->set_text(hasPlace ? "%1: %2" : "%1");
     auto* args = details->mutable_args();
@@ -259,7 +264,7 @@ class Run {
       if (!place.is_null()) {
         const auto reference = referenceOf(place);
         auto* link = args->add_arg()->mutable_uri();
-        const std::string label = text(at(at(related, "message"), "text"));
+        const std::string label = text(related, "message", "text");
         link->set_link_text(label.empty() ? reference.name()
                                           : label + " (" + reference.name() + ')');
         *link->mutable_url() = reference.url();
@@ -268,28 +273,25 @@ class Run {
   }
 
   vok::rulecheck::Reference referenceOf(const Json& location) const {
-    const Json* artifact = &at(location, "artifactLocation");
-    if (at(*artifact, "uri").is_null()) {
-      artifact =
-          &at(at(at(run_, "artifacts"), number(at(*artifact, "index"), kNoIndex)), "location");
+    const Json* file = &at(location, "artifactLocation");
+    if (at(*file, "uri").is_null()) {
+      file = &at(run_, "artifacts", number(at(*file, "index"), kNoIndex), "location");
     }
     const Json& region = at(location, "region");
     Place place;
-    place.file = pathOf(text(at(*artifact, "uri")));
+    place.file = pathOf(text(*file, "uri"));
     place.line = static_cast<int>(number(at(region, "startLine"), 0));
     place.column = static_cast<int>(number(at(region, "startColumn"), 0));
-    place.source = text(at(at(region, "snippet"), "text"));
-    const std::string base = text(at(*artifact, "uriBaseId"));
-    const std::string root = text(at(at(at(run_, "originalUriBaseIds"), base.c_str()), "uri"));
-    const std::string path = pathOf(root);
-    return referenceTo(place, path.empty() || path[0] != '/' ? directory_ : fs::path(path));
+    place.source = text(region, "snippet", "text");
+    const std::string base = text(*file, "uriBaseId");
+    const std::string root = pathOf(text(run_, "originalUriBaseIds", base.c_str(), "uri"));
+    return referenceTo(place, root.empty() || root[0] != '/' ? directory_ : fs::path(root));
   }
 
   static std::string messageOf(const Json& message, const Json& rule) {
-    std::string words = text(at(message, "text"));
-    const std::string id = text(at(message, "id"));
+    std::string words = text(message, "text");
     if (words.empty()) {
-      words = text(at(at(at(rule, "messageStrings"), id.c_str()), "text"));
+      words = text(rule, "messageStrings", text(message, "id").c_str(), "text");
     }
     static const RE2 part(R"((?s)(.*?)\{(\d{1,3})\})", RE2::Latin1);
     re2::StringPiece rest = words;
@@ -297,8 +299,9 @@ class Run {
     std::string before;
     std::size_t index = 0;
     while (RE2::Consume(&rest, part, &before, &index)) {
-      const Json& argument = at(at(message, "arguments"), index);
-      filled += before + (argument.is_null() ? '{' + std::to_string(index) + '}' : text(argument));
+      const Json& argument = at(message, "arguments", index);
+      filled += before + (argument.is_null() ? '{' + std::to_string(index) + '}'
+                                             : text(message, "arguments", index));
     }
     return filled + rest.as_string();
   }
@@ -308,21 +311,20 @@ class Run {
   SessionResult* result_;
   int count_ = 0;
   std::map<std::string, const Json*> rules_;
-  std::vector<const Json*> inOrder_;
 };
 
 }  // namespace
 
 void fromSarif(const std::string& log, const fs::path& directory, SessionResult* result) {
   const Json json = Json::parse(log);
-  if (text(at(json, "version")) != "2.1.0" || !at(json, "runs").is_array()) {
+  if (text(json, "version") != "2.1.0" || !at(json, "runs").is_array()) {
     throw std::runtime_error("not a SARIF 2.1.0 log");
   }
   std::string names;
   for (const Json& run : at(json, "runs")) {
     SessionResult part;
     Run(run, directory, &part).read();
-    names += (names.empty() ? "" : ", ") + text(at(at(at(run, "tool"), "driver"), "name"));
+    names += (names.empty() ? "" : ", ") + text(run, "tool", "driver", "name");
     merge(&part, result);
   }
   result->mutable_session()->set_name(names);

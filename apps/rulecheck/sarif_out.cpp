@@ -61,7 +61,9 @@ OrderedJson ruleJson(const std::string& key, const RuleSpec& rule) {
 }
 
 // The address of a file is relative where its name is.
-OrderedJson physicalLocation(const Place& place, const std::string& path) {
+OrderedJson physicalLocation(const Reference& reference) {
+  const Place place = placeOf(reference);
+  const std::string& path = reference.url().path();
   const bool isRelative = !place.file.empty() && place.file[0] != '/';
   const Reference plain = referenceTo({place.file}, "/");
   OrderedJson location;
@@ -77,16 +79,6 @@ OrderedJson physicalLocation(const Place& place, const std::string& path) {
     }
   }
   return location;
-}
-
-void addPlaces(const ArgList& args, OrderedJson* json) {
-  for (const auto& arg : args.arg()) {
-    if (arg.has_ref() && arg.ref().type() == Reference::FILE && arg.ref().has_url()) {
-      (*json)["locations"] = {
-          {{"physicalLocation", physicalLocation(placeOf(arg.ref()), arg.ref().url().path())}}};
-      return;
-    }
-  }
 }
 
 // The message as it is, for fromSarif().
@@ -105,7 +97,11 @@ OrderedJson findingJson(const Finding& finding, const std::map<std::string, std:
     json["ruleIndex"] = rule->second;
   }
   json["message"] = textJson(plainText(finding.details()));
-  addPlaces(finding.details().args(), &json);
+  const ArgList& args = finding.details().args();
+  const int place = placeArgument(args);
+  if (place >= 0) {
+    json["locations"] = {{{"physicalLocation", physicalLocation(args.arg(place).ref())}}};
+  }
   json["properties"]["details"] = detailsJson(finding.details());
   return json;
 }

@@ -75,6 +75,15 @@ class Import(RulecheckTest):
                                          tool={"extensions": [{"rules": [
                                              {"id": "E", "defaultConfiguration": {"level": "note"}}]}]}),
                                      "advisory: m [E]"),
+            "index of a rule of an extension": (
+                log({"rule": {"index": 0, "toolComponent": {"index": 1}}, "message": {"text": "m"}},
+                    tool={"driver": {"rules": [{"id": "D"}]},
+                          "extensions": [{"rules": [{"id": "E"}]}, {"rules": [{"id": "F"}]}]}),
+                "warning: m [F]"),
+            "result that is not a failure": (
+                log({"ruleId": "R", "kind": "informational", "message": {"text": "m"}},
+                    rules=[{"id": "R", "defaultConfiguration": {"level": "error"}}]),
+                "advisory: m [R]"),
             "message of the rule": (log({"ruleId": "R", "message": {"id": "x", "arguments": ["1", "2"]}},
                                         rules=[{"id": "R", "messageStrings": {"x": {"text": "{1} of {0}{9}"}}}]),
                                     "warning: 2 of 1{9} [R]"),
