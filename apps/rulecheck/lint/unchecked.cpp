@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "rulecheck/lint/unchecked.h"
+#include "rulecheck/lint/verilator.h"
 
 #include <re2/re2.h>
 
@@ -10,7 +10,6 @@
 #include <system_error>
 
 #include "common/message_file.h"
-#include "rulecheck/lint/messages.h"
 #include "rulecheck/not_checked.h"
 #include "rulecheck/place.h"
 

@@ -14,9 +14,7 @@
 #include "common/command_line.h"
 #include "common/held_signals.h"
 #include "common/message_file.h"
-#include "rulecheck/lint/messages.h"
 #include "rulecheck/lint/process.h"
-#include "rulecheck/lint/unchecked.h"
 
 namespace rulecheck {
 namespace {

@@ -2,14 +2,12 @@
 
 // Verilator's output, taken apart.
 
-#include "rulecheck/lint/messages.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "rulecheck/lint/objects.h"
+#include "rulecheck/lint/verilator.h"
 #include "rulecheck/place.h"
 #include "support/messages.h"
 
