@@ -15,31 +15,15 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <set>
 #include <string_view>
 #include <system_error>
 
 namespace apps {
 namespace {
 
-enum class Format { Binary, Text, Json };
-
-Format formatOf(const std::string& path) {
-  const std::string extension = std::filesystem::path(path).extension().string();
-  if (isBinary(path)) {
-    return Format::Binary;
-  }
-  if (extension == ".txtpb" || extension == ".textproto" || extension == ".txt") {
-    return Format::Text;
-  }
-  if (extension == ".json") {
-    return Format::Json;
-  }
-  throw FileError(path +
-                  ": unknown extension, expected .pb, .bin, .txtpb, .textproto, .txt or .json");
-}
-
-bool encodeBinary(const google::protobuf::Message& message,
-                  google::protobuf::io::ZeroCopyOutputStream* sink) {
+bool writeBinary(const google::protobuf::Message& message,
+                 google::protobuf::io::ZeroCopyOutputStream* sink) {
   google::protobuf::io::CodedOutputStream out(sink);
   out.SetSerializationDeterministic(true);
   return message.SerializeToCodedStream(&out);
@@ -47,7 +31,7 @@ bool encodeBinary(const google::protobuf::Message& message,
 
 bool encodeBinary(const google::protobuf::Message& message, std::string* bytes) {
   google::protobuf::io::StringOutputStream sink(bytes);
-  return encodeBinary(message, &sink);
+  return writeBinary(message, &sink);
 }
 
 bool encodeJson(const google::protobuf::Message& message, std::string* json) {
@@ -56,13 +40,10 @@ bool encodeJson(const google::protobuf::Message& message, std::string* json) {
   return google::protobuf::util::MessageToJsonString(message, json, options).ok();
 }
 
-bool encode(Format format, const google::protobuf::Message& message, std::string* content) {
-  switch (format) {
-    case Format::Binary: return encodeBinary(message, content);
-    case Format::Text: return google::protobuf::TextFormat::PrintToString(message, content);
-    case Format::Json: return encodeJson(message, content);
-  }
-  return false;
+// The functions below return what is wrong, or nothing.
+
+std::string decodeBinary(const std::string& content, google::protobuf::Message* message) {
+  return message->ParsePartialFromString(content) ? "" : "malformed bytes";
 }
 
 // Keeps the first error. Releases differ in the function they call, so neither
@@ -86,7 +67,6 @@ class FirstError : public google::protobuf::io::ErrorCollector {
   std::string text_;
 };
 
-// Returns what is wrong, or nothing.
 std::string decodeText(const std::string& content, google::protobuf::Message* message) {
   FirstError error;
   google::protobuf::TextFormat::Parser parser;
@@ -104,6 +84,27 @@ std::string decodeJson(const std::string& content, google::protobuf::Message* me
   return text.substr(0, text.find('\n'));
 }
 
+struct Format {
+  std::set<std::string> extensions;
+  bool (*encode)(const google::protobuf::Message&, std::string*);
+  std::string (*decode)(const std::string&, google::protobuf::Message*);
+};
+
+const Format& formatOf(const std::string& path) {
+  static const Format formats[] = {
+      {{".pb", ".bin"}, encodeBinary, decodeBinary},
+      {{".txtpb", ".textproto", ".txt"}, google::protobuf::TextFormat::PrintToString, decodeText},
+      {{".json"}, encodeJson, decodeJson},
+  };
+  for (const Format& format : formats) {
+    if (format.extensions.count(std::filesystem::path(path).extension().string()) != 0) {
+      return format;
+    }
+  }
+  throw FileError(path +
+                  ": unknown extension, expected .pb, .bin, .txtpb, .textproto, .txt or .json");
+}
+
 void checkEncodable(const std::string& path, const google::protobuf::Message& message) {
   if (!message.IsInitialized()) {
     throw FileError(path + ": missing " + message.InitializationErrorString());
@@ -119,9 +120,6 @@ void checkEncodable(const std::string& path, const google::protobuf::Message& me
 std::string readFile(const std::string& path) {
   std::error_code ignored;
   std::ifstream in(path, std::ios::binary);
-  if (!in || std::filesystem::is_directory(path, ignored)) {
-    throw FileError(path + ": cannot be read");
-  }
   std::string content;
   // Or a large file would take twice its size while it is read.
   const auto size = std::filesystem::is_regular_file(path, ignored)
@@ -131,6 +129,9 @@ std::string readFile(const std::string& path) {
   std::array<char, 65536> buffer;
   while (in.read(buffer.data(), buffer.size()) || in.gcount() > 0) {
     content.append(buffer.data(), static_cast<std::size_t>(in.gcount()));
+  }
+  if (!in.is_open() || in.bad()) {
+    throw FileError(path + ": cannot be read");
   }
   return content;
 }
@@ -145,10 +146,10 @@ void checkExtension(const std::string& path) {
 }
 
 std::string encodeFor(const std::string& path, const google::protobuf::Message& message) {
-  const Format format = formatOf(path);
+  const Format& format = formatOf(path);
   checkEncodable(path, message);
   std::string content;
-  if (!encode(format, message, &content)) {
+  if (!format.encode(message, &content)) {
     throw FileError(path + ": the message cannot be written in this format");
   }
   return content;
@@ -156,14 +157,7 @@ std::string encodeFor(const std::string& path, const google::protobuf::Message& 
 
 void decodeFrom(const std::string& path, const std::string& content,
                 google::protobuf::Message* message) {
-  std::string error;
-  switch (formatOf(path)) {
-    case Format::Binary:
-      error = message->ParsePartialFromString(content) ? "" : "malformed bytes";
-      break;
-    case Format::Text: error = decodeText(content, message); break;
-    case Format::Json: error = decodeJson(content, message); break;
-  }
+  const std::string error = formatOf(path).decode(content, message);
   if (!error.empty()) {
     throw FileError(path + ": " + error);
   }
@@ -181,7 +175,7 @@ void writeMessage(const std::string& path, const std::string& name,
   checkEncodable(name, message);
   writeFile(path, [&](int descriptor) {
     google::protobuf::io::FileOutputStream sink(descriptor);
-    const bool isWritten = encodeBinary(message, &sink) && sink.Flush();
+    const bool isWritten = writeBinary(message, &sink) && sink.Flush();
     errno = sink.GetErrno();
     return isWritten;
   });

@@ -126,8 +126,8 @@ TEST(Files, AreReadAsTheyWereWritten) {
 }
 
 TEST(Files, ThatFailAreNamed) {
-  const tests::Directory directory;
-  for (const std::string& path : {directory.path() + "/missing", directory.path()}) {
+  // The second opens, but its first byte can't be read.
+  for (const std::string path : {"missing", "/proc/self/mem", "/"}) {
     try {
       apps::readFile(path);
       ADD_FAILURE() << "read " << path;
