@@ -14,9 +14,8 @@ namespace benchmarks {
 void registerMessages();
 void registerGrowth();
 
-// Alternatives.
+// The alternative.
 void registerProtozero();
-void registerRapidJson();
 
 }  // namespace benchmarks
 
