@@ -17,7 +17,6 @@ vok::rulecheck::SessionResult makeResult();
 
 void useDefaultInstances();
 void useDescriptors();
-void useReflection();
 void useParsing();
 void useTextFormat();
 void useRendering();
@@ -25,8 +24,8 @@ void useRendering();
 // All of the above.
 void useEverything();
 
-// Reads a copy of makeResult() in each way that leaves it unchanged: by accessors
-// and reflection, the entries of its maps included, as bytes, as text, as HTML.
+// Reads a copy of makeResult() in each way that leaves it unchanged: by accessors, as bytes,
+// as text, which takes reflection, and as HTML.
 void read(const vok::rulecheck::SessionResult& result);
 
 }  // namespace tests

@@ -31,7 +31,6 @@ struct Use {
 
 const Use uses[] = {{"DefaultInstances", tests::useDefaultInstances},
                     {"Descriptors", tests::useDescriptors},
-                    {"Reflection", tests::useReflection},
                     {"Parsing", tests::useParsing},
                     {"TextFormat", tests::useTextFormat},
                     {"Rendering", tests::useRendering},

@@ -41,20 +41,13 @@ static bool carryLibrarys(const std::string& text) {
   (*create->mutable_dynamic_category_values())[text] = text;
   create->mutable_args()->add_arg()->set_string_val(text);
 
-  Response response;
-  response.set_type(Response::SESSION_RESULT);
-  SessionResult* result = response.mutable_session_result();
-  result->mutable_session()->set_name(text);
-  RuleSpec& spec = (*result->mutable_specs_violated()->mutable_hashmap())[text];
+  RuleSpecMap rules;
+  RuleSpec& spec = (*rules.mutable_hashmap())[text];
   spec.set_key(text);
   spec.set_full_name(text);
   spec.mutable_session_names()->add_msg(text);
   (*spec.mutable_categories())[1] = text;
-  Violation& violation = (*result->mutable_violations()->mutable_hashmap())[1];
-  violation.set_id(1);
-  violation.set_severity(Violation::SEV_ERROR);
-  (*violation.mutable_categories())[1] = text;
-  return carry(request) && carry(response) && Converter::toHtml(create->args().arg(0)) == text;
+  return carry(request) && carry(rules) && Converter::toHtml(create->args().arg(0)) == text;
 }
 
 int main(int argc, char** argv) {
