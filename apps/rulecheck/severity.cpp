@@ -7,33 +7,21 @@
 #include <algorithm>
 
 namespace rulecheck {
-namespace {
 
-using vok::rulecheck::Affirmation;
-using vok::rulecheck::Converter;
 using vok::rulecheck::Violation;
-
-Level makeLevel(int rank, const std::string& word) {
-  std::string slug = word;
-  std::replace(slug.begin(), slug.end(), ' ', '-');
-  return {rank, word, slug};
-}
-
-}  // namespace
 
 Level levelOf(Violation::Severity severity) {
   if (severity < Violation::SEV_FATAL || severity > Violation::SEV_ADVISORY) {
-    return makeLevel(Violation::SEV_UNKNOWN, "unknown");
+    return {Violation::SEV_UNKNOWN, "unknown", "unknown"};
   }
-  return makeLevel(severity, Converter::toString(severity));
+  const std::string word = vok::rulecheck::Converter::toString(severity);
+  std::string slug = word;
+  std::replace(slug.begin(), slug.end(), ' ', '-');
+  return {severity, word, slug};
 }
 
 Level levelOf(const Violation& violation) {
   return levelOf(violation.has_severity() ? violation.severity() : Violation::SEV_UNKNOWN);
-}
-
-Level levelOf(const Affirmation& /*affirmation*/) {
-  return makeLevel(Violation::SEV_UNKNOWN + 1, "affirmed");
 }
 
 std::vector<Level> violationLevels() {

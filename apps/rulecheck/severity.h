@@ -24,9 +24,6 @@ struct Level {
 Level levelOf(vok::rulecheck::Violation::Severity severity);
 Level levelOf(const vok::rulecheck::Violation& violation);
 
-// An affirmation reads "affirmed".
-Level levelOf(const vok::rulecheck::Affirmation& affirmation);
-
 // The levels of violations, the most serious first.
 std::vector<Level> violationLevels();
 
