@@ -190,6 +190,28 @@ class Findings(LintTest):
         self.assertRegex(printed, rf"rules affirmed +0\n  rules not checked +{RULES - 1}\n")
 
 
+class Rules(LintTest):
+    def test_are_complete(self):
+        rules = self.lint("")[1]["specsAffirmed"]["hashmap"]
+        self.assertEqual(len(rules), RULES)
+        for key, rule in rules.items():
+            with self.subTest(key):
+                self.assertEqual((rule["key"], rule["owner"], rule["rawMsg"], rule["affirmMsg"]),
+                                 (key, "Verilator", "%1: %2", rule["expects"]))
+                self.assertTrue(rule["fullName"] and rule["expects"] and rule["resolutionMsg"])
+                self.assertNotIn(rule.get("severity"), [None, "SEV_UNKNOWN"])
+                self.assertEqual(rule["description"]["host"], "verilator.org")
+                self.assertEqual(rule["description"]["path"],
+                                 "/guide/latest/warnings.html" if key == "ERROR" else f"/warn/{key}")
+
+    def test_that_are_unknown_are_added(self):
+        _, result = self.lint("%Warning-NEW: m.v:1:2: text\n%Error-BAD: m.v:1:2: text\n")
+        rules = result["specsViolated"]["hashmap"]
+        for key, severity in [("NEW", "SEV_WARNING"), ("BAD", "SEV_ERROR")]:
+            self.assertEqual((rules[key]["severity"], rules[key]["description"]["path"]),
+                             (severity, f"/warn/{key}"))
+
+
 class RulesThatAreOff(LintTest):
     def unchecked(self, dependencies, *arguments):
         _, result = self.lint("", arguments=["m.v", *arguments], dependencies=dependencies)
@@ -215,6 +237,12 @@ class RulesThatAreOff(LintTest):
                          [("CASEX", "c.vlt:4"), ("WIDTH", "c.vlt:2")])
         self.write("c.vlt", '`verilator_config\nlint_off -file "*/a.v"\n')
         self.assertEqual(len(self.unchecked("", "c.vlt")), RULES)
+
+    def test_by_the_name_of_a_group_are_not_affirmed(self):
+        for name, style, lint in [("style", True, False), ("lint", True, True), ("CASE", False, False)]:
+            with self.subTest(name):
+                rules = {rule for rule, *_ in self.unchecked("", f"-Wno-{name}")}
+                self.assertEqual(("BLKSEQ" in rules, "LATCH" in rules), (style, lint))
 
     def test_by_arguments_are_not_affirmed(self):
         self.write("a.f", "-Wno-LATCH top.v\n+define+X -Wno-nosuch\n")
