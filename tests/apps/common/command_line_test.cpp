@@ -12,6 +12,7 @@
 #include <iostream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -29,9 +30,22 @@ Outcome run(const std::function<void()>& work) {
 }
 
 TEST(CommandLines, AnswerFailuresWithOneLineWithoutControlCharacters) {
-  const Outcome failed = run([] { throw std::runtime_error("a\x1b[2J\r\nb: \xE2\x80\xAE\xFF"); });
-  EXPECT_EQ(2, failed.status);
-  EXPECT_EQ("program: a?[2J??b: ??\n", failed.errors);
+  const std::pair<const char*, const char*> cases[] = {
+      {"", ""},
+      {"a.v: \xC3\xA4 \xE2\x82\xAC \xF0\x9F\x98\x80",
+       "a.v: \xC3\xA4 \xE2\x82\xAC \xF0\x9F\x98\x80"},
+      {"a\nb\r\tc", "a?b??c"},
+      {"\x1b[2J\x07\x7f", "?[2J??"},
+      {"\xC2\x9B\x9B\xFF", "???"},
+      {"\xE2\x80\xA9 \xE2\x80\xAA\xE2\x80\xAE \xE2\x80\xAF", "\xE2\x80\xA9 ?? \xE2\x80\xAF"},
+      {"\xE2\x81\xA5 \xE2\x81\xA6\xE2\x81\xA9 \xE2\x81\xAA", "\xE2\x81\xA5 ?? \xE2\x81\xAA"},
+  };
+  for (const auto& [text, line] : cases) {
+    const char* const error = text;
+    const Outcome failed = run([error] { throw std::runtime_error(error); });
+    EXPECT_EQ(2, failed.status) << line;
+    EXPECT_EQ(std::string("program: ") + line + '\n', failed.errors);
+  }
 }
 
 TEST(CommandLines, PrintNothingThatTheRuntimeLogs) {

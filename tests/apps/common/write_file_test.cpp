@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -158,18 +157,6 @@ TEST_F(WrittenFiles, AreWholeAfterSigkillAtEachStep) {
     EXPECT_EXIT(writeAndRaise(SIGKILL, step), testing::KilledBySignal(SIGKILL), "");
     EXPECT_EQ(kOld, content());
   }
-}
-
-TEST_F(WrittenFiles, StayAsTheyWereWithALimitOfTheirSize) {
-  const auto limited = [this] {
-    signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit = {5000, 5000};
-    setrlimit(RLIMIT_FSIZE, &limit);
-    _exit(failure(path()) == "File too large" ? 0 : 1);
-  };
-  EXPECT_EXIT(limited(), testing::ExitedWithCode(0), "");
-  EXPECT_EQ(kOld, content());
-  EXPECT_THAT(names(), ElementsAre("f"));
 }
 
 TEST_F(WrittenFiles, AreThoseOfOneOfTwoWriters) {
