@@ -5,12 +5,13 @@
 #include <vok/rulecheck/Converter.h>
 
 #include <algorithm>
-#include <numeric>
+#include <map>
 #include <tuple>
 #include <unordered_map>
 #include <utility>
 
 #include "rulecheck/compare.h"
+#include "rulecheck/fingerprint.h"
 #include "rulecheck/not_checked.h"
 #include "rulecheck/page/safe_copy.h"
 #include "rulecheck/page/safe_link.h"
@@ -28,12 +29,8 @@ using vok::rulecheck::Resource;
 using vok::rulecheck::SessionResult;
 using vok::rulecheck::Violation;
 
-// The argument that says where a finding is, or null.
-const Reference* placeReference(const ArgList& arguments) {
-  const int place = placeArgument(arguments);
-  if (place >= 0) {
-    return &arguments.arg(place).ref();
-  }
+// The first reference that leads to a file, or null.
+const Reference* objectInFile(const ArgList& arguments) {
   const auto leadsToFile = [](const Arg& arg) {
     return arg.ref().url().has_scheme() && arg.ref().url().scheme() == Resource::FILE;
   };
@@ -41,13 +38,19 @@ const Reference* placeReference(const ArgList& arguments) {
   return found == arguments.arg().end() ? nullptr : &found->ref();
 }
 
-Place placeOfFinding(const Reference& reference) {
-  if (reference.type() == Reference::FILE) {
-    return placeOf(reference);
-  }
-  Reference unnamed = reference;
-  unnamed.clear_name();
-  return placeOf(unnamed);
+Place placeOfObject(Reference object) {
+  object.clear_name();
+  return placeOf(object);
+}
+
+int severityOf(const Violation& violation) {
+  const bool isListed =
+      violation.has_severity() && vok::rulecheck::Violation_Severity_IsValid(violation.severity());
+  return isListed ? violation.severity() : Violation::SEV_UNKNOWN;
+}
+
+int severityOf(const Affirmation& /*affirmation*/) {
+  return Violation::SEV_UNKNOWN;
 }
 
 std::string addressOf(Resource url) {
@@ -55,34 +58,53 @@ std::string addressOf(Resource url) {
   return isLinkable(url) ? Converter::href(safeCopy(url)) : "";
 }
 
+// The findings of a map by their numbers. They are in memory in this order, mostly, which
+// makes it faster than that of the map.
+template <typename Map>
+auto entriesOf(const Map& map) {
+  std::vector<std::pair<int, const typename Map::mapped_type*>> entries;
+  entries.reserve(map.size());
+  for (const auto& [number, finding] : map) {
+    entries.emplace_back(number, &finding);
+  }
+  std::sort(entries.begin(), entries.end());
+  return entries;
+}
+
 class Collector {
  public:
-  explicit Collector(const Comparison& comparison) {
-    add(kFixed, comparison.fixed);
-    for (const auto& [mark, violations] :
-         {std::make_pair(kNew, &comparison.added), std::make_pair(kMoved, &comparison.moved),
-          std::make_pair(kUnchanged, &comparison.unchanged)}) {
-      for (const Violation* violation : *violations) {
-        marks_[violation] = mark;
-      }
+  void add(const SessionResult& result) {
+    findings_.list.reserve(findings_.list.size() + result.violations().hashmap().size() +
+                           result.waived_violations().hashmap().size() +
+                           result.affirmations().hashmap().size());
+    for (const auto& [number, violation] : entriesOf(result.violations().hashmap())) {
+      add({severityOf(*violation), number, violation, nullptr}, *violation);
+    }
+    for (const auto& [number, violation] : entriesOf(result.waived_violations().hashmap())) {
+      const Kind kind = isNotChecked(*violation) ? kNotChecked : kWaived;
+      add({kind, number, violation, nullptr}, *violation);
+    }
+    for (const auto& [number, affirmation] : entriesOf(result.affirmations().hashmap())) {
+      add({kMet, number, nullptr, affirmation}, *affirmation);
     }
   }
 
-  void add(const SessionResult& result) {
-    for (const auto& [number, violation] : result.violations().hashmap()) {
-      add({levelOf(violation).rank, 0, number, 0, 0, 0, &violation, nullptr}, violation);
+  void compareWith(const SessionResult& baseline, const SessionResult& result) {
+    const Comparison comparison = compare(baseline, result);
+    mark(comparison.added, kNew);
+    mark(comparison.moved, kMoved);
+    mark(comparison.unchanged, kUnchanged);
+    mark(comparison.fixed, kUnmarked);
+    for (const auto& [number, violation] : entriesOf(baseline.violations().hashmap())) {
+      if (marks_.count(violation) != 0) {
+        add({kFixed, number, violation, nullptr}, *violation);
+      }
     }
-    for (const auto& [number, violation] : result.waived_violations().hashmap()) {
-      const Kind kind = isNotChecked(violation) ? kNotChecked : kWaived;
-      add({kind, 0, number, 0, 0, 0, &violation, nullptr}, violation);
-    }
-    for (const auto& [number, affirmation] : result.affirmations().hashmap()) {
-      add({kMet, 0, number, 0, 0, 0, nullptr, &affirmation}, affirmation);
-    }
+    findings_.isCompared = true;
   }
 
   Findings sorted() {
-    sortFiles();
+    numberFiles();
     std::sort(findings_.list.begin(), findings_.list.end(), [](const auto& a, const auto& b) {
       const auto order = [](const Finding& finding) {
         return std::tie(finding.file, finding.line, finding.column, finding.kind, finding.number);
@@ -93,20 +115,27 @@ class Collector {
   }
 
  private:
-  void add(Kind kind, const Violations& violations) {
+  void mark(const Violations& violations, Mark mark) {
     for (const Violation* violation : violations) {
-      add({kind, 0, violation->id(), 0, 0, 0, violation, nullptr}, *violation);
+      marks_[violation] = mark;
     }
   }
 
   template <typename Message>
   void add(Finding finding, const Message& message) {
-    if (const Reference* reference = placeReference(message.details().args())) {
-      const Place place = placeOfFinding(*reference);
-      finding.file = fileNumber(place.file, reference->url());
-      finding.line = place.line;
-      finding.column = place.column;
+    const ArgList& arguments = message.details().args();
+    finding.severity = severityOf(message);
+    finding.rule = ruleNumber(message.rule_key());
+    finding.placeArgument = placeArgument(arguments);
+    Place place;
+    if (finding.placeArgument >= 0) {
+      const Reference& reference = arguments.arg(finding.placeArgument).ref();
+      place = placeOf(reference);
+      setPlace(place, reference.url(), &finding);
+    } else if (const Reference* object = objectInFile(arguments)) {
+      setPlace(placeOfObject(*object), object->url(), &finding);
     }
+    finding.fingerprint = fingerprintOf(message.rule_key(), message.details(), place);
     const auto mark = marks_.find(finding.violation);
     finding.mark = mark == marks_.end() ? kUnmarked : mark->second;
     ++findings_.ofKind[static_cast<std::size_t>(finding.kind)];
@@ -114,37 +143,45 @@ class Collector {
     findings_.list.push_back(finding);
   }
 
-  std::size_t fileNumber(const std::string& path, const Resource& url) {
-    const std::string key = path + '\0' + std::to_string(url.scheme()) + url.host() + '\0' +
-                            std::to_string(url.port()) + url.path() + '\0' + url.query();
-    const auto [file, isFirst] = numbers_.insert({key, findings_.files.size()});
+  std::size_t ruleNumber(const std::string& key) {
+    const auto [rule, isFirst] = numberOfRule_.try_emplace(key, findings_.rules.size());
     if (isFirst) {
-      findings_.files.push_back({path, addressOf(url)});
+      findings_.rules.push_back(key);
     }
-    return file->second;
+    return rule->second;
   }
 
-  void sortFiles() {
-    std::vector<File>& files = findings_.files;
-    std::vector<std::size_t> order(files.size());
-    std::iota(order.begin(), order.end(), 0);
-    std::sort(order.begin() + 1, order.end(), [&files](std::size_t a, std::size_t b) {
-      return std::tie(files[a].path, files[a].address) < std::tie(files[b].path, files[b].address);
-    });
-    std::vector<File> sortedFiles(files.size());
-    std::vector<std::size_t> ranks(files.size());
-    for (std::size_t i = 0; i < order.size(); ++i) {
-      sortedFiles[i] = std::move(files[order[i]]);
-      ranks[order[i]] = i;
+  void setPlace(const Place& place, const Resource& url, Finding* finding) {
+    const std::string key = place.file + '\0' + std::to_string(url.scheme()) + url.host() + '\0' +
+                            std::to_string(url.port()) + url.path() + '\0' + url.query();
+    const auto [file, isFirst] = numberOfUrl_.try_emplace(key, 0);
+    if (isFirst) {
+      const std::size_t number = numberOfFile_.size();
+      const auto named = std::make_pair(place.file, addressOf(url));
+      file->second = numberOfFile_.try_emplace(named, number).first->second;
     }
-    files = std::move(sortedFiles);
+    finding->file = file->second;
+    finding->line = place.line;
+    finding->column = place.column;
+  }
+
+  // Files get the numbers of their order.
+  void numberFiles() {
+    std::vector<std::size_t> ranks(numberOfFile_.size());
+    for (const auto& [file, number] : numberOfFile_) {
+      ranks[number] = findings_.files.size();
+      findings_.files.push_back({file.first, file.second});
+    }
     for (Finding& finding : findings_.list) {
       finding.file = ranks[finding.file];
     }
   }
 
   Findings findings_;
-  std::unordered_map<std::string, std::size_t> numbers_;
+  std::unordered_map<std::string, std::size_t> numberOfRule_;
+  // By path and address; the first one is none.
+  std::map<std::pair<std::string, std::string>, std::size_t> numberOfFile_{{{"", ""}, 0}};
+  std::unordered_map<std::string, std::size_t> numberOfUrl_;
   std::unordered_map<const Violation*, Mark> marks_;
 };
 
@@ -171,11 +208,12 @@ const std::vector<Level>& marks() {
 }
 
 Findings findingsOf(const SessionResult& result, const SessionResult* baseline) {
-  Collector collector(baseline == nullptr ? Comparison() : compare(*baseline, result));
+  Collector collector;
+  if (baseline != nullptr) {
+    collector.compareWith(*baseline, result);
+  }
   collector.add(result);
-  Findings findings = collector.sorted();
-  findings.isCompared = baseline != nullptr;
-  return findings;
+  return collector.sorted();
 }
 
 }  // namespace rulecheck

@@ -8,6 +8,7 @@
 #include <vok/rulecheck/RuleService.pb.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -32,28 +33,30 @@ struct File {
 
 struct Finding {
   int kind;
-  int mark;
   int number;  // its key in the map of findings
-  std::size_t file;
-  int line;
-  int column;
   // One of the two.
   const vok::rulecheck::Violation* violation;
   const vok::rulecheck::Affirmation* affirmation;
+  int severity = vok::rulecheck::Violation::SEV_UNKNOWN;
+  int mark = kUnmarked;
+  std::size_t rule = 0;
+  std::size_t file = 0;
+  int line = 0;
+  int column = 0;
+  int placeArgument = -1;  // the number of the argument that is its place
+  std::uint64_t fingerprint = 0;
 
   template <typename Visitor>
   auto visit(const Visitor& visitor) const {
     return violation != nullptr ? visitor(*violation) : visitor(*affirmation);
   }
-  const std::string& rule() const {
-    return visit([](const auto& found) -> const std::string* { return &found.rule_key(); })[0];
-  }
 };
 
 struct Findings {
-  std::vector<File> files{1};  // by path and address; the first one is none
-  std::vector<Finding> list;   // by file, line, column, kind and number
-  bool isCompared = false;     // with a baseline
+  std::vector<std::string> rules;  // keys
+  std::vector<File> files;         // by path and address; the first one is none
+  std::vector<Finding> list;       // by file, line, column, kind and number
+  bool isCompared = false;         // with a baseline
   std::vector<std::size_t> ofKind = std::vector<std::size_t>(kFixed + 1);
   std::vector<std::size_t> ofMark = std::vector<std::size_t>(kUnchanged + 1);
 };

@@ -51,7 +51,7 @@ data plainFinding(const Findings& findings, const Finding& finding) {
 data plainRules(const SessionResult& result, const Findings& findings) {
   std::map<std::string, data> byRule;
   for (const Finding& finding : findings.list) {
-    byRule.insert({finding.rule(), data(data::type::list)})
+    byRule.insert({findings.rules[finding.rule], data(data::type::list)})
         .first->second.push_back(plainFinding(findings, finding));
   }
   data list(data::type::list);

@@ -89,16 +89,16 @@ struct Rules {
   explicit Rules(const Findings& findings) {
     for (const Finding& finding : findings.list) {
       if (finding.kind <= kNotChecked || finding.kind == kMet) {
-        auto& keys = finding.kind == kMet          ? met
-                     : finding.kind == kNotChecked ? unchecked
-                                                   : violated;
-        keys.insert(finding.rule());
+        auto& rules = finding.kind == kMet          ? met
+                      : finding.kind == kNotChecked ? unchecked
+                                                    : violated;
+        rules.insert(finding.rule);
       }
     }
   }
-  std::set<std::string> violated;
-  std::set<std::string> met;
-  std::set<std::string> unchecked;
+  std::set<std::size_t> violated;
+  std::set<std::size_t> met;
+  std::set<std::size_t> unchecked;
 };
 
 void checkCount(const char* field, bool present, int stated, std::size_t listed, data* problems) {

@@ -8,8 +8,10 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <vector>
 
+#include "apps/common/directory.h"
 #include "support/messages.h"
 
 namespace {
@@ -365,6 +367,23 @@ TEST(Page, DependsOnNothingButTheResult) {
   EXPECT_EQ(rulecheck::page(forwards), rulecheck::page(backwards));
 }
 
+// Two addresses that browsers read as one, and a violation that is fixed in two places.
+TEST(Page, DependsOnNothingButTheResultWhereFindingsAreAlike) {
+  std::set<std::string> pages;
+  for (int i = 0; i < 20; ++i) {
+    const auto result = tests::parse<SessionResult>(R"(violations {
+      hashmap { key: 1 value { id: 1 rule_key: "A" details { args { arg { ref { type: FILE name: "a.v"
+        url { scheme: FILE path: "/a b" } } } } } } }
+      hashmap { key: 2 value { id: 1 rule_key: "B" details { args { arg { ref { type: FILE name: "a.v"
+        url { scheme: FILE path: "/a%20b" } } } } } } } })");
+    const SessionResult now;
+    PageOptions options;
+    options.baseline = &result;
+    pages.insert(rulecheck::page(result) + rulecheck::page(now, options));
+  }
+  EXPECT_EQ(pages.size(), 1);
+}
+
 TEST(PageLinks, LeadToWebHostsAndEditorsOnly) {
   for (const char* good :
        {"https://host/blob/main/{path}#L{line}", "http://h:1/{path}", "vscode://file{absolute}",
@@ -381,11 +400,7 @@ TEST(PageLinks, LeadToWebHostsAndEditorsOnly) {
 // A folder of sources, and what a page shows of a file in it.
 class PageSources : public testing::Test {
  protected:
-  PageSources() : folder_(fs::path(testing::TempDir()) / "page_sources") {
-    fs::remove_all(folder_);
-    fs::create_directories(folder_ / "root/rtl/.hidden");
-  }
-  ~PageSources() override { fs::remove_all(folder_); }
+  PageSources() { fs::create_directories(folder_ / "root/rtl/.hidden"); }
 
   void write(const fs::path& name, const std::string& text) const {
     std::ofstream(folder_ / name) << text;
@@ -397,7 +412,8 @@ class PageSources : public testing::Test {
     return dataOf(pageOf("violations { " + violations + " }", options));
   }
 
-  fs::path folder_;
+  const tests::Directory directory_;
+  const fs::path folder_ = directory_.path();
 };
 
 std::string at(const std::string& file, int line, const std::string& source = "") {
