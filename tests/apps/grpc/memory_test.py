@@ -7,20 +7,13 @@ import resource
 import time
 import unittest
 
-import grpc
-from servers import ENDED_WELL, METHODS, SERVICE, Server, ServerTest, protocol
+from servers import HEALTH, MEBIBYTE, Server, ServerTest, file, finding, protocol, session
 
-MEBIBYTE = 1 << 20
 ADDRESS_SPACE = 1536 * MEBIBYTE
 LIMITS = ["--max-bytes", 64 * MEBIBYTE, "--max-session-bytes", 64 * MEBIBYTE,
           "--max-text-bytes", 8 * MEBIBYTE, "--max-rule-bytes", 2 * MEBIBYTE]
-HEALTH = "/grpc.health.v1.Health/Check"
 # Each repeated message of two bytes takes more than fifty in memory.
-HOSTILE_ARGUMENTS = b"\x0a\x00" * ((MEBIBYTE - 200) // 2)
-
-
-def file(path):
-    return protocol.Resource(scheme=protocol.Resource.FILE, path=path)
+HOSTILE_ARGUMENTS = 524000
 
 
 class MemoryTest(ServerTest):
@@ -38,18 +31,12 @@ class MemoryTest(ServerTest):
         self.assertEqual(self.client.found(self.kept), {1: "mark"})
         self.assertEqual(self.client.send(HEALTH, b""), b"\x08\x01")
         print(f"{self.id()}: {self.server.most_memory() // MEBIBYTE} MiB at most")
-        self.client.channel.close()
-        self.assertEqual(self.server.stop(), ENDED_WELL)
-
-    def hostile_finding(self, session, rule="W"):
-        fields = protocol.CreateViolation(rule_key=rule, session_uuid=session).SerializeToString()
-        return fields + b"\x1a" + varint(len(HOSTILE_ARGUMENTS)) + HOSTILE_ARGUMENTS
 
     def statuses(self, method, contents, clients=4):
         """Of requests that are all sent at once."""
         channels = [self.large_channel() for _ in range(clients)]
-        calls = [channels[i % clients].channel.unary_unary(f"/{SERVICE}/{method}").future(
-            content, timeout=120) for i, content in enumerate(contents)]
+        calls = [channels[i % clients].future(method, content)
+                 for i, content in enumerate(contents)]
         codes = {call.code().name for call in calls}
         for channel in channels:
             channel.channel.close()
@@ -58,10 +45,7 @@ class MemoryTest(ServerTest):
     def fill(self, session, text):
         """Records findings until the session is full, and returns their number."""
         for count in range(10000):
-            content = protocol.CreateViolation(
-                rule_key="W", session_uuid=session, args=protocol.ArgList(
-                    arg=[protocol.Arg(string_val=text)])).SerializeToString()
-            status, reason = self.client.refusal("createViolation", content)
+            status, reason = self.client.refusal("createViolation", finding(session, text))
             if status != "OK":
                 self.assertEqual(status, "RESOURCE_EXHAUSTED")
                 self.assertRegex(reason, r"takes \d+ bytes, more than \d+: ")
@@ -73,18 +57,18 @@ class Findings(MemoryTest):
     def test_of_a_long_rule(self):
         rule = protocol.RuleSpec(key="L", full_name="f")
         rule.examples.uri.add(link_text="x" * (MEBIBYTE - 1000))
-        self.client.call("upsertRuleSpec", key="L", full_name="f", examples=rule.examples)
-        body = protocol.CreateViolation(rule_key="L", session_uuid=self.kept).SerializeToString()
+        self.client.send("upsertRuleSpec", rule)
         for _ in range(50):
-            self.client.send("createViolation", body)
+            self.client.send("createViolation", finding(self.kept, rule="L"))
         self.assertLess(self.server.most_memory(), 80 * MEBIBYTE)
-        status = self.client.refusal("resetSession", session(self.kept))[0]
-        self.assertEqual(status, "OK")
+        self.client.call("resetSession", name="", uuid=self.kept)
         self.client.find(self.kept, "mark")
 
     def test_of_the_worst_kind(self):
         other = self.client.start()
-        codes = self.statuses("createViolation", [self.hostile_finding(other)] * 12)
+        hostile = finding(other)
+        hostile.args.arg.extend([protocol.Arg()] * HOSTILE_ARGUMENTS)
+        codes = self.statuses("createViolation", [hostile] * 12)
         self.assertEqual(codes, {"OK", "RESOURCE_EXHAUSTED"})
         self.statuses("getSessionResult", [session(other)] * 8)
 
@@ -92,17 +76,15 @@ class Findings(MemoryTest):
         other = self.client.start()
         for i in range(120):
             self.client.refusal("upsertRuleSpec", protocol.RuleSpec(
-                key="C", full_name="f", owner=str(i) * 300000).SerializeToString())
-            self.client.refusal("createViolation", protocol.CreateViolation(
-                rule_key="C", session_uuid=other).SerializeToString())
+                key="C", full_name="f", owner=str(i) * 300000))
+            self.client.refusal("createViolation", finding(other, rule="C"))
 
 
 class Sessions(MemoryTest):
     def test_with_long_descriptions(self):
-        content = protocol.Session(name="n", report_file=file("r.html")).SerializeToString()
-        groups = b"\xa3\x06\xa4\x06" * 200000  # unknown groups in the session's own message
-        address = protocol.Resource(scheme=protocol.Resource.FILE).SerializeToString() + groups
-        content += b"\x2a" + varint(len(address)) + address
+        groups = b"\xa3\x06\xa4\x06" * 200000  # unknown ones, of two bytes each
+        address = protocol.Resource.FromString(file("r.html").SerializeToString() + groups)
+        content = protocol.Session(name="n", report_file=address)
         codes = self.statuses("startSession", [content] * 50)
         self.assertIn("RESOURCE_EXHAUSTED", codes)
 
@@ -110,10 +92,10 @@ class Sessions(MemoryTest):
         other = self.client.start()
         self.fill(other, "x" * 900000)
         channels = [self.large_channel() for _ in range(8)]
-        calls = [channel.channel.unary_stream(f"/{SERVICE}/getSessionResult")(session(other))
+        calls = [channel.leave_unread("getSessionResult", session(other))
                  for channel in channels for _ in range(7)]
-        calls += [channel.channel.unary_stream(f"/{SERVICE}/getSession")(
-            protocol.GetSession(session_uuid=other).SerializeToString()) for channel in channels]
+        calls += [channel.leave_unread("getSession", protocol.GetSession(session_uuid=other))
+                  for channel in channels]
         self.assertEqual(self.client.send(HEALTH, b""), b"\x08\x01")
         status = ("OK", None)
         while status == ("OK", None):  # until it is the last of them
@@ -161,11 +143,10 @@ class Files(MemoryTest):
         for i in range(4):
             self.client.refusal("upsertRuleSpec", protocol.RuleSpec(
                 key=f"K{i}", full_name="f", session_names=protocol.StringList(
-                    msg=["\x01"] * 30000)).SerializeToString())
+                    msg=["\x01"] * 30000)))
         for path in ["d.pb", "d.txt", "d.json"]:
-            dump = protocol.DumpRules(data_file=file(path)).SerializeToString()
-            self.assertEqual(self.client.refusal("dumpRules", dump)[0], "OK")
-            load = protocol.LoadRuleDataFile(data_file=file(path)).SerializeToString()
+            self.client.call("dumpRules", data_file=file(path))
+            load = protocol.LoadRuleDataFile(data_file=file(path))
             self.assertIn(self.client.refusal("loadRuleDataFile", load)[0],
                           ["OK", "FAILED_PRECONDITION"])
 
@@ -187,9 +168,7 @@ class Sequences(MemoryTest):
             "upsertRuleSpec": protocol.RuleSpec(
                 key="R", full_name="f", raw_msg=long, examples=protocol.Links(
                     uri=[protocol.Link(link_text="l")] * random.choice([0, 10000]))),
-            "createViolation": protocol.CreateViolation(
-                rule_key="R", session_uuid=uuid, args=protocol.ArgList(
-                    arg=[protocol.Arg(string_val=long)])),
+            "createViolation": finding(uuid, long, rule="R"),
             "createAffirmation": protocol.CreateAffirmation(
                 rule_key="R", session_uuid=uuid, args=protocol.ArgList(
                     arg=[protocol.Arg()] * random.choice([0, 50000]))),
@@ -198,21 +177,8 @@ class Sequences(MemoryTest):
                 data_file=file(random.choice(["d.pb", "p.pb"]))),
         }
         for method in ["getSessionResult", "writeReport", "resetSession"]:
-            bodies[method] = protocol.Session(name="", uuid=uuid)
-        method = random.choice(sorted(bodies))
-        return method, bodies[method].SerializeToString()
-
-
-def session(uuid):
-    return protocol.Session(name="", uuid=uuid).SerializeToString()
-
-
-def varint(number):
-    content = b""
-    while number > 0x7F:
-        content += bytes([number & 0x7F | 0x80])
-        number >>= 7
-    return content + bytes([number])
+            bodies[method] = session(uuid)
+        return random.choice(list(bodies.items()))
 
 
 if __name__ == "__main__":

@@ -43,7 +43,7 @@ class Methods(ServerTest):
         for method, argument, expected in CALLS:
             with self.subTest(method):
                 argument_type, answer_type = METHODS[method]
-                content = text_format.Parse(argument, argument_type()).SerializePartialToString()
+                content = text_format.Parse(argument, argument_type())
                 answer = answer_type.FromString(client.send(method, content))
                 for session in (answer, getattr(answer, "session", None)):
                     if isinstance(session, protocol.Session):
@@ -56,7 +56,7 @@ class Methods(ServerTest):
                 ("getSession", 'session_uuid: "s"', ("NOT_FOUND", 'there is no session "s"')),
                 ("dumpRules", FILE,
                  ("FAILED_PRECONDITION", "this server was given no directory for files"))]:
-            content = text_format.Parse(argument, METHODS[method][0]()).SerializeToString()
+            content = text_format.Parse(argument, METHODS[method][0]())
             self.assertEqual(client.refusal(method, content), expected)
 
 

@@ -5,8 +5,7 @@
 import time
 import unittest
 
-from memory_test import MEBIBYTE, file, session
-from servers import SERVICE, Server, ServerTest, protocol
+from servers import MEBIBYTE, Server, ServerTest, file, finding, protocol, session
 
 
 class DefaultLimits(ServerTest):
@@ -31,14 +30,11 @@ class DefaultLimits(ServerTest):
     def started(self, text, **fields):
         """A session with a finding of a million bytes, and that finding."""
         uuid = self.client.start(**fields)
-        content = protocol.CreateViolation(
-            rule_key="W", session_uuid=uuid, args=protocol.ArgList(
-                arg=[protocol.Arg(string_val=text * 1000000)])).SerializeToString()
-        return uuid, content
+        return uuid, finding(uuid, text * 1000000)
 
     def leave_unread(self, *uuids):
-        calls = [self.large_channel().channel.unary_stream(f"/{SERVICE}/getSessionResult")(
-            session(uuid)) for uuid in uuids]
+        calls = [self.large_channel().leave_unread("getSessionResult", session(uuid))
+                 for uuid in uuids]
         time.sleep(10)  # until the server has answered all of them
         return calls
 
@@ -46,20 +42,20 @@ class DefaultLimits(ServerTest):
         strings = protocol.StringList(msg=["x"] * 5000)  # which take most for their length
         for i in range(5000):
             self.repeat("upsertRuleSpec", protocol.RuleSpec(
-                key=str(i), full_name="f", session_names=strings).SerializeToString(), 1)
+                key=str(i), full_name="f", session_names=strings), 1)
 
     def test_of_answers(self):
         # A page, for which each byte becomes six; results below the limit of unread bytes, and
         # the longest ones.
-        page, finding = self.started('"', report_file=file("r.html"), proto_file=file("s.json"))
-        self.repeat("createViolation", finding, 60)
+        page, long_text = self.started('"', report_file=file("r.html"), proto_file=file("s.json"))
+        self.repeat("createViolation", long_text, 60)
         self.assertEqual(self.client.refusal("writeReport", session(page))[0], "OK")
-        short, finding = self.started("x")
-        self.repeat("createViolation", finding, 60)
+        short, long_text = self.started("x")
+        self.repeat("createViolation", long_text, 60)
         long = []
         for _ in range(2):
-            uuid, finding = self.started("x")
-            self.repeat("createViolation", finding)
+            uuid, long_text = self.started("x")
+            self.repeat("createViolation", long_text)
             long.append(uuid)
         calls = self.leave_unread(*[short] * 4, *long * 8)
         for call in calls:

@@ -6,6 +6,7 @@ import os
 import pathlib
 import re
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
@@ -19,6 +20,9 @@ RULE_SERVER = os.environ["RULE_SERVER"]
 RULECHECK = os.environ["RULECHECK"]
 SCHEMA = pathlib.Path(os.environ["SCHEMA"])
 SERVICE = "vok.rulecheck.RuleCheckService"
+HEALTH = "/grpc.health.v1.Health/Check"
+ENDED_WELL = (0, "", "")
+MEBIBYTE = 1 << 20
 
 # Also for programs that are started.
 os.environ["PYTHONPATH"] += os.pathsep + os.environ["MESSAGES_DIR"]
@@ -34,21 +38,62 @@ METHODS = {
     for method in protocol.DESCRIPTOR.services_by_name["RuleCheckService"].methods}
 
 
+def file(path):
+    return protocol.Resource(scheme=protocol.Resource.FILE, path=path)
+
+
+def session(uuid):
+    """The argument of methods that take the session's uuid only."""
+    return protocol.Session(name="", uuid=uuid)
+
+
+def finding(uuid, *texts, rule="W"):
+    """The argument of createViolation."""
+    arguments = [protocol.Arg(string_val=text) for text in texts]
+    return protocol.CreateViolation(
+        rule_key=rule, session_uuid=uuid, args=protocol.ArgList(arg=arguments))
+
+
+def serialized(content):
+    return content if isinstance(content, bytes) else content.SerializeToString()
+
+
+def connected(address, timeout=None):
+    """A socket."""
+    if address.startswith("unix:"):
+        connection = socket.socket(socket.AF_UNIX)
+        connection.connect(address.removeprefix("unix:"))
+        return connection
+    host, port = address.rsplit(":", 1)
+    return socket.create_connection((host, int(port)), timeout)
+
+
 class Client:
     def __init__(self, channel):
         self.channel = channel
 
+    def method(self, name):
+        return self.channel.unary_unary(
+            name if "/" in name else f"/{SERVICE}/{name}", request_serializer=serialized)
+
     def send(self, method, content, **options):
-        """Sends bytes to a method and returns the bytes of the answer."""
-        path = method if "/" in method else f"/{SERVICE}/{method}"
-        return self.channel.unary_unary(path)(content, timeout=60, **options)
+        """Sends a message or bytes to a method, and returns the bytes of the answer."""
+        return self.method(method)(content, timeout=60, **options)
+
+    def future(self, method, content=b"", timeout=120):
+        return self.method(method).future(content, timeout=timeout)
+
+    def leave_unread(self, method, content):
+        """A call whose answer is not read."""
+        return self.channel.unary_stream(
+            f"/{SERVICE}/{method}", request_serializer=serialized)(content)
 
     def call(self, method, **fields):
         argument, answer = METHODS[method]
-        return answer.FromString(self.send(method, argument(**fields).SerializeToString()))
+        return answer.FromString(self.send(method, argument(**fields)))
 
     def refusal(self, method, content=b"", **options):
-        """The status that refuses bytes, and its text."""
+        """The status that refuses a message or bytes, and its text."""
         try:
             self.send(method, content, **options)
         except grpc.RpcError as error:
@@ -61,9 +106,8 @@ class Client:
         return self.call("startSession", name=name, **fields).uuid
 
     def find(self, session, mark):
-        arguments = protocol.ArgList(arg=[protocol.Arg(string_val=mark)])
-        return self.call(
-            "createViolation", rule_key="W", session_uuid=session, args=arguments).id
+        return protocol.Violation.FromString(
+            self.send("createViolation", finding(session, mark))).id
 
     def found(self, session):
         """The marks of a session's violations by number."""
@@ -75,14 +119,15 @@ class Client:
 
 
 class Server:
-    """The program, from its start until the test ends it."""
+    """The program. Unless the test ends it, it must end well after the test."""
 
     def __init__(self, test, *options, environment=None, prefix=()):
+        self.ended = False
         self.errors = tempfile.TemporaryFile()
         self.process = subprocess.Popen(
             [*prefix, RULE_SERVER, *map(str, options)], stdout=subprocess.PIPE, stderr=self.errors,
             text=True, cwd=test.folder, env={**os.environ, **(environment or {})})
-        test.addCleanup(self.kill)
+        test.addCleanup(self.close, test)
         line = self.process.stdout.readline()
         test.assertRegex(line, r"\AListening on .+\n\Z", self.error_text())
         self.address = line.removeprefix("Listening on ").rstrip("\n")
@@ -96,6 +141,7 @@ class Server:
 
     def end(self):
         """What the program said at its end, in all: exit status, output and errors."""
+        self.ended = True
         status = self.process.wait(timeout=60)
         return status, self.process.stdout.read(), self.error_text()
 
@@ -103,11 +149,19 @@ class Server:
         self.send_signal(number)
         return self.end()
 
+    def close(self, test):
+        try:
+            if not self.ended:
+                test.assertEqual(self.stop(), ENDED_WELL)
+        finally:
+            self.kill()
+            self.process.stdout.close()
+            self.errors.close()
+
     def kill(self):
+        self.ended = True
         self.process.kill()
         self.process.wait()
-        self.process.stdout.close()
-        self.errors.close()
 
     def memory(self, kind):
         """In bytes."""
@@ -116,9 +170,6 @@ class Server:
 
     def most_memory(self):
         return self.memory("VmHWM")
-
-
-ENDED_WELL = (0, "", "")
 
 
 class ServerTest(program_test.ProgramTest):

@@ -14,7 +14,7 @@ import unittest
 
 import grpc
 from proxy import Proxy
-from servers import ENDED_WELL, RULE_SERVER, SERVICE, Server, ServerTest, protocol
+from servers import ENDED_WELL, RULE_SERVER, Server, ServerTest, file, protocol, session
 
 
 class Servers(ServerTest):
@@ -44,21 +44,20 @@ class Servers(ServerTest):
             server = Server(self, *options, environment={"RULE_SERVER_TOKEN": variable})
             client = self.channel(server.address)
             for wrong in ["", f"{token}\n"]:
-                content = protocol.ExchangeToken(token=wrong).SerializeToString()
+                content = protocol.ExchangeToken(token=wrong)
                 self.assertEqual(client.refusal("stopServer", content)[0], "UNAUTHENTICATED")
             if token:
                 self.assertEqual(client.call("stopServer", token=token).msg, "server stopped")
-            client.channel.close()
-            self.assertEqual(server.end() if token else server.stop(), ENDED_WELL)
+                client.channel.close()
+                self.assertEqual(server.end(), ENDED_WELL)
 
     def test_answer_what_they_have_begun_and_begin_nothing_more(self):
         server = Server(self, "--files", ".")
         starter = self.channel(server.address)
         clients = [self.channel(server.address) for _ in range(3)]
         sessions = [self.session_with_report(starter, f"{i}.html") for i in range(30)]
-        calls = [clients[i % 3].channel.unary_unary(f"/{SERVICE}/writeReport").future(
-            protocol.Session(name="", uuid=session).SerializeToString(), timeout=60)
-                 for i, session in enumerate(sessions)]
+        calls = [clients[i % 3].future("writeReport", session(uuid))
+                 for i, uuid in enumerate(sessions)]
         concurrent.futures.wait([done(call) for call in calls], return_when="FIRST_COMPLETED")
         finished = sum(call.done() for call in calls)
         server.send_signal(signal.SIGTERM)
@@ -84,13 +83,11 @@ class Servers(ServerTest):
         self.addCleanup(os.close, folder)
         fcntl.flock(folder, fcntl.LOCK_EX)  # which delays the removal of the socket
         client = self.channel(server.address)
-        session = client.start(report_file=protocol.Resource(
-            scheme=protocol.Resource.FILE, path="r.html"))
+        uuid = client.start(report_file=file("r.html"))
         for _ in range(50):
-            client.find(session, "<" * 1000000)
-        content = protocol.Session(name="", uuid=session).SerializeToString()
-        calls = [self.channel(server.address).channel.unary_unary(
-            f"/{SERVICE}/writeReport").future(content, timeout=100) for _ in range(50)]
+            client.find(uuid, "<" * 1000000)
+        calls = [self.channel(server.address).future("writeReport", session(uuid))
+                 for _ in range(50)]
         concurrent.futures.wait([done(call) for call in calls], return_when="FIRST_COMPLETED")
         start = time.monotonic()
         self.assertEqual(server.stop(), ENDED_WELL)
@@ -101,18 +98,16 @@ class Servers(ServerTest):
 
     @staticmethod
     def session_with_report(client, path):
-        session = client.start(
-            report_file=protocol.Resource(scheme=protocol.Resource.FILE, path=path))
+        uuid = client.start(report_file=file(path))
         for mark in "abc":
-            client.find(session, mark * 300000)
-        return session
+            client.find(uuid, mark * 300000)
+        return uuid
 
     def test_share_no_address(self):
         server = Server(self)
         self.assert_refused(
             self.run_program("timeout", "60", RULE_SERVER, "--listen", server.address),
             f"rule_server: {server.address}: cannot listen there: Address already in use")
-        self.assertEqual(server.stop(), ENDED_WELL)
 
 
 def done(call):
@@ -133,11 +128,10 @@ class Sockets(ServerTest):
         self.assertEqual(server.address, self.address)
         return server
 
-    def assert_works(self, server):
+    def assert_works(self):
         client = self.channel(self.address)
         self.assertEqual(client.found(client.start()), {})
         client.channel.close()
-        self.assertEqual(server.stop(), ENDED_WELL)
 
     def assert_not_taken(self, reason):
         self.assert_refused(
@@ -145,18 +139,19 @@ class Sockets(ServerTest):
             f"rule_server: {self.address}: cannot listen there: {reason}")
 
     def test_are_removed_in_the_end(self):
-        self.assert_works(self.server())
+        self.assertEqual(self.server().stop(), ENDED_WELL)
         self.assertFalse(self.path.exists())
 
     def test_are_not_taken_from_a_server(self):
-        server = self.server()
+        self.server()
         self.assert_not_taken("Address already in use")
-        self.assert_works(server)
+        self.assert_works()
 
     def test_are_taken_from_a_server_that_was_killed(self):
         self.server().kill()
         self.assertTrue(self.path.is_socket())
-        self.assert_works(self.server())
+        self.server()
+        self.assert_works()
 
     def test_do_not_replace_files(self):
         self.path.write_text("a file", encoding="utf-8")
@@ -166,9 +161,9 @@ class Sockets(ServerTest):
     def test_of_successors_are_not_removed(self):
         server = self.server()
         self.path.unlink()
-        successor = self.server()
+        self.server()
         self.assertEqual(server.stop(), ENDED_WELL)
-        self.assert_works(successor)
+        self.assert_works()
 
     def test_are_not_taken_while_the_folder_is_locked(self):
         folder = os.open(self.folder, os.O_RDONLY)
@@ -184,9 +179,7 @@ class Sockets(ServerTest):
         lines = [(server.stdout.readline(), server) for server in starting]
         listening = [server for line, server in lines if line]
         self.assertEqual(len(listening), 1)
-        client = self.channel(self.address)
-        self.assertEqual(client.found(client.start()), {})
-        client.channel.close()
+        self.assert_works()
         listening[0].terminate()
         for server in starting:
             _, errors = server.communicate(timeout=60)
@@ -206,7 +199,6 @@ class LintClient(ServerTest):
         proxy = Proxy(self, server.address, length=60000)
         self.assert_lost(self.report(proxy.address, lines=1000))
         self.assertEqual(proxy.connections, 1)
-        self.assertEqual(server.stop(), ENDED_WELL)
 
     def test_tells_what_the_server_refuses(self):
         server = Server(self, "--files", ".")
