@@ -8,10 +8,12 @@
 #include <chrono>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "common/command_line.h"
 #include "common/framing.h"
 #include "grpc/address.h"
+#include "rule_server/envelope.h"
 
 namespace rule_grpc {
 namespace {
@@ -34,63 +36,38 @@ using Stub = vok::rulecheck::RuleCheckService::Stub;
 template <typename Argument, typename Answer>
 Response call(Stub& stub,
               grpc::Status (Stub::*method)(grpc::ClientContext*, const Argument&, Answer*),
-              const Argument& argument, Response::ResponseType type, Answer* (Response::*body)()) {
+              const Argument& argument) {
   constexpr auto kLongest = std::chrono::minutes(1);
   grpc::ClientContext context;
   context.set_deadline(std::chrono::system_clock::now() + kLongest);
-  Response response;
-  response.set_type(type);
-  Answer* answer = (response.*body)();
-  const grpc::Status status = (stub.*method)(&context, argument, answer);
+  Answer answer;
+  const grpc::Status status = (stub.*method)(&context, argument, &answer);
   if (!status.ok()) {
     fail(status);
   }
-  return response;
-}
-
-Session sessionOf(const vok::rulecheck::StartSession& start) {
-  Session session;
-  session.set_name(start.name());
-  session.set_description(start.description());
-  if (start.has_report_file()) {
-    *session.mutable_report_file() = start.report_file();
-  }
-  if (start.has_proto_file()) {
-    *session.mutable_proto_file() = start.proto_file();
-  }
-  return session;
-}
-
-Session named(const std::string& uuid) {
-  Session session;
-  session.set_name("");
-  session.set_uuid(uuid);
-  return session;
+  return rule_server::respond(std::move(answer));
 }
 
 Response exchange(Stub& stub, const Request& request) {
+  Session session;
   switch (request.type()) {
     case Request::CREATE_AFFIRMATION:
-      return call(stub, &Stub::createAffirmation, request.create_affirmation(),
-                  Response::AFFIRMATION, &Response::mutable_affirmation);
+      return call(stub, &Stub::createAffirmation, request.create_affirmation());
     case Request::CREATE_VIOLATION:
-      return call(stub, &Stub::createViolation, request.create_violation(), Response::VIOLATION,
-                  &Response::mutable_violation);
+      return call(stub, &Stub::createViolation, request.create_violation());
     case Request::GET_SESSION_RESULT:
-      return call(stub, &Stub::getSessionResult, named(request.get_session_result().session_uuid()),
-                  Response::SESSION_RESULT, &Response::mutable_session_result);
+      session.set_name("");
+      session.set_uuid(request.get_session_result().session_uuid());
+      return call(stub, &Stub::getSessionResult, session);
     case Request::START_SESSION:
-      return call(stub, &Stub::startSession, sessionOf(request.start_session()), Response::SESSION,
-                  &Response::mutable_session);
+      rule_server::copyStart(request.start_session(), &session);
+      return call(stub, &Stub::startSession, session);
     case Request::STOP_SESSION:
-      return call(stub, &Stub::stopSession, request.stop_session().session(),
-                  Response::STATUS_RESPONSE, &Response::mutable_status);
+      return call(stub, &Stub::stopSession, request.stop_session().session());
     case Request::UPSERT_RULESPEC:
-      return call(stub, &Stub::upsertRuleSpec, request.upsert_rulespec().rule_spec(),
-                  Response::STATUS_RESPONSE, &Response::mutable_status);
+      return call(stub, &Stub::upsertRuleSpec, request.upsert_rulespec().rule_spec());
     case Request::WRITE_REPORT:
-      return call(stub, &Stub::writeReport, request.write_report().session(),
-                  Response::STATUS_RESPONSE, &Response::mutable_status);
+      return call(stub, &Stub::writeReport, request.write_report().session());
     default: throw std::logic_error("not carried: " + Request::RequestType_Name(request.type()));
   }
 }

@@ -13,6 +13,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "rule_server/envelope.h"
 #include "rule_server/errors.h"
 
 namespace rule_grpc {
@@ -68,21 +69,6 @@ Status parse(const Bytes& bytes, Message* message) {
   return Status::OK;
 }
 
-// The two messages number their fields differently.
-void start(const Session& session, vok::rulecheck::StartSession* start) {
-  start->set_name(session.name());
-  start->set_uuid(session.uuid());
-  if (session.has_description()) {
-    start->set_description(session.description());
-  }
-  if (session.has_report_file()) {
-    *start->mutable_report_file() = session.report_file();
-  }
-  if (session.has_proto_file()) {
-    *start->mutable_proto_file() = session.proto_file();
-  }
-}
-
 // Where a request of its type has the argument of the method, unless that is a Session which the
 // body can't contain.
 Message* argumentIn(Request* request) {
@@ -107,7 +93,7 @@ Status read(const Bytes& argument, Request::RequestType type, Request* request) 
   Session session;
   Status status = parse(argument, &session);
   if (type == Request::START_SESSION) {
-    start(session, request->mutable_start_session());
+    rule_server::copyStart(session, request->mutable_start_session());
   } else {
     request->mutable_get_session_result()->set_session_uuid(session.uuid());
   }
@@ -211,8 +197,44 @@ Status serialize(const Message& message, Bytes* bytes) {
   return Status::OK;
 }
 
+Worker::~Worker() {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    ends_ = true;
+  }
+  changed_.notify_one();
+  thread_.join();
+}
+
+bool Worker::add(std::function<void()> work) {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (waiting_.size() >= kMostWaiting) {
+      return false;
+    }
+    waiting_.push_back(std::move(work));
+  }
+  changed_.notify_one();
+  return true;
+}
+
+void Worker::run() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  for (;;) {
+    changed_.wait(lock, [this] { return ends_ || !waiting_.empty(); });
+    if (waiting_.empty()) {
+      return;
+    }
+    const std::function<void()> work = std::move(waiting_.front());
+    waiting_.pop_front();
+    lock.unlock();
+    work();
+    lock.lock();
+  }
+}
+
 RuleCheckService::RuleCheckService(rule_server::Server& server, std::function<void()> stop)
-    : server_(server), stop_(std::move(stop)), worker_(kMostWaiting) {
+    : server_(server), stop_(std::move(stop)) {
   const auto* service = Request::descriptor()->file()->FindServiceByName("RuleCheckService");
   for (const Method& method : kMethods) {
     // As the generated class WithRawCallbackMethod_... of each method does.

@@ -13,17 +13,43 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstddef>
+#include <deque>
 #include <functional>
+#include <mutex>
 #include <string>
+#include <thread>
 
-#include "grpc/worker.h"
 #include "rule_server/rule_server.h"
 
 namespace rule_grpc {
 
 // The longest argument with a token, in bytes: many can wait at once.
 constexpr std::size_t kMaxTokenBytes = 4096;
+
+// A thread for requests that take long, so that short ones don't wait for them. It performs one
+// task at a time.
+class Worker {
+ public:
+  Worker() : thread_([this] { run(); }) {}
+  // Performs the tasks that still wait.
+  ~Worker();
+  Worker(const Worker&) = delete;
+  Worker& operator=(const Worker&) = delete;
+
+  // Returns false, and does not call work, if too many tasks wait. work must not throw.
+  bool add(std::function<void()> work);
+
+ private:
+  void run();
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<std::function<void()>> waiting_;
+  bool ends_ = false;
+  std::thread thread_;
+};
 
 // The methods get and return bytes. Otherwise gRPC would parse arguments, from a
 // stream, where six bytes can reserve 50 MB; it would log what required fields are

@@ -146,25 +146,17 @@ rule_server::Environment environmentOf(const Options& options, rule_server::File
   return environment;
 }
 
-// The signals that end the server: they are blocked in this thread and all that it
-// starts, so that wait() gets them. A closed pipe does not end it.
-class StopSignals {
- public:
-  StopSignals() {
-    sigemptyset(&signals_);
-    sigaddset(&signals_, SIGINT);
-    sigaddset(&signals_, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
-    signal(SIGPIPE, SIG_IGN);
-  }
-  void wait() const {
-    int signal = 0;
-    sigwait(&signals_, &signal);
-  }
-
- private:
-  sigset_t signals_{};
-};
+// Blocks the signals that end the server in this thread and all that it starts, for sigwait().
+// A closed pipe does not end it.
+sigset_t blockStopSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  signal(SIGPIPE, SIG_IGN);
+  return signals;
+}
 
 void limit(grpc::ServerBuilder& builder) {
   // gRPC takes 12 KiB for 15 bytes that begin a request, and handles all that it has read before it
@@ -222,7 +214,7 @@ void endAfter(std::chrono::seconds time) {
 }
 
 void serve(const Options& options) {
-  const StopSignals signals;
+  const sigset_t stopSignals = blockStopSignals();
   rule_grpc::raiseDescriptorLimit();
   auto files = filesOf(options);
   rule_server::Server rules(environmentOf(options, files ? &*files : nullptr));
@@ -231,7 +223,8 @@ void serve(const Options& options) {
   rule_grpc::Listener listener(options.address);
   const auto server = started(options, credentials, service, listener);
   std::cout << "Listening on " << listener.address() << std::endl;
-  signals.wait();
+  int signal = 0;
+  sigwait(&stopSignals, &signal);
   constexpr auto kGrace = std::chrono::seconds(10);
   const auto end = std::chrono::system_clock::now() + kGrace;
   endAfter(kGrace + std::chrono::seconds(1));

@@ -42,7 +42,7 @@ Rule makeRule(const std::string& key, const RuleSpec& spec, const Limits& limits
   if (!flaw.empty()) {
     throw Failure(ErrorCode::RuleInvalid, "rule " + quoted(spec.key()) + " is invalid: " + flaw);
   }
-  const std::size_t bytes = bytesOf(spec);
+  const std::size_t bytes = spec.SpaceUsedLong();
   checkBytes("rule " + quoted(key), bytes, limits.ruleBytes, "shorten it");
   // The catalog has the key, too.
   auto share = budget.take(bytes + 2 * sizeof(StoredRule) + key.size());

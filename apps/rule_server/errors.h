@@ -5,6 +5,8 @@
 #ifndef VOK_APPS_RULE_SERVER_ERRORS_H_
 #define VOK_APPS_RULE_SERVER_ERRORS_H_
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -47,7 +49,12 @@ class Failure : public std::runtime_error {
 
 // A text of the request, for error messages: in quotes, cut if it is long, and with spaces
 // instead of zero bytes, which would end the message.
-std::string quoted(const std::string& text);
+inline std::string quoted(const std::string& text) {
+  constexpr std::size_t kLongest = 100;
+  std::string shown = text.substr(0, kLongest);
+  std::replace(shown.begin(), shown.end(), '\0', ' ');
+  return '"' + shown + (text.size() > kLongest ? "...\"" : "\"");
+}
 
 }  // namespace rule_server
 

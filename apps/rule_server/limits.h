@@ -5,12 +5,12 @@
 #ifndef VOK_APPS_RULE_SERVER_LIMITS_H_
 #define VOK_APPS_RULE_SERVER_LIMITS_H_
 
-#include <google/protobuf/message.h>
-
 #include <atomic>
 #include <cstddef>
 #include <memory>
 #include <string>
+
+#include "rule_server/errors.h"
 
 namespace rule_server {
 
@@ -28,11 +28,15 @@ struct Limits {
   std::size_t bytes = std::size_t{1} << 30;
 };
 
-std::size_t bytesOf(const google::protobuf::Message& message);
-
 // Throws Failure (LimitExceeded) if there are more bytes than the limit.
-void checkBytes(const std::string& what, std::size_t bytes, std::size_t limit,
-                const std::string& advice);
+inline void checkBytes(const std::string& what, std::size_t bytes, std::size_t limit,
+                       const std::string& advice) {
+  if (bytes > limit) {
+    throw Failure(ErrorCode::LimitExceeded, what + " takes " + std::to_string(bytes) +
+                                                " bytes, more than " + std::to_string(limit) +
+                                                ": " + advice);
+  }
+}
 
 // The bytes that are left for all that is recorded. Thread-safe.
 class Budget {
@@ -47,7 +51,13 @@ class Budget {
   explicit Budget(std::size_t limit) : limit_(limit) {}
 
   // Throws Failure (LimitExceeded).
-  Share take(std::size_t bytes);
+  Share take(std::size_t bytes) {
+    const std::size_t before = used_.fetch_add(bytes);
+    Share share(this, Return{bytes});
+    checkBytes("what the server records", before + bytes, limit_,
+               "reset sessions, or restart the server with a higher limit");
+    return share;
+  }
 
  private:
   const std::size_t limit_;

@@ -151,27 +151,6 @@ bool Server::stopped() const {
   return stopped_;
 }
 
-Response Server::perform(const Request& request) {
-  switch (request.type()) {
-    case Request::CREATE_AFFIRMATION: return perform(request.create_affirmation());
-    case Request::CREATE_VIOLATION: return perform(request.create_violation());
-    case Request::EXCHANGE_TOKEN: return exchangeToken(request.exchange_token());
-    case Request::GET_RULESPECS: return perform(request.get_rulespecs());
-    case Request::GET_SESSION: return perform(request.get_session());
-    case Request::GET_SESSION_RESULT: return perform(request.get_session_result());
-    case Request::GET_VERSION: return perform(request.get_version());
-    case Request::LOAD_RULESPEC_FILE: return perform(request.load_rulespec_file());
-    case Request::RESET_SESSION: return perform(request.reset_session());
-    case Request::START_SESSION: return perform(request.start_session());
-    case Request::STOP_SESSION: return perform(request.stop_session());
-    case Request::UPSERT_RULESPEC: return perform(request.upsert_rulespec());
-    case Request::WRITE_REPORT: return perform(request.write_report());
-    case Request::DUMP_RULES: return perform(request.dump_rules());
-    case Request::STOP_SERVER: return stopServer(request.exchange_token());
-  }
-  throw Failure(ErrorCode::TypeMissing, "the request has no type that is known here");
-}
-
 // The finding is made without the lock: its body may be long.
 template <typename Made, typename Body>
 Response Server::record(const Body& body,
@@ -189,12 +168,25 @@ Response Server::record(const Body& body,
   return respond(std::move(made));
 }
 
-Response Server::perform(const vok::rulecheck::CreateAffirmation& body) {
-  return record(body, makeAffirmation);
-}
-
-Response Server::perform(const vok::rulecheck::CreateViolation& body) {
-  return record(body, makeViolation);
+Response Server::perform(const Request& request) {
+  switch (request.type()) {
+    case Request::CREATE_AFFIRMATION: return record(request.create_affirmation(), makeAffirmation);
+    case Request::CREATE_VIOLATION: return record(request.create_violation(), makeViolation);
+    case Request::EXCHANGE_TOKEN: return exchangeToken(request.exchange_token());
+    case Request::GET_RULESPECS: return perform(request.get_rulespecs());
+    case Request::GET_SESSION: return perform(request.get_session());
+    case Request::GET_SESSION_RESULT: return perform(request.get_session_result());
+    case Request::GET_VERSION: return perform(request.get_version());
+    case Request::LOAD_RULESPEC_FILE: return perform(request.load_rulespec_file());
+    case Request::RESET_SESSION: return perform(request.reset_session());
+    case Request::START_SESSION: return perform(request.start_session());
+    case Request::STOP_SESSION: return perform(request.stop_session());
+    case Request::UPSERT_RULESPEC: return perform(request.upsert_rulespec());
+    case Request::WRITE_REPORT: return perform(request.write_report());
+    case Request::DUMP_RULES: return perform(request.dump_rules());
+    case Request::STOP_SERVER: return stopServer(request.exchange_token());
+  }
+  throw Failure(ErrorCode::TypeMissing, "the request has no type that is known here");
 }
 
 Response Server::perform(const vok::rulecheck::GetRuleSpecs& body) {
@@ -271,17 +263,7 @@ Response Server::perform(const vok::rulecheck::StartSession& body) {
     files();
   }
   Session session;
-  session.set_name(body.name());
-  session.set_uuid(body.uuid());
-  if (body.has_description()) {
-    session.set_description(body.description());
-  }
-  if (body.has_report_file()) {
-    *session.mutable_report_file() = body.report_file();
-  }
-  if (body.has_proto_file()) {
-    *session.mutable_proto_file() = body.proto_file();
-  }
+  copyStart(body, &session);
   const std::lock_guard<std::mutex> lock(mutex_);
   if (body.uuid().empty()) {
     session.set_uuid(environment_.newUuid());

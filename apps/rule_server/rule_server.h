@@ -44,8 +44,6 @@ class Server {
 
  private:
   vok::rulecheck::Response perform(const vok::rulecheck::Request& request);
-  vok::rulecheck::Response perform(const vok::rulecheck::CreateAffirmation& body);
-  vok::rulecheck::Response perform(const vok::rulecheck::CreateViolation& body);
   vok::rulecheck::Response perform(const vok::rulecheck::GetRuleSpecs& body);
   vok::rulecheck::Response perform(const vok::rulecheck::GetSession& body);
   vok::rulecheck::Response perform(const vok::rulecheck::GetSessionResult& body);

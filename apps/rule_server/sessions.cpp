@@ -11,6 +11,7 @@
 namespace rule_server {
 namespace {
 
+using google::protobuf::Message;
 using vok::rulecheck::Affirmation;
 using vok::rulecheck::CreateAffirmation;
 using vok::rulecheck::CreateViolation;
@@ -20,17 +21,6 @@ using vok::rulecheck::Violation;
 
 // What an entry of a map takes besides its message.
 constexpr std::size_t kEntryBytes = 64;
-
-template <typename Body, typename Made>
-Finding kept(const Rule& rule, const Body& body, const Made& made, Budget& budget,
-             bool isAffirmation) {
-  Finding finding{isAffirmation, rule, "", bytesOf(made) + kEntryBytes, nullptr};
-  if (!body.SerializeToString(&finding.body)) {
-    throw Failure(ErrorCode::LimitExceeded, "a finding has more than 2 GiB: shorten it");
-  }
-  finding.share = budget.take(sizeof(Finding) + finding.body.capacity() + kEntryBytes);
-  return finding;
-}
 
 // Adds findings to a result. One message is parsed into again and again, which hardly allocates.
 class Adder {
@@ -54,7 +44,7 @@ class Adder {
   }
 
  private:
-  static void parse(const Finding& finding, google::protobuf::Message* body) {
+  static void parse(const Finding& finding, Message* body) {
     if (!body->ParseFromString(finding.body)) {
       throw std::logic_error("a recorded finding is malformed");
     }
@@ -67,14 +57,14 @@ class Adder {
 
 }  // namespace
 
-Finding makeFinding(const Rule& rule, const CreateViolation& body, const Violation& violation,
-                    Budget& budget) {
-  return kept(rule, body, violation, budget, false);
-}
-
-Finding makeFinding(const Rule& rule, const CreateAffirmation& body, const Affirmation& affirmation,
-                    Budget& budget) {
-  return kept(rule, body, affirmation, budget, true);
+Finding makeFinding(const Rule& rule, const Message& body, const Message& made, Budget& budget) {
+  const bool isAffirmation = made.GetDescriptor() == Affirmation::descriptor();
+  Finding finding{isAffirmation, rule, "", made.SpaceUsedLong() + kEntryBytes, nullptr};
+  if (!body.SerializeToString(&finding.body)) {
+    throw Failure(ErrorCode::LimitExceeded, "a finding has more than 2 GiB: shorten it");
+  }
+  finding.share = budget.take(sizeof(Finding) + finding.body.capacity() + kEntryBytes);
+  return finding;
 }
 
 void Findings::add(Finding finding) {
@@ -89,9 +79,9 @@ void Findings::add(Finding finding) {
 SessionState::SessionState(const vok::rulecheck::Session& session, const Limits& limits,
                            Budget& budget)
     : about(std::make_shared<const vok::rulecheck::Session>(session)),
-      share(budget.take(2 * bytesOf(session) + sizeof(SessionState) +
+      share(budget.take(2 * session.SpaceUsedLong() + sizeof(SessionState) +
                         Findings::kBlock * sizeof(Finding))),
-      bytes(bytesOf(session)) {
+      bytes(session.SpaceUsedLong()) {
   checkBytes("session " + quoted(session.uuid()), bytes, limits.sessionBytes, "shorten it");
 }
 
@@ -118,7 +108,7 @@ void SessionState::reset(Findings* discarded) {
   std::swap(*discarded, findings);
   violated.clear();
   affirmed.clear();
-  bytes = bytesOf(*about);
+  bytes = about->SpaceUsedLong();
 }
 
 std::size_t bytesOf(const std::vector<Rule>& rules) {
@@ -139,7 +129,7 @@ RuleSpecMap specsOf(const std::vector<Rule>& rules) {
 
 std::size_t bytesOf(const Snapshot& snapshot) {
   std::size_t bytes =
-      bytesOf(*snapshot.about) + bytesOf(snapshot.violated) + bytesOf(snapshot.affirmed);
+      snapshot.about->SpaceUsedLong() + bytesOf(snapshot.violated) + bytesOf(snapshot.affirmed);
   for (std::size_t i = 0; i < snapshot.findings.size(); ++i) {
     bytes += snapshot.findings[i].bytes;
   }

@@ -5,6 +5,7 @@
 #ifndef VOK_APPS_RULE_SERVER_SESSIONS_H_
 #define VOK_APPS_RULE_SERVER_SESSIONS_H_
 
+#include <google/protobuf/message.h>
 #include <vok/rulecheck/RuleService.pb.h>
 
 #include <cstddef>
@@ -46,10 +47,9 @@ class Findings {
   std::size_t size_ = 0;
 };
 
-Finding makeFinding(const Rule& rule, const vok::rulecheck::CreateViolation& body,
-                    const vok::rulecheck::Violation& violation, Budget& budget);
-Finding makeFinding(const Rule& rule, const vok::rulecheck::CreateAffirmation& body,
-                    const vok::rulecheck::Affirmation& affirmation, Budget& budget);
+// Of what a request's body and the rule make: a Violation or an Affirmation.
+Finding makeFinding(const Rule& rule, const google::protobuf::Message& body,
+                    const google::protobuf::Message& made, Budget& budget);
 
 struct SessionState {
   SessionState(const vok::rulecheck::Session& session, const Limits& limits, Budget& budget);
