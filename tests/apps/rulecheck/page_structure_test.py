@@ -142,6 +142,7 @@ class HostileTexts(RulecheckTest):
                 self.assertEqual(page.texts["style"], expected["style"])
                 self.assertEqual(len(page.texts["title"]), 1)
                 self.assertNotRegex(content.decode("utf-8"), CONTROLS)
+                self.assertNotIn("<", page.texts["script"][1])
                 self.check_data(data_of(page))
 
     def check_data(self, data):

@@ -64,3 +64,15 @@ export const titles = (page) => page.locator('.group h2').allTextContents();
 
 export const overflow = (page) =>
   page.evaluate(() => document.documentElement.scrollWidth - document.documentElement.clientWidth);
+
+// Opens, selects and unfolds all that a page has.
+export const openEverything = async (page) => {
+  await page.evaluate(() => {
+    document.getElementById('expand').click();
+    for (const turn of document.querySelectorAll('.turn[aria-expanded=false]')) turn.click();
+    document.querySelector('#choose[aria-expanded=false]')?.click();
+    document.querySelector('.row input').click();
+    for (const details of document.querySelectorAll('details')) details.open = true;
+  });
+  await settle(page);
+};

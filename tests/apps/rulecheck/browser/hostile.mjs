@@ -4,18 +4,10 @@
 
 import assert from 'node:assert/strict';
 import { basename } from 'node:path';
-import { overflow, settle } from './browser.mjs';
+import { openEverything, overflow, settle } from './browser.mjs';
 
 const own = 'head > script:only-of-type, body > #data';
 const alien = `img, svg, iframe, object, embed, base, form, script:not(${own})`;
-
-// For a page to evaluate: shows all that there is.
-const openEverything = () => {
-  document.getElementById('expand').click();
-  for (const turn of document.querySelectorAll('.turn')) turn.click();
-  for (const box of document.querySelectorAll('.row input')) box.click();
-  for (const details of document.querySelectorAll('details')) details.open = true;
-};
 
 // For a page to evaluate. ":" is what a browser says of an address that leads
 // nowhere, such as one with a bad host.
@@ -35,7 +27,7 @@ export const checkHostile = async (checks, { hostile }) => {
         for (const grouping of ['rule', 'file']) {
           await page.selectOption('#group', grouping);
           await settle(page);
-          await page.evaluate(openEverything);
+          await openEverything(page);
           const { findings, ...harm } = await page.evaluate(look, alien);
           assert.ok(findings > 100);
           assert.deepEqual(harm, { aliens: 0, handlers: 0, addresses: [] });
