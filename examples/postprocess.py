@@ -19,8 +19,9 @@ def update_counts(result):
 
 
 def merge(source, target):
-    """Adds a result to the target. Findings get new numbers, since both results may use the same."""
-    taken = {number for name in MAPS for number in getattr(target, name).hashmap}
+    """Adds a result to the target, which keeps its session. Findings get numbers that none has."""
+    taken = {number for name in MAPS for key, finding in getattr(target, name).hashmap.items()
+             for number in (key, finding.id)}
     numbers = (number for number in itertools.count(1) if number not in taken)
     for name in MAPS:
         for _, finding in sorted(getattr(source, name).hashmap.items()):
@@ -28,6 +29,8 @@ def merge(source, target):
             added = getattr(target, name).hashmap[number]
             added.CopyFrom(finding)
             added.id = number
+            if not added.HasField("build_target") and source.session.build_target != target.session.build_target:
+                added.build_target = source.session.build_target
     for name in ("specs_violated", "specs_affirmed"):
         rules = getattr(target, name).hashmap
         for key, rule in getattr(source, name).hashmap.items():

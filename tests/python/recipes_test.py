@@ -23,7 +23,7 @@ class RecipeTest(ProgramTest):
 
     def write_result(self, name, *violations):
         """A result whose violations, numbered from 1, have a severity, and modules of their places."""
-        result = pb.SessionResult(session=pb.Session(name=name))
+        result = pb.SessionResult(session=pb.Session(name=name, build_target=f"of {name}"))
         result.specs_violated.hashmap["WIDTH"].full_name = name
         result.specs_violated.hashmap["WIDTH"].key = "WIDTH"
         for number, (severity, *modules) in enumerate(violations, 1):
@@ -58,8 +58,9 @@ class Postprocess(RecipeTest):
         self.write_result("b", (pb.Violation.SEV_FATAL, "top"), (WARNING, "cpu"))
         self.assertEqual(self.run_recipe("postprocess.py", "out", "a", "b"), "2 top\n1 cpu\n")
         out = self.read_result("out")
-        self.assertEqual({number: (found.id, found.details.text) for number, found in out.violations.hashmap.items()},
-                         {1: (1, "<a>"), 3: (3, "<a>"), 4: (4, "<b>")})
+        self.assertEqual({number: (found.id, found.details.text, found.build_target)
+                          for number, found in out.violations.hashmap.items()},
+                         {1: (1, "<a>", ""), 3: (3, "<a>", ""), 4: (4, "<b>", "of b")})
         self.assertEqual((out.session.name, out.violation_count, out.affirmation_count), ("a", 3, 0))
         self.assertEqual(out.specs_violated.hashmap["WIDTH"].full_name, "a")
 
