@@ -10,11 +10,10 @@
 #include <utility>
 
 #include "common/framing.h"
-#include "fake_environment.h"
 #include "fuzz.h"
 #include "rule_server/errors.h"
-#include "rule_server/rule_server.h"
 #include "support/messages.h"
+#include "test_server.h"
 
 namespace {
 
@@ -29,36 +28,6 @@ const char* const kFirstRequests =
     "type: UPSERT_RULESPEC upsert_rulespec { rule_spec { key: 'R' full_name: 'Resets'"
     "  disposition: READONLY } }\n";
 
-void expectWellFormed(const Response& response) {
-  EXPECT_EQ(response.InitializationErrorString(), "");
-  for (int type = Response::STATUS_RESPONSE; type <= Response::VIOLATION; ++type) {
-    const auto* body = Response::descriptor()->FindFieldByNumber(type + 2);
-    EXPECT_EQ(response.GetReflection()->HasField(response, body), type == response.type());
-  }
-  if (response.has_error()) {
-    EXPECT_GT(response.error().code(), 0);
-    EXPECT_NE(response.error().msg(), "");
-    EXPECT_EQ(response.error().msg().find('\n'), std::string::npos);
-  }
-  std::string stream;
-  std::size_t position = 0;
-  Response received;
-  EXPECT_TRUE(apps::appendFramed(response, &stream));
-  EXPECT_TRUE(apps::readFramed(stream, &position, &received));
-  EXPECT_EQ(position, stream.size());
-  EXPECT_EQ(bytesOf(received), bytesOf(response));
-}
-
-template <typename Findings>
-void addKeys(const Findings& findings, int count, std::set<int>* ids, std::set<std::string>* keys) {
-  EXPECT_EQ(count, findings.hashmap_size());
-  for (const auto& [id, finding] : findings.hashmap()) {
-    EXPECT_EQ(id, finding.id());
-    EXPECT_TRUE(ids->insert(id).second) << id << " is the id of two findings";
-    keys->insert(finding.rule_key());
-  }
-}
-
 void expectRules(const RuleSpecMap& rules, const std::set<std::string>& keys) {
   std::set<std::string> found;
   for (const auto& rule : rules.hashmap()) {
@@ -67,14 +36,19 @@ void expectRules(const RuleSpecMap& rules, const std::set<std::string>& keys) {
   EXPECT_EQ(found, keys);
 }
 
-void expectConsistent(const SessionResult& result) {
-  std::set<int> ids;
+template <typename Findings>
+void addRules(const Findings& findings, std::set<std::string>* keys) {
+  for (const auto& finding : findings.hashmap()) {
+    keys->insert(finding.second.rule_key());
+  }
+}
+
+void expectRulesOfFindings(const SessionResult& result) {
   std::set<std::string> violated;
   std::set<std::string> affirmed;
-  addKeys(result.violations(), result.violation_count(), &ids, &violated);
-  addKeys(result.waived_violations(), result.waived_count(), &ids, &violated);
-  addKeys(result.affirmations(), result.affirmation_count(), &ids, &affirmed);
-  EXPECT_TRUE(ids.empty() || (*ids.begin() == 1 && *ids.rbegin() == static_cast<int>(ids.size())));
+  addRules(result.violations(), &violated);
+  addRules(result.waived_violations(), &violated);
+  addRules(result.affirmations(), &affirmed);
   expectRules(result.specs_violated(), violated);
   expectRules(result.specs_affirmed(), affirmed);
 }
@@ -89,15 +63,13 @@ void expectValid(const RuleSpecMap& catalog) {
 
 class Conversation {
  public:
-  Conversation() : server_(environment_.environment()) {}
-
   void take(const std::string& line) {
     Request request;
     if (fuzz::read(line, &request) && !line.empty()) {
       send(request);
     } else {
       for (const char* name : {"rules.pb", "rules.txtpb", "rules.json"}) {
-        environment_.files.contents[name] = line;
+        server_.files.contents[name] = line;
       }
     }
   }
@@ -119,13 +91,12 @@ class Conversation {
   };
 
   void send(const Request& request) {
-    const bool wasStopped = server_.stopped();
-    const Response response = server_.handle(request);
-    expectWellFormed(response);
+    const bool wasStopped = server_.server.stopped();
+    const Response response = server_.ask(request);
     if (wasStopped) {
       EXPECT_EQ(response.error().code(), static_cast<int>(rule_server::ErrorCode::ServerStopped));
     }
-    if (server_.stopped()) {
+    if (server_.server.stopped()) {
       return;
     }
     if (response.has_session()) {
@@ -133,6 +104,9 @@ class Conversation {
     }
     const State before = std::exchange(state_, stateNow());
     if (response.has_error()) {
+      EXPECT_GT(response.error().code(), 0);
+      EXPECT_NE(response.error().msg(), "");
+      EXPECT_EQ(response.error().msg().find('\n'), std::string::npos);
       EXPECT_EQ(state_.bytes(), before.bytes()) << "a failed request changed something";
       return;
     }
@@ -168,28 +142,22 @@ class Conversation {
   State stateNow() {
     State state;
     for (const auto& [uuid, before] : state_.results) {
-      Request request;
-      request.set_type(Request::GET_SESSION_RESULT);
-      request.mutable_get_session_result()->set_session_uuid(uuid);
-      const Response response = server_.handle(request);
-      expectWellFormed(response);
-      EXPECT_TRUE(response.has_session_result());
-      expectConsistent(response.session_result());
-      state.results[uuid] = response.session_result();
+      state.results[uuid] = server_.result(uuid);
+      EXPECT_TRUE(state.results[uuid].has_session());
+      expectRulesOfFindings(state.results[uuid]);
     }
     const std::string dump = "dump of the fuzzer.pb";
     Request request;
     request.set_type(Request::DUMP_RULES);
     request.mutable_dump_rules()->mutable_data_file()->set_scheme(Resource::FILE);
     request.mutable_dump_rules()->mutable_data_file()->set_path(dump);
-    EXPECT_TRUE(server_.handle(request).has_status());
-    EXPECT_TRUE(state.rules.ParseFromString(environment_.files.contents[dump]));
+    EXPECT_TRUE(server_.ask(request).has_status());
+    EXPECT_TRUE(state.rules.ParseFromString(server_.files.contents[dump]));
     expectValid(state.rules);
     return state;
   }
 
-  tests::FakeEnvironment environment_;
-  rule_server::Server server_;
+  tests::TestServer server_;
   State state_;
 };
 

@@ -115,8 +115,11 @@ void TestServer::prepare(const std::string& requests) {
   }
 }
 
-SessionResult TestServer::result() {
-  const SessionResult result = ask("result").session_result();
+SessionResult TestServer::result(const std::string& session) {
+  Request request;
+  request.set_type(Request::GET_SESSION_RESULT);
+  request.mutable_get_session_result()->set_session_uuid(session);
+  const SessionResult result = ask(request).session_result();
   std::set<int> ids;
   expectIds(result.violations(), result.violation_count(), &ids);
   expectIds(result.waived_violations(), result.waived_count(), &ids);

@@ -36,9 +36,9 @@ class TestServer : public FakeEnvironment {
   // Performs requests, separated by semicolons, that must succeed.
   void prepare(const std::string& requests);
 
-  // The result of session "s". Its counts are the sizes of its maps; ids are the maps' keys,
+  // The result of a session. Its counts are the sizes of its maps; ids are the maps' keys,
   // from 1.
-  vok::rulecheck::SessionResult result();
+  vok::rulecheck::SessionResult result(const std::string& session = "s");
 
   rule_server::Server server;
 };
