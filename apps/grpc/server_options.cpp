@@ -13,7 +13,7 @@
 
 namespace rulecheck {
 
-std::function<Server()> addServerOptions(CLI::App& command) {
+std::function<Server()> addServerOptions(CLI::App& command, std::string* output) {
   struct Options {
     std::string server;
     rule_grpc::Security security;
@@ -24,6 +24,10 @@ std::function<Server()> addServerOptions(CLI::App& command) {
   rule_grpc::define(command, "--ca", "Authority of the server's certificate; without it, no TLS",
                     options->security);
   command.get_option("--certificate")->needs("--ca");
+  command
+      .add_option("--server-output", *output,
+                  "A directory of the server, in which it writes report.html and session.pb")
+      ->needs("--server");
   return [options]() -> Server {
     if (options->server.empty()) {
       return nullptr;

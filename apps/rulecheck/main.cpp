@@ -23,6 +23,7 @@
 #include "rulecheck/page/page.h"
 #include "rulecheck/plain_text.h"
 #include "rulecheck/sarif.h"
+#include "rulecheck/send.h"
 #include "rulecheck/severity.h"
 
 namespace {
@@ -309,6 +310,7 @@ int main(int argc, char** argv) {
   addMerge(app, options[5]);
   addDiff(app, options[6]);
   addGate(app, options[7]);
+  rulecheck::addSend(app);
   const int status = apps::run(app, argc, argv, [&app] {
     if (app.get_subcommands().empty()) {
       throw std::runtime_error("a command is required (see --help)");

@@ -29,6 +29,7 @@
 namespace rulecheck {
 namespace {
 
+using vok::rulecheck::CreateAffirmation;
 using vok::rulecheck::CreateViolation;
 using vok::rulecheck::SessionResult;
 using vok::rulecheck::Violation_Severity;
@@ -45,7 +46,6 @@ struct Options {
   std::string page;
   bool quiet = false;
   std::function<Server()> server;
-  // On the server.
   std::string serverOutput;
 };
 
@@ -96,11 +96,6 @@ std::string today() {
   return text.str();
 }
 
-void setFile(const Options& options, const char* name, vok::rulecheck::Resource* address) {
-  address->set_scheme(vok::rulecheck::Resource::FILE);
-  address->set_path((fs::path(options.serverOutput) / name).string());
-}
-
 vok::rulecheck::StartSession sessionFor(const Options& options) {
   vok::rulecheck::StartSession session;
   session.set_name("Verilator lint");
@@ -110,11 +105,23 @@ vok::rulecheck::StartSession sessionFor(const Options& options) {
     description += ' ' + argument;
   }
   session.set_description(description);
-  if (!options.serverOutput.empty()) {
-    setFile(options, "report.html", session.mutable_report_file());
-    setFile(options, "session.pb", session.mutable_proto_file());
-  }
+  setOutput(options.serverOutput, &session);
   return session;
+}
+
+// One for each rule without a violation.
+std::vector<CreateAffirmation> affirmationsOf(const Report& report) {
+  std::set<std::string> violated;
+  for (const CreateViolation& violation : report.violations) {
+    violated.insert(violation.rule_key());
+  }
+  std::vector<CreateAffirmation> affirmations;
+  for (const auto& rule : report.rules) {
+    if (violated.count(rule.first) == 0) {
+      affirmations.emplace_back().set_rule_key(rule.first);
+    }
+  }
+  return affirmations;
 }
 
 // Counts of findings by severity, of waived ones and of rules that were affirmed or not
@@ -171,13 +178,16 @@ void lint(const Options& options) {
   if (server == nullptr && options.output.empty()) {
     throw CLI::RequiredError("--output");
   }
-  Catalog rules = verilatorRules();
-  std::vector<CreateViolation> violations = violationsOf(options, &rules);
-  const std::vector<std::string> remarks = applyWaivers(options.waivers, today(), &violations);
+  Report found;
+  found.session = sessionFor(options);
+  found.rules = verilatorRules();
+  found.violations = violationsOf(options, &found.rules);
+  found.affirmations = affirmationsOf(found);
+  const std::vector<std::string> remarks =
+      applyWaivers(options.waivers, today(), &found.violations);
   // Never destroyed: to free every finding takes as long as to write them.
-  static const auto& result =
-      *new SessionResult(report(server == nullptr ? localServer() : server, sessionFor(options),
-                                rules, std::move(violations)));
+  static auto& result = *new SessionResult;
+  report(server == nullptr ? localServer() : server, std::move(found), &result);
   if (!options.output.empty()) {
     writeResult(options.output, options.format, result);
   }
@@ -215,11 +225,7 @@ void addLint(CLI::App& app) {
   command->add_option("--format", options->format, "The format of the result, as an extension");
   command->add_option("--html", options->page, "Also write this page");
   command->add_flag("--quiet", options->quiet, "Print no summary");
-  options->server = addServerOptions(*command);
-  command
-      ->add_option("--server-output", options->serverOutput,
-                   "A directory of the server, in which it writes report.html and session.pb")
-      ->needs("--server");
+  options->server = addServerOptions(*command, &options->serverOutput);
   command->footer(
       "Example:\n  rulecheck lint -o result.pb --html report.html -- -Irtl -f design.f");
   command->callback([options] { lint(*options); });

@@ -2,8 +2,8 @@
 
 #include "rulecheck/lint/report.h"
 
+#include <filesystem>
 #include <memory>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -14,7 +14,6 @@
 namespace rulecheck {
 namespace {
 
-using vok::rulecheck::CreateViolation;
 using vok::rulecheck::Request;
 using vok::rulecheck::Response;
 using vok::rulecheck::Session;
@@ -44,30 +43,25 @@ void sendRules(const Server& server, const Catalog& rules) {
   }
 }
 
-void sendFindings(const Server& server, const Session& session, const Catalog& rules,
-                  std::vector<CreateViolation> violations) {
-  std::set<std::string> violated;
-  for (CreateViolation& violation : violations) {
-    violated.insert(violation.rule_key());
+// Body is what a request of the type has.
+template <typename Body>
+void sendFindings(const Server& server, const Session& session, Request::RequestType type,
+                  Body* (Request::*body)(), std::vector<Body>* findings) {
+  for (Body& finding : *findings) {
     Request request;
-    request.mutable_create_violation()->Swap(&violation);
-    request.mutable_create_violation()->set_session_uuid(session.uuid());
-    call(server, Request::CREATE_VIOLATION, &request);
-  }
-  for (const auto& entry : rules) {
-    if (violated.count(entry.first) == 0) {
-      Request request;
-      request.mutable_create_affirmation()->set_rule_key(entry.first);
-      request.mutable_create_affirmation()->set_session_uuid(session.uuid());
-      call(server, Request::CREATE_AFFIRMATION, &request);
-    }
+    (request.*body)()->Swap(&finding);
+    (request.*body)()->set_session_uuid(session.uuid());
+    call(server, type, &request);
   }
 }
 
-SessionResult finish(const Server& server, const Session& session, bool writes) {
-  Request get;
-  get.mutable_get_session_result()->set_session_uuid(session.uuid());
-  Response got = call(server, Request::GET_SESSION_RESULT, &get);
+// Without a result, none is requested.
+void finish(const Server& server, const Session& session, bool writes, SessionResult* result) {
+  if (result != nullptr) {
+    Request get;
+    get.mutable_get_session_result()->set_session_uuid(session.uuid());
+    call(server, Request::GET_SESSION_RESULT, &get).mutable_session_result()->Swap(result);
+  }
   if (writes) {
     Request write;
     *write.mutable_write_report()->mutable_session() = session;
@@ -76,7 +70,6 @@ SessionResult finish(const Server& server, const Session& session, bool writes) 
   Request stop;
   *stop.mutable_stop_session()->mutable_session() = session;
   call(server, Request::STOP_SESSION, &stop);
-  return std::move(*got.mutable_session_result());
 }
 
 }  // namespace
@@ -89,12 +82,27 @@ Server localServer() {
   return [server](const Request& request) { return server->handle(request); };
 }
 
-SessionResult report(const Server& server, const vok::rulecheck::StartSession& session,
-                     const Catalog& rules, std::vector<CreateViolation> violations) {
-  const Session started = start(server, session);
-  sendRules(server, rules);
-  sendFindings(server, started, rules, std::move(violations));
-  return finish(server, started, session.has_report_file());
+void setOutput(const std::string& directory, vok::rulecheck::StartSession* session) {
+  if (directory.empty()) {
+    return;
+  }
+  const auto set = [&directory](const char* name, vok::rulecheck::Resource* address) {
+    address->set_scheme(vok::rulecheck::Resource::FILE);
+    address->set_path((std::filesystem::path(directory) / name).string());
+  };
+  set("report.html", session->mutable_report_file());
+  set("session.pb", session->mutable_proto_file());
+}
+
+std::string report(const Server& server, Report report, SessionResult* result) {
+  const Session session = start(server, report.session);
+  sendRules(server, report.rules);
+  sendFindings(server, session, Request::CREATE_VIOLATION, &Request::mutable_create_violation,
+               &report.violations);
+  sendFindings(server, session, Request::CREATE_AFFIRMATION, &Request::mutable_create_affirmation,
+               &report.affirmations);
+  finish(server, session, report.session.has_report_file(), result);
+  return session.uuid();
 }
 
 }  // namespace rulecheck

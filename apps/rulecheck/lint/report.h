@@ -8,6 +8,7 @@
 #include <vok/rulecheck/RuleService.pb.h>
 
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "rulecheck/lint/catalog.h"
@@ -20,15 +21,22 @@ using Server = std::function<vok::rulecheck::Response(const vok::rulecheck::Requ
 // A server of the program's own, which keeps one session and uses no files.
 Server localServer();
 
-// Opens the session, sends the rules, the violations, and an affirmation for each rule
-// without a violation, and stops the session. Has the server write the report if the session
-// has a report_file. Returns the session's result.
+struct Report {
+  vok::rulecheck::StartSession session;
+  Catalog rules;
+  std::vector<vok::rulecheck::CreateViolation> violations;
+  std::vector<vok::rulecheck::CreateAffirmation> affirmations;
+};
+
+// Has the server write report.html and session.pb to one of its directories, unless that is "".
+void setOutput(const std::string& directory, vok::rulecheck::StartSession* session);
+
+// Opens the session, sends the rules and the findings, and stops the session. Has the server
+// write the report if the session has a report_file. Writes the session's result to result,
+// unless that is null, and returns the session's uuid.
 //
 // Throws std::runtime_error if the server refuses something.
-vok::rulecheck::SessionResult report(const Server& server,
-                                     const vok::rulecheck::StartSession& session,
-                                     const Catalog& rules,
-                                     std::vector<vok::rulecheck::CreateViolation> violations);
+std::string report(const Server& server, Report report, vok::rulecheck::SessionResult* result);
 
 }  // namespace rulecheck
 

@@ -7,7 +7,7 @@
 
 namespace rulecheck {
 
-std::function<Server()> addServerOptions(CLI::App& command) {
+std::function<Server()> addServerOptions(CLI::App& command, std::string* /*output*/) {
   command.add_option_function<std::string>(
       "--server",
       [](const std::string& /*address*/) {

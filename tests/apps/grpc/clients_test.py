@@ -3,6 +3,7 @@
 """Several clients at once: no finding is lost or doubled."""
 
 import collections
+import json
 import os
 import pathlib
 import re
@@ -76,22 +77,70 @@ class SeveralClients(ClientsTest):
             sum(map(len, found.values())), 1 + sum(map(len, sessions.values())))
 
 
-class Lint(ClientsTest):
-    def test_records_in_a_server_what_it_finds_without_one(self):
+class Results(ClientsTest):
+    def setUp(self):
+        super().setUp()
+        self.remote = ["--server", self.server.address, *self.certificates.client_options()]
+
+    def lint(self, *options):
         recorded = pathlib.Path(os.environ["RECORDED"], "narrow.txt")
         verilator = self.write("verilator", f"#!/bin/sh\ncat '{recorded}' >&2\n")
         verilator.chmod(0o755)
         self.write("waivers", "UNDRIVEN * -- later\n")
-        remote = ["--server", self.server.address, *self.certificates.client_options()]
-        for options in [["-o", "local.pb"], ["-o", "remote.pb", *remote],
-                        [*remote, "--server-output", self.folder]]:
-            ended = self.run_program(RULECHECK, "lint", "--verilator", verilator, "--waivers",
-                                     "waivers", *options, "--", "narrow.v")
-            self.assertEqual(ended.returncode, 0, ended.stderr)
+        ended = self.run_program(RULECHECK, "lint", "--verilator", verilator, "--waivers", "waivers",
+                                 *options, "--", "narrow.v")
+        self.assertEqual(ended.returncode, 0, ended.stderr)
+
+    def send(self, result, *options):
+        """The result of the session in which the server has recorded another result."""
+        ended = self.run_program(RULECHECK, "send", result, *self.remote, *options)
+        self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+        return self.client.call("getSessionResult", name="", uuid=ended.stdout.removesuffix("\n"))
+
+    def test_of_lint_are_the_same_with_and_without_a_server(self):
+        self.lint("-o", "local.pb")
+        self.lint("-o", "remote.pb", *self.remote)
+        self.lint(*self.remote, "--server-output", self.folder)
         self.assertTrue((self.folder / "report.html").exists())
         local, *others = map(self.comparable, ["local.pb", "remote.pb", "session.pb"])
         self.assertEqual(others, [local] * 2)
         self.assertIn("violation_count: 3", local)
+
+    def test_that_are_sent_are_the_same_in_the_server(self):
+        self.lint("-o", "local.pb")
+        sent = self.send("local.pb", "--server-output", self.folder)
+        (self.folder / "sent.pb").write_bytes(sent.SerializeToString())
+        self.assertTrue((self.folder / "report.html").exists())
+        local, *others = map(self.comparable, ["local.pb", "sent.pb", "session.pb"])
+        self.assertEqual(others, [local] * 2)
+
+    def test_of_other_tools_keep_what_they_say(self):
+        self.write("other.json", json.dumps({
+            "session": {"name": "other"},
+            "violations": {"hashmap": {
+                "7": {"id": 7, "severity": "SEV_UNKNOWN", "ruleKey": "free",
+                      "actualValue": {"intVal": 3}, "thresholdValue": {"intVal": 2},
+                      "details": {"text": "%1 is wide", "args": {"arg": [{"stringVal": "w"}]}},
+                      "resolution": {"text": "Cut it."}, "categories": {"3": "own", "4": "lost"}}}},
+            "waivedViolations": {"hashmap": {"5": {"id": 5, "severity": "SEV_ERROR", "ruleKey": "old"}}},
+            "affirmations": {"hashmap": {
+                "1": {"id": 1, "ruleKey": "met", "details": {"text": "All are named."}}}},
+            "specsViolated": {"hashmap": {"free": {
+                "key": "free", "fullName": "Free", "dynamicCategories": {"3": True, "4": False}}}}}))
+        sent = self.send("other.json")
+        self.assertEqual(sent.session.name, "other")
+        violation = sent.violations.hashmap[2]
+        self.assertEqual(
+            (violation.severity, violation.rule_key, violation.actual_value.int_val,
+             violation.threshold_value.int_val, violation.details.text,
+             violation.details.args.arg[0].string_val, violation.resolution.text,
+             dict(violation.categories)),
+            (protocol.Violation.SEV_UNKNOWN, "free", 3, 2, "%1 is wide", "w", "Cut it.", {3: "own"}))
+        waived = sent.waived_violations.hashmap[1]
+        self.assertEqual((waived.severity, waived.rule_key, waived.details.text, dict(waived.categories)),
+                         (protocol.Violation.SEV_ERROR, "old", "old", {1: "no reason given"}))
+        self.assertEqual([affirmation.details.text for affirmation in sent.affirmations.hashmap.values()],
+                         ["All are named."])
 
     def comparable(self, name):
         """The content without the session's id, time and files."""

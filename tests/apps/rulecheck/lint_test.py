@@ -9,7 +9,7 @@ import subprocess
 import time
 import unittest
 
-from programs import RECORDED, RULECHECK, RulecheckTest, findings, read_json, verilator_findings
+from programs import RECORDED, RULECHECK, SAMPLE, RulecheckTest, findings, read_json, verilator_findings
 
 MODULE = "module m; endmodule\n"
 NARROW = (RECORDED / "narrow.txt").read_text(encoding="utf-8")
@@ -72,8 +72,10 @@ class Servers(RulecheckTest):
     def test_are_refused_by_a_program_without_grpc(self):
         if b"--ca" in self.rulecheck("lint", "--help").stdout:
             self.skipTest("the program has gRPC")
-        self.assert_error("--server: this program was built without gRPC",
-                          "lint", "--server", "localhost:1", "--ca", "ca.pem", "m.v")
+        for words in [["lint", "--server", "localhost:1", "--ca", "ca.pem", "m.v"],
+                      ["send", SAMPLE, "--server", "localhost:1"]]:
+            with self.subTest(words):
+                self.assert_error("--server: this program was built without gRPC", *words)
 
 
 class OldReports(RulecheckTest):
