@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <string_view>
 
+#include "common/characters.h"
 #include "rulecheck/plain_text.h"
 
 namespace rulecheck {
@@ -14,11 +15,42 @@ namespace {
 
 using vok::rulecheck::Arg;
 
+bool isAscii(std::string_view text) {
+  unsigned char bits = 0;
+  for (const char c : text) {
+    bits |= static_cast<unsigned char>(c);
+  }
+  return bits < 0x80;
+}
+
+// Bytes that are not UTF-8 become blanks, as they do in JSON.
+std::string wellFormed(std::string_view text) {
+  std::string result;
+  while (!text.empty()) {
+    const apps::CodePoint first = apps::firstOf(text);
+    const bool isMalformed = first.value == 0xFFFD && first.length == 1;
+    result += isMalformed ? " " : text.substr(0, first.length);
+    text.remove_prefix(first.length);
+  }
+  return result;
+}
+
 // FNV-1a, which needs no library and never changes.
 class Hash {
  public:
   // Of a part, which the next one can't continue.
   void add(std::string_view text) {
+    if (isAscii(text)) {
+      addWellFormed(text);
+    } else {
+      addWellFormed(wellFormed(text));
+    }
+  }
+
+  std::uint64_t value() const { return value_; }
+
+ private:
+  void addWellFormed(std::string_view text) {
     bool isBlank = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
       const char c = text[i];
@@ -39,9 +71,6 @@ class Hash {
     isEmpty_ = true;
   }
 
-  std::uint64_t value() const { return value_; }
-
- private:
   void addByte(char byte) { value_ = (value_ ^ static_cast<unsigned char>(byte)) * 0x100000001b3; }
 
   static bool isDigit(char c) { return c >= '0' && c <= '9'; }

@@ -64,6 +64,14 @@ class Diff(ResultsTest):
     def test_takes_what_was_waived_for_neither_new_nor_fixed(self):
         self.assertEqual(self.counts([finding()], [], waived=[finding(line=8)]), [0, 0, 0, 0])
 
+    def test_matches_texts_that_are_not_utf8_in_each_format(self):
+        old = self.write("old.txtpb", r"""session { name: 'n' } violations { hashmap { key: 1 value {
+            id: 1 severity: SEV_ERROR rule_key: 'R' details { text: '\344 \303\244 \374b' } } } }""")
+        for command in ["json", "sarif"]:
+            self.rulecheck(command, old, "-o", f"new.{command}")
+            self.assertEqual(self.printed("diff", old, f"new.{command}"),
+                             ["0 new, 0 fixed, 1 unchanged, 0 moved"])
+
     def test_prints_findings_in_the_order_of_their_places(self):
         old = self.result("old", [finding(text="gone")])
         new = self.result("new", [finding(line=10), finding(line=9, column=11), finding(line=9)])
