@@ -163,7 +163,7 @@ std::string summary(const SessionResult& result, const std::vector<std::string>&
 // If this run fails, the files of an older one must not pass for its result.
 void removeOld(const std::string& path) {
   std::error_code ignored;
-  if (fs::is_regular_file(path, ignored)) {
+  if (path != "-" && fs::is_regular_file(path, ignored)) {
     fs::remove(path, ignored);
   }
 }

@@ -86,6 +86,11 @@ class OldReports(RulecheckTest):
                           "--html", "page.html", "m.v", status=3)
         self.assertEqual(list(self.folder.iterdir()), [])
 
+    def test_are_not_a_file_that_is_named_like_the_standard_output(self):
+        self.write("-", MODULE)
+        self.rulecheck("lint", "--verilator", self.fake_verilator(""), "-o", "-", "m.v")
+        self.assertTrue((self.folder / "-").exists())
+
     def test_are_not_files_with_another_extension(self):
         self.write("m.v", MODULE)
         self.assert_error("m.v: unknown extension", "lint", "-o", "m.v", "n.v")
