@@ -39,9 +39,12 @@ struct Waiver {
         message(regex, quiet()) {}
 
   bool isFor(const CreateViolation& violation) const {
+    if (!RE2::FullMatch(violation.rule_key(), rule)) {
+      return false;
+    }
     const Place place = placeOf(violation.args());
-    return RE2::FullMatch(violation.rule_key(), rule) && RE2::FullMatch(place.file, file) &&
-           (line == 0 || line == place.line) && matchesMessage(violation.args());
+    return RE2::FullMatch(place.file, file) && (line == 0 || line == place.line) &&
+           matchesMessage(violation.args());
   }
 
   bool matchesMessage(const ArgList& args) const {
