@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "rulecheck/lint/verilator.h"
@@ -124,81 +125,68 @@ TEST(Messages, AreTakenApart) {
   }
 }
 
-struct ValuesCase {
-  const char* text;
-  const char* body;
-};
-
-const ValuesCase valuesCases[] = {
-    {"Operator ASSIGNDLY expects 4 bits on the Assign RHS, but Assign RHS's VARREF 'data' "
-     "generates 8 bits.",
-     "threshold_value { int_val: 4 units: 'bits' } actual_value { int_val: 8 units: 'bits' }"},
-    {"Logical operator IF expects 1 bit on the If, but If's VARREF 'a' generates 8 bits.",
-     "threshold_value { int_val: 1 units: 'bits' } actual_value { int_val: 8 units: 'bits' }"},
-    {"Operator EQ expects 32 or 26 bits on the LHS, but LHS's VARREF 'count' generates 5 bits.",
-     "threshold_value { string_val: '32 or 26' units: 'bits' }"
-     "actual_value { int_val: 5 units: 'bits' }"},
-    {"Bit extraction of array[15:0] requires 4 bit index, not 2 bits.",
-     "threshold_value { int_val: 4 units: 'bits' } actual_value { int_val: 2 units: 'bits' }"},
-    {"Selection index out of range: 9:9 outside 7:0",
-     "threshold_value { string_val: '7:0' } actual_value { string_val: '9:9' }"},
-    {"Signal is not used: 'expects'", ""},
-    {"It expects 4 bits", ""},
-    {"It generates 4 bits and expects nothing", ""},
-};
-
 TEST(Messages, HoldTheComparedValues) {
-  for (const ValuesCase& c : valuesCases) {
-    auto bodies = parseMessages(std::string("%Warning-X: a.v:1:2: ") + c.text, "/d");
+  const std::pair<const char*, const char*> cases[] = {
+      {"Operator ASSIGNDLY expects 4 bits on the Assign RHS, but Assign RHS's VARREF 'data' "
+       "generates 8 bits.",
+       "threshold_value { int_val: 4 units: 'bits' } actual_value { int_val: 8 units: 'bits' }"},
+      {"Logical operator IF expects 1 bit on the If, but If's VARREF 'a' generates 8 bits.",
+       "threshold_value { int_val: 1 units: 'bits' } actual_value { int_val: 8 units: 'bits' }"},
+      {"Operator EQ expects 32 or 26 bits on the LHS, but LHS's VARREF 'count' generates 5 bits.",
+       "threshold_value { string_val: '32 or 26' units: 'bits' }"
+       "actual_value { int_val: 5 units: 'bits' }"},
+      {"Bit extraction of array[15:0] requires 4 bit index, not 2 bits.",
+       "threshold_value { int_val: 4 units: 'bits' } actual_value { int_val: 2 units: 'bits' }"},
+      {"Selection index out of range: 9:9 outside 7:0",
+       "threshold_value { string_val: '7:0' } actual_value { string_val: '9:9' }"},
+      {"Signal is not used: 'expects'", ""},
+      {"It expects 4 bits", ""},
+      {"It generates 4 bits and expects nothing", ""},
+  };
+  for (const auto& [text, body] : cases) {
+    auto bodies = parseMessages(std::string("%Warning-X: a.v:1:2: ") + text, "/d");
     ASSERT_EQ(1u, bodies.size());
     bodies[0].clear_args();
     bodies[0].clear_rule_key();
-    EXPECT_EQ(tests::textOf(tests::parse<CreateViolation>(c.body)), tests::textOf(bodies[0]))
-        << c.text;
+    EXPECT_EQ(tests::textOf(tests::parse<CreateViolation>(body)), tests::textOf(bodies[0])) << text;
   }
 }
 
-struct NamesCase {
-  const char* text;
-  // "type name" for each object.
-  const char* names;
-};
-
-const NamesCase namesCases[] = {
-    {"Cell has missing pin: 'dd'", "PORT dd"},
-    {"Cell pin connected by name with empty reference: 'c'", "PORT c"},
-    {"Signal is not driven: 'a_1'", "VARIABLE a_1"},
-    {"Signal has multiple driving blocks with different clocking: 'uart.fast'",
-     "VARIABLE uart.fast"},
-    {"Bits of signal are not used: 'k'[31:4]", "VARIABLE k"},
-    {"Parameter is not used: 'P'", "OTHER P"},
-    {"Genvar is not used: 'i'", "VARIABLE i"},
-    {"Can't find definition of variable: 'a'", "VARIABLE a"},
-    {"Can't find definition of task/function: 'f'", "FUNCTION f"},
-    {"Duplicate declaration of module: 'm'", "HIERARCHY m"},
-    {"Input port connection 'b' expects 2 bits on the pin connection, but pin connection's VARREF "
-     "'x' generates 1 bits.",
-     "PORT b, VARIABLE x"},
-    {"'r' has split_var metacomment", "OTHER r"},
-    {"port 'a' and port 'a'", "PORT a"},
-    {"Blocking assignment '=' in sequential logic process", ""},
-    {"Suggest casez (with ?'s) in place of casex (with X's)", ""},
-    {"Assign RHS's CONST '5'h1f' generates 5 bits.", ""},
-    {"Define or directive not defined: '`NOPE'", ""},
-    {"Redefining existing define: 'DUP', with different value: '2'", "OTHER DUP"},
-    {"an 'open quote", ""},
-    {"''", ""},
-    {"", ""},
-};
-
 TEST(Objects, AreFoundInTexts) {
-  for (const NamesCase& c : namesCases) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"Cell has missing pin: 'dd'", "PORT dd"},
+      {"Cell pin connected by name with empty reference: 'c'", "PORT c"},
+      {"Signal is not driven: 'a_1'", "VARIABLE a_1"},
+      {"Signal has multiple driving blocks with different clocking: 'uart.fast'",
+       "VARIABLE uart.fast"},
+      {"Bits of signal are not used: 'k'[31:4]", "VARIABLE k"},
+      {"Parameter is not used: 'P'", "OTHER P"},
+      {"Genvar is not used: 'i'", "VARIABLE i"},
+      {"Can't find definition of variable: 'a'", "VARIABLE a"},
+      {"Can't find definition of task/function: 'f'", "FUNCTION f"},
+      {"Duplicate declaration of module: 'm'", "HIERARCHY m"},
+      {"Input port connection 'b' expects 2 bits on the pin connection, but pin connection's "
+       "VARREF 'x' generates 1 bits.",
+       "PORT b, VARIABLE x"},
+      {"'r' has split_var metacomment", "OTHER r"},
+      {"port 'a' and port 'a'", "PORT a"},
+      {"Blocking assignment '=' in sequential logic process", ""},
+      {"Suggest casez (with ?'s) in place of casex (with X's)", ""},
+      {"Assign RHS's CONST '5'h1f' generates 5 bits.", ""},
+      {"Define or directive not defined: '`NOPE'", ""},
+      {"Redefining existing define: 'DUP', with different value: '2'", "OTHER DUP"},
+      {"an 'open quote", ""},
+      {"''", ""},
+      {"", ""},
+  };
+  // "type name" for each object.
+  for (const auto& [text, expected] : cases) {
     std::string names;
-    for (const Reference& object : rulecheck::namedObjects(c.text)) {
+    for (const Reference& object : rulecheck::namedObjects(text)) {
       names += names.empty() ? "" : ", ";
       names += std::string(Reference::RefType_Name(object.type())) + ' ' + object.name();
     }
-    EXPECT_EQ(c.names, names) << c.text;
+    EXPECT_EQ(expected, names) << text;
   }
 }
 
