@@ -3,6 +3,7 @@
 """Connections of clients that do nothing, and how many the server takes."""
 
 import concurrent.futures
+import contextlib
 import os
 import resource
 import time
@@ -25,46 +26,33 @@ class Silent(ServerTest):
         hard = resource.getrlimit(resource.RLIMIT_NOFILE)[1]
         resource.setrlimit(resource.RLIMIT_NOFILE, (hard, hard))
 
-    def setUp(self):
-        super().setUp()
-        self.servers = {
-            (limit, kind): Server(self, "--listen", address,
-                                  prefix=["prlimit", f"--nofile=40:{limit}"])
-            for limit in LIMITS
-            for kind, address in [("TCP", "127.0.0.1:0"), ("unix", f"unix:{self.folder}/{limit}")]}
-        self.connections = []
-        self.addCleanup(self.close_connections)
-        for (limit, _), server in self.servers.items():
-            self.connections += [connected(server.address) for _ in range(limit + 6)]
-        self.wait_for(lambda limit, server: descriptors(server) > min(limit - 30, 990))
+    def test_leave_descriptors_to_the_server_and_give_way_to_others(self):
+        for limit in LIMITS:
+            for address in ["127.0.0.1:0", f"unix:{self.folder}/{limit}"]:
+                with self.subTest(address, limit=limit):
+                    self.check(limit, address)
 
-    def close_connections(self):
-        for connection in self.connections:
-            connection.close()
+    def check(self, limit, address):
+        server = Server(self, "--listen", address, prefix=["prlimit", f"--nofile=40:{limit}"])
+        with contextlib.ExitStack() as stack:
+            for _ in range(limit + 6):
+                stack.enter_context(connected(server.address))
+            self.wait_for(lambda: descriptors(server) > min(limit - 30, 990))
+            self.assertLessEqual(descriptors(server), min(limit - 24, 1020))
+            self.assert_answered(server)
+        self.assert_answered(server)
+        self.wait_for(lambda: descriptors(server) < 20)
 
     def wait_for(self, condition):
         end = time.monotonic() + 30
-        for (limit, kind), server in self.servers.items():
-            while not condition(limit, server):
-                self.assertLess(time.monotonic(), end, (limit, kind))
-                time.sleep(0.01)
+        while not condition():
+            self.assertLess(time.monotonic(), end)
+            time.sleep(0.01)
 
-    def assert_answered(self, longest):
-        """All servers at once, to wait once."""
-        clients = {key: self.channel(server.address) for key, server in self.servers.items()}
-        calls = {key: client.future("getVersion", timeout=longest)
-                 for key, client in clients.items()}
-        for key, call in calls.items():
-            self.assertIsNone(call.exception(), key)
-            clients[key].channel.close()
-
-    def test_leave_descriptors_to_the_server_and_give_way_to_others(self):
-        for (limit, kind), server in self.servers.items():
-            self.assertLessEqual(descriptors(server), min(limit - 24, 1020), (limit, kind))
-        self.assert_answered(5)
-        self.close_connections()
-        self.assert_answered(5)
-        self.wait_for(lambda _, server: descriptors(server) < 20)
+    def assert_answered(self, server):
+        client = self.channel(server.address)
+        self.assertIsNone(client.future("getVersion", timeout=5).exception())
+        client.channel.close()
 
 
 PREFACE = b"PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n" + b"\0\0\0\4\0\0\0\0\0"
