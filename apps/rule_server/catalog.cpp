@@ -66,6 +66,7 @@ void Catalog::put(std::vector<Rule>* rules, const Limits& limits) {
                   "the catalog takes at most " + std::to_string(limits.rules) +
                       " rules: replace some, or restart the server with a higher limit");
   }
+  rules_.reserve(count);
   for (Rule& rule : *rules) {
     const std::string& key = rule->spec.key();
     rules_[key].swap(rule);

@@ -146,11 +146,6 @@ bool Server::takesLong(const std::string& uuid) const {
           found->second.violated.size() + found->second.affirmed.size() > kMostRules);
 }
 
-bool Server::stopped() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  return stopped_;
-}
-
 // The finding is made without the lock: its body may be long.
 template <typename Made, typename Body>
 Response Server::record(const Body& body,
@@ -252,9 +247,9 @@ Response Server::perform(const vok::rulecheck::LoadRuleDataFile& body) {
 }
 
 Response Server::perform(const vok::rulecheck::ResetSession& body) {
-  Findings discarded;
+  SessionState::Recorded discarded;
   const std::lock_guard<std::mutex> lock(mutex_);
-  openSession(body.session().uuid()).reset(&discarded);
+  discarded = openSession(body.session().uuid()).reset();
   return respond("session reset");
 }
 
@@ -354,8 +349,7 @@ Response Server::exchangeToken(const vok::rulecheck::ExchangeToken& body) const 
 
 Response Server::stopServer(const vok::rulecheck::ExchangeToken& body) {
   checkToken(body.token());
-  const std::lock_guard<std::mutex> lock(mutex_);
-  if (std::exchange(stopped_, true)) {
+  if (stopped_.exchange(true)) {
     throw Failure(ErrorCode::ServerStopped, "the server is stopped");
   }
   return respond("server stopped");

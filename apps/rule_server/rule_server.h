@@ -7,6 +7,7 @@
 
 #include <vok/rulecheck/RuleService.pb.h>
 
+#include <atomic>
 #include <cstddef>
 #include <map>
 #include <mutex>
@@ -40,7 +41,7 @@ class Server {
   bool takesLong(const vok::rulecheck::Request& request) const;
 
   // Whether a STOP_SERVER was accepted. From then on each request is refused.
-  bool stopped() const;
+  bool stopped() const { return stopped_; }
 
  private:
   vok::rulecheck::Response perform(const vok::rulecheck::Request& request);
@@ -81,7 +82,7 @@ class Server {
   mutable std::mutex mutex_;
   Catalog catalog_;
   std::map<std::string, SessionState> sessions_;
-  bool stopped_ = false;
+  std::atomic<bool> stopped_{false};
 };
 
 }  // namespace rule_server

@@ -104,11 +104,9 @@ std::int32_t SessionState::add(Finding finding, const Limits& limits) {
   return static_cast<std::int32_t>(findings.size());
 }
 
-void SessionState::reset(Findings* discarded) {
-  std::swap(*discarded, findings);
-  violated.clear();
-  affirmed.clear();
+SessionState::Recorded SessionState::reset() {
   bytes = about->SpaceUsedLong();
+  return {std::exchange(findings, {}), std::exchange(violated, {}), std::exchange(affirmed, {})};
 }
 
 std::size_t bytesOf(const std::vector<Rule>& rules) {

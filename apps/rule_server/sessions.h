@@ -13,6 +13,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "rule_server/catalog.h"
@@ -57,8 +58,9 @@ struct SessionState {
   // Returns the id. Throws Failure (LimitExceeded) or std::bad_alloc, and adds nothing then.
   std::int32_t add(Finding finding, const Limits& limits);
 
-  // Moves the findings to where they can be destroyed without a lock.
-  void reset(Findings* discarded);
+  using Recorded = std::tuple<Findings, std::set<std::string>, std::set<std::string>>;
+  // What was recorded, which the caller can destroy without a lock.
+  Recorded reset();
 
   std::shared_ptr<const vok::rulecheck::Session> about;
   Budget::Share share;
