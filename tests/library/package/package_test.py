@@ -174,12 +174,6 @@ def pkg_config(*options):
 
 
 class PkgConfig(PackageTest):
-    def test_flags_build_a_program(self):
-        program = self.build / "program"
-        self.succeed(CXX, "-std=c++17", *sorted((CONSUMERS / "program").glob("*.cpp")),
-                     SOURCE / "tests/support/use_library.cpp", f"-I{SOURCE}/tests", "-o", program, *pkg_config("--cflags", "--libs"))
-        self.succeed(program, env={"LD_LIBRARY_PATH": f"{LIBRARY_DIR}:{os.environ.get('LD_LIBRARY_PATH', '')}"})
-
     def test_readmes_command_gives_a_program_that_starts(self):
         (self.build / "main.cpp").write_text(readme("cpp"))
         self.succeed("sh", "-e", "-c", f"cd '{self.build}'\n" + readme("sh", "g++"),

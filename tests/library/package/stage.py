@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 
-"""Installs the library, or a component of it, for tests and moves the installation.
+"""Installs the library for tests and moves the installation.
 
-usage: stage.py CMAKE BUILD_DIR WORK_DIR [COMPONENT]
+usage: stage.py CMAKE BUILD_DIR WORK_DIR
 
 The result is WORK_DIR/prefix. It was installed to another place first, so that
 nothing in it can depend on where it was installed.
@@ -17,7 +17,5 @@ cmake, build_dir, work_dir = sys.argv[1], sys.argv[2], pathlib.Path(sys.argv[3])
 first, final = work_dir / "installed here", work_dir / "prefix"
 for directory in (first, final):
     shutil.rmtree(directory, ignore_errors=True)
-component = [f"--component={name}" for name in sys.argv[4:]]
-subprocess.run([cmake, "--install", build_dir, "--prefix", first, *component], check=True,
-               stdout=subprocess.DEVNULL)
+subprocess.run([cmake, "--install", build_dir, "--prefix", first], check=True, stdout=subprocess.DEVNULL)
 first.rename(final)
