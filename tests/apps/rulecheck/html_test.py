@@ -22,11 +22,11 @@ class Formats(RulecheckTest):
         for extension in "pb", "bin", "textproto", "txt", "json":
             with self.subTest(extension):
                 copy = self.folder / f"copy.{extension}"
-                self.make_results("convert", SAMPLE, copy)
+                self.rulecheck("merge", SAMPLE, "-o", copy)
                 self.assertEqual(self.page_of(copy), page)
 
     def test_the_standard_input_is_a_message(self):
-        self.make_results("convert", SAMPLE, self.folder / "copy.pb")
+        self.rulecheck("merge", SAMPLE, "-o", "copy.pb")
         for options, path in [([], self.folder / "copy.pb"), (["--format", "txtpb"], SAMPLE)]:
             with open(path, "rb") as content:
                 ended = self.rulecheck("html", "-", *options, stdin=content)

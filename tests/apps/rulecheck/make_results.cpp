@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // make_results hostile FOLDER         a result per hostile text and kind of resource
-// make_results convert FROM TO        the same result in another format
 // make_results many COUNT RULES FILE  a result with that many violations, of that many rules
 
 #include <google/protobuf/descriptor.h>
@@ -28,13 +27,6 @@ using vok::rulecheck::Violation;
 struct HostileText {
   std::string name;
   std::string text;
-};
-
-// A text, and what resources are like whose other parts hold it.
-struct HostileCase {
-  std::string name;
-  std::string text;
-  Resource rest;
 };
 
 // The fields that lead from a message to a string field, which comes last. Keys
@@ -189,6 +181,7 @@ SessionResult resultWithEverywhere(const std::string& text, const Resource& rest
 const std::vector<HostileText>& hostileTexts() {
   using namespace std::string_literals;
   static const std::vector<HostileText> texts = {
+      {"harmless", "text"},
       {"script", "<script>alert(1)</script>"},
       {"end_of_double_quotes", "\"><img src=x onerror=alert(1)>"},
       {"end_of_single_quotes", "'><svg onload=alert(1)>"},
@@ -229,58 +222,40 @@ Resource inlinePage(const std::string& text) {
 }
 
 bool mayBreakOutOfAddress(const std::string& name) {
-  return name.find("address") != std::string::npos || name.find("quotes") != std::string::npos ||
-         name == "attribute";
+  return name == "harmless" || name.find("address") != std::string::npos ||
+         name.find("quotes") != std::string::npos || name == "attribute";
 }
 
-void addEveryScheme(const HostileText& hostile, std::vector<HostileCase>* cases) {
+// The name of the file has the text's and that of what the resources are like.
+void write(const std::string& folder, const HostileText& hostile, const std::string& kind,
+           const Resource& rest) {
+  const std::string path = folder + "/" + hostile.name + "-" + kind + ".pb";
+  apps::writeFile(path, apps::encodeFor(path, resultWithEverywhere(hostile.text, rest)));
+}
+
+void writeEveryScheme(const std::string& folder, const HostileText& hostile) {
   for (int number = Resource::Scheme_MIN; number <= Resource::Scheme_MAX; ++number) {
     const auto scheme = static_cast<Resource::Scheme>(number);
-    const std::string name(vok::rulecheck::Resource_Scheme_Name(scheme));
-    if (scheme != Resource::HTTP) {
-      cases->push_back({hostile.name + "-" + name, hostile.text, resourceOf(scheme, hostile.text)});
-    }
+    write(folder, hostile, std::string(vok::rulecheck::Resource_Scheme_Name(scheme)),
+          resourceOf(scheme, hostile.text));
   }
   Resource mail;
   mail.set_scheme(Resource::MAILTO);
   mail.set_path(hostile.text);
-  cases->push_back({hostile.name + "-MAILTO_path", hostile.text, mail});
-  Resource noScheme;
-  noScheme.set_host(hostile.text);
-  cases->push_back({hostile.name + "-no_scheme", hostile.text, noScheme});
+  write(folder, hostile, "MAILTO_path", mail);
 }
 
 // Every text in web addresses and in an inline page. Texts that could break out
-// of an address are in resources of every scheme, and of none.
-std::vector<HostileCase> hostileCases() {
-  std::vector<HostileCase> cases;
-  for (const HostileText& hostile : hostileTexts()) {
-    cases.push_back(
-        {hostile.name + "-HTTP", hostile.text, resourceOf(Resource::HTTP, hostile.text)});
-    cases.push_back({hostile.name + "-DATA_html", hostile.text, inlinePage(hostile.text)});
-    if (mayBreakOutOfAddress(hostile.name)) {
-      addEveryScheme(hostile, &cases);
-    }
-  }
-  return cases;
-}
-
-void write(const std::string& path, const SessionResult& result) {
-  apps::writeFile(path, apps::encodeFor(path, result));
-}
-
+// of an address are in resources of every scheme.
 void writeHostile(const std::string& folder) {
-  for (const HostileCase& hostile : hostileCases()) {
-    if (hostile.rest.has_scheme()) {  // without, the result would be incomplete
-      write(folder + "/" + hostile.name + ".pb", resultWithEverywhere(hostile.text, hostile.rest));
+  for (const HostileText& hostile : hostileTexts()) {
+    write(folder, hostile, "DATA_html", inlinePage(hostile.text));
+    if (mayBreakOutOfAddress(hostile.name)) {
+      writeEveryScheme(folder, hostile);
+    } else {
+      write(folder, hostile, "HTTP", resourceOf(Resource::HTTP, hostile.text));
     }
   }
-}
-
-void convert(const std::string& from, const std::string& to) {
-  SessionResult result;
-  apps::decodeFrom(from, apps::readFile(from), &result);
-  write(to, result);
 }
 
 // The number gives the finding one of 600 files in 24 folders.
@@ -313,11 +288,11 @@ void writeMany(int count, int rules, const std::string& path) {
     violation.mutable_actual_value()->set_int_val(2);
     violation.mutable_threshold_value()->set_int_val(1);
   }
-  write(path, result);
+  apps::writeFile(path, apps::encodeFor(path, result));
 }
 
 int usage() {
-  std::cerr << "make_results hostile FOLDER | convert FROM TO | many COUNT RULES FILE\n";
+  std::cerr << "make_results hostile FOLDER | many COUNT RULES FILE\n";
   return 2;
 }
 
@@ -327,8 +302,6 @@ int main(int argc, char** argv) try {
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   if (arguments.size() == 2 && arguments[0] == "hostile") {
     writeHostile(arguments[1]);
-  } else if (arguments.size() == 3 && arguments[0] == "convert") {
-    convert(arguments[1], arguments[2]);
   } else if (arguments.size() == 4 && arguments[0] == "many") {
     writeMany(std::stoi(arguments[1]), std::stoi(arguments[2]), arguments[3]);
   } else {
