@@ -241,29 +241,24 @@ INSTANTIATE_TEST_SUITE_P(
                   "m"}),
     [](const auto& tested) { return tested.param.name; });
 
-TEST(PageData, LeavesOutWhatTheRuleSays) {
+TEST(PageData, HasTheValuesOfAFindingThatItsRuleLacks) {
   const std::string shared = R"(expects: "e" threshold_value { int_val: 1 }
-    categories { key: 2 value: "c" } categories { key: 3 value: "d" } examples { uri { link_text: "x" url { scheme: HTTP host: "h" } } })";
-  const std::string fields = "resolution { text: 'r' } " + shared;
-  EXPECT_EQ(findingOf(fields, "resolution_msg: 'r' " + shared)["facts"], json::object());
+    categories { key: 2 value: "c" } categories { key: 3 value: "<d>" }
+    examples { uri { link_text: "x" url { scheme: HTTP host: "h" } } })";
+  const std::string fields = R"(resolution { text: "r" } build_target: "<b>"
+    actual_value { double_val: 1.5 units: "ns" } )" +
+                             shared;
+  EXPECT_EQ(findingOf(fields, "resolution_msg: 'r' " + shared)["facts"],
+            json({{"Actual", "1.500000 ns"}, {"Build target", "&lt;b&gt;"}}));
   EXPECT_EQ(findingOf(fields, R"(resolution_msg: "R" expects: "E" threshold_value { int_val: 2 }
                        categories { key: 2 value: "c" } categories { key: 3 value: "D" })")
                 ["facts"],
-            json({{"Resolution", "r"},
-                  {"Expects", "e"},
-                  {"Threshold", "1"},
-                  {"Categories", "<span class=\"tag\">3: d</span> "},
-                  {"Examples", "<span class=\"link\"><a href=\"http://h\">x</a></span> "}}));
-}
-
-TEST(PageData, HasTheValuesOfAFinding) {
-  const json finding = findingOf(R"(
-    actual_value { double_val: 1.5 units: "ns" } build_target: "<b>"
-    categories { key: 2 value: "<c>" } examples { uri { link_text: "x" url { scheme: HTTP host: "h" } } })");
-  EXPECT_EQ(finding["facts"],
             json({{"Actual", "1.500000 ns"},
                   {"Build target", "&lt;b&gt;"},
-                  {"Categories", "<span class=\"tag\">2: &lt;c&gt;</span> "},
+                  {"Resolution", "r"},
+                  {"Expects", "e"},
+                  {"Threshold", "1"},
+                  {"Categories", "<span class=\"tag\">3: &lt;d&gt;</span> "},
                   {"Examples", "<span class=\"link\"><a href=\"http://h\">x</a></span> "}}));
 }
 
@@ -472,12 +467,6 @@ TEST_F(PageSources, AreNotReadOutsideOfTheFolder) {
 TEST_F(PageSources, AreShortened) {
   write("root/rtl/a.v", std::string(1000, 'x'));
   EXPECT_EQ(shown(at("rtl/a.v", 1))["sources"][1][0][1], std::string(400, 'x') + " ...");
-}
-
-TEST_F(PageSources, AreLeftOutWithoutAFolder) {
-  const json data = dataOf(pageOf("violations { " + at("rtl/a.v", 1, "wire a;") + "}"));
-  EXPECT_EQ(data["sources"], json({json::array(), json::array()}));
-  EXPECT_EQ(data["findings"][0]["facts"], json::object());
 }
 
 }  // namespace
