@@ -36,7 +36,7 @@ using vok::rulecheck::Violation_Severity;
 
 namespace fs = std::filesystem;
 
-struct Options {
+struct LintOptions {
   std::string verilator = "verilator";
   std::vector<std::string> arguments;
   std::vector<std::string> severities;
@@ -69,7 +69,7 @@ std::map<std::string, Violation_Severity> severitiesIn(const std::vector<std::st
 }
 
 // What Verilator finds, with the severities that the user wants, and rules for all of it.
-std::vector<CreateViolation> violationsOf(const Options& options, Catalog* rules) {
+std::vector<CreateViolation> violationsOf(const LintOptions& options, Catalog* rules) {
   const auto severities = severitiesIn(options.severities, *rules);
   std::vector<CreateViolation> violations = lint(options.verilator, options.arguments, *rules);
   addMissingRules(violations, rules);
@@ -96,7 +96,7 @@ std::string today() {
   return text.str();
 }
 
-vok::rulecheck::StartSession sessionFor(const Options& options) {
+vok::rulecheck::StartSession sessionFor(const LintOptions& options) {
   vok::rulecheck::StartSession session;
   session.set_name("Verilator lint");
   session.set_pid(getpid());
@@ -168,7 +168,7 @@ void removeOld(const std::string& path) {
   }
 }
 
-void lint(const Options& options) {
+void lint(const LintOptions& options) {
   if (!options.output.empty()) {
     checkFormat(options.output, options.format);
   }
@@ -204,7 +204,7 @@ void lint(const Options& options) {
 }  // namespace
 
 void addLint(CLI::App& app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<LintOptions>();
   CLI::App* command = app.add_subcommand("lint", "Checks a design with Verilator");
   command->fallthrough();
   command->add_option("--verilator", options->verilator, "The Verilator program to run")
