@@ -234,7 +234,7 @@ def measure_recording(built, effort, series):
     """Clocked, since the client waits for the server."""
     with tempfile.TemporaryDirectory() as folder:
         address = f"unix:{folder}/socket"
-        server = subprocess.Popen([built["rule_server"], "--listen", address], stdout=subprocess.PIPE)
+        server = subprocess.Popen([built["rulecheck"], "serve", "--listen", address], stdout=subprocess.PIPE)
         try:
             server.stdout.readline()  # when it listens
             for name, entry in run_benchmarks(["env", f"RULE_SERVER={address}", built["recording"]], times(effort)):

@@ -19,6 +19,7 @@
 #include "rulecheck/compare.h"
 #include "rulecheck/files.h"
 #include "rulecheck/lint/lint.h"
+#include "rulecheck/lint/server_options.h"
 #include "rulecheck/merge.h"
 #include "rulecheck/page/page.h"
 #include "rulecheck/plain_text.h"
@@ -311,6 +312,7 @@ int main(int argc, char** argv) {
   addDiff(app, options[6]);
   addGate(app, options[7]);
   rulecheck::addSend(app);
+  rulecheck::addServe(app);
   const int status = apps::run(app, argc, argv, [&app] {
     if (app.get_subcommands().empty()) {
       throw std::runtime_error("a command is required (see --help)");

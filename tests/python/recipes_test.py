@@ -65,10 +65,10 @@ class Postprocess(RecipeTest):
         self.assertEqual(out.specs_violated.hashmap["WIDTH"].full_name, "a")
 
 
-@unittest.skipUnless(os.environ.get("RULE_SERVER"), "no rule server was built, or there is no gRPC for Python")
+@unittest.skipUnless(os.environ.get("RULECHECK"), "no rule server was built, or there is no gRPC for Python")
 class RecordFinding(RecipeTest):
     def test_is_recorded_and_the_report_is_opened(self):
-        server = subprocess.Popen([os.environ["RULE_SERVER"], "--files", self.folder], text=True,
+        server = subprocess.Popen([os.environ["RULECHECK"], "serve", "--files", self.folder], text=True,
                                   stdout=subprocess.PIPE)
         self.addCleanup(server.stdout.close)
         self.addCleanup(server.wait)

@@ -17,4 +17,11 @@ std::function<Server()> addServerOptions(CLI::App& command, std::string* /*outpu
   return [] { return Server(); };
 }
 
+void addServe(CLI::App& app) {
+  CLI::App* command = app.add_subcommand("serve", "Refused: this program was built without gRPC");
+  command->allow_extras();
+  command->footer("Example:\n  rulecheck serve --listen unix:/run/user/1000/rules --files reports");
+  command->callback([] { throw std::runtime_error("serve: this program was built without gRPC"); });
+}
+
 }  // namespace rulecheck

@@ -6,13 +6,13 @@ import re
 import unittest
 
 from program_test import ProgramTest
-from servers import README, RULE_SERVER, RULECHECK, SOURCE_DIR
+from servers import README, RULECHECK, SERVE, SOURCE_DIR
 
 
 class Help(ProgramTest):
     def test_names_the_options_of_the_manual(self):
         lint = SOURCE_DIR / "apps/rulecheck/README.md"
-        for *program, manual, first in [[RULE_SERVER, README, "--listen"],
+        for *program, manual, first in [[*SERVE, README, "--listen"],
                                         [RULECHECK, "lint", lint, "--server"]]:
             blocks = re.findall(r"^```\w*\n(.*?)^```", manual.read_text(encoding="utf-8"),
                                 re.DOTALL | re.MULTILINE)
@@ -54,7 +54,7 @@ class BadArguments(ProgramTest):
         for words, line in cases:
             with self.subTest(words):
                 self.assert_refused(
-                    self.run_program("timeout", "20", RULE_SERVER, *words), f"rule_server: {line}")
+                    self.run_program("timeout", "20", *SERVE, *words), f"rulecheck: {line}")
 
     def test_of_lint(self):
         self.write("m.v", "module m; endmodule\n")
@@ -74,13 +74,13 @@ class BadArguments(ProgramTest):
 
     def test_with_too_few_descriptors(self):
         self.assert_refused(
-            self.run_program("prlimit", "--nofile=47:47", RULE_SERVER),
-            "rule_server: needs 48 file descriptors, and may have 47")
+            self.run_program("prlimit", "--nofile=47:47", *SERVE),
+            "rulecheck: needs 48 file descriptors, and may have 47")
         self.assert_refused(
             self.run_program(
-                "sh", "-c", 'exec prlimit --nofile=54:54 "$0" 3<&0 4<&0 5<&0 6<&0 7<&0 8<&0 9<&0',
-                RULE_SERVER),
-            "rule_server: needs 48 file descriptors, and may have 47")
+                "sh", "-c", 'exec prlimit --nofile=54:54 "$0" "$1" 3<&0 4<&0 5<&0 6<&0 7<&0 8<&0 9<&0',
+                *SERVE),
+            "rulecheck: needs 48 file descriptors, and may have 47")
 
     def test_with_a_token_that_is_too_long(self):
         for length in [4093, 4094]:
@@ -88,8 +88,8 @@ class BadArguments(ProgramTest):
             line = "the token is too long" if length > 4093 else "x: not an address, expected " \
                 "HOST:PORT or unix:PATH"
             self.assert_refused(
-                self.run_program(RULE_SERVER, "--token-file", token, "--listen", "x"),
-                f"rule_server: {line}")
+                self.run_program(*SERVE, "--token-file", token, "--listen", "x"),
+                f"rulecheck: {line}")
 
 
 if __name__ == "__main__":

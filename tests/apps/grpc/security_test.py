@@ -6,7 +6,7 @@ import os
 import unittest
 
 from certificates import Certificates
-from servers import RULE_SERVER, RULECHECK, Server, ServerTest
+from servers import RULECHECK, SERVE, Server, ServerTest
 
 
 class SecurityTest(ServerTest):
@@ -71,8 +71,8 @@ class PlainServers(ServerTest):
     def test_listen_on_this_host_only(self):
         for address in ["0.0.0.0:0", "[::]:0", "rules.example:0"]:
             self.assert_refused(
-                self.run_program(RULE_SERVER, "--listen", address),
-                f"rule_server: {address}: not an address of this host, "
+                self.run_program(*SERVE, "--listen", address),
+                f"rulecheck: {address}: not an address of this host, "
                 "which needs TLS or --insecure")
 
     def test_listen_elsewhere_if_told_to(self):
@@ -106,7 +106,7 @@ class SecureServers(SecurityTest):
                 (server, key, key, f"{key}: has no certificate")]:
             words = ["--certificate", certificate, "--key", own]
             for program, *options in [
-                    [RULE_SERVER, "--client-ca", authority],
+                    [*SERVE, "--client-ca", authority],
                     [RULECHECK, "lint", "--ca", authority, "--server", "localhost:1", "m.v"]]:
                 with self.subTest(line, program=program):
                     self.assert_refused(

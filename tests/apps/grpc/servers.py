@@ -16,8 +16,8 @@ import program_test
 BUILD_DIR = pathlib.Path(os.environ["BUILD_DIR"])
 SOURCE_DIR = pathlib.Path(os.environ["SOURCE_DIR"])
 README = SOURCE_DIR / "apps/grpc/README.md"
-RULE_SERVER = os.environ["RULE_SERVER"]
 RULECHECK = os.environ["RULECHECK"]
+SERVE = [RULECHECK, "serve"]
 SCHEMA = pathlib.Path(os.environ["SCHEMA"])
 SERVICE = "vok.rulecheck.RuleCheckService"
 HEALTH = "/grpc.health.v1.Health/Check"
@@ -125,7 +125,7 @@ class Server:
         self.ended = False
         self.errors = tempfile.TemporaryFile()
         self.process = subprocess.Popen(
-            [*prefix, RULE_SERVER, *map(str, options)], stdout=subprocess.PIPE, stderr=self.errors,
+            [*prefix, *SERVE, *map(str, options)], stdout=subprocess.PIPE, stderr=self.errors,
             text=True, cwd=test.folder, env={**os.environ, **(environment or {})})
         test.addCleanup(self.close, test)
         line = self.process.stdout.readline()

@@ -14,7 +14,7 @@ import unittest
 
 import grpc
 from proxy import Proxy
-from servers import ENDED_WELL, RULE_SERVER, Server, ServerTest, file, protocol, session
+from servers import ENDED_WELL, SERVE, Server, ServerTest, file, protocol, session
 
 
 class Servers(ServerTest):
@@ -106,8 +106,8 @@ class Servers(ServerTest):
     def test_share_no_address(self):
         server = Server(self)
         self.assert_refused(
-            self.run_program("timeout", "60", RULE_SERVER, "--listen", server.address),
-            f"rule_server: {server.address}: cannot listen there: Address already in use")
+            self.run_program("timeout", "60", *SERVE, "--listen", server.address),
+            f"rulecheck: {server.address}: cannot listen there: Address already in use")
 
 
 def done(call):
@@ -135,8 +135,8 @@ class Sockets(ServerTest):
 
     def assert_not_taken(self, reason):
         self.assert_refused(
-            self.run_program("timeout", "60", RULE_SERVER, "--listen", self.address),
-            f"rule_server: {self.address}: cannot listen there: {reason}")
+            self.run_program("timeout", "60", *SERVE, "--listen", self.address),
+            f"rulecheck: {self.address}: cannot listen there: {reason}")
 
     def test_are_removed_in_the_end(self):
         self.assertEqual(self.server().stop(), ENDED_WELL)
@@ -174,7 +174,7 @@ class Sockets(ServerTest):
     def test_are_taken_by_one_of_many_that_start_at_once(self):
         self.server().kill()
         starting = [subprocess.Popen(
-            [RULE_SERVER, "--listen", self.address], stdout=subprocess.PIPE,
+            [*SERVE, "--listen", self.address], stdout=subprocess.PIPE,
             stderr=subprocess.PIPE, text=True, cwd=self.folder) for _ in range(8)]
         lines = [(server.stdout.readline(), server) for server in starting]
         listening = [server for line, server in lines if line]
@@ -184,7 +184,7 @@ class Sockets(ServerTest):
         for server in starting:
             _, errors = server.communicate(timeout=60)
             self.assertEqual((server.returncode, errors), (0, "") if server in listening else (
-                2, f"rule_server: {self.address}: cannot listen there: Address already in use\n"))
+                2, f"rulecheck: {self.address}: cannot listen there: Address already in use\n"))
 
 
 class LintClient(ServerTest):

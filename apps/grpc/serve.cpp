@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Serves the rule server of apps/rule_server through gRPC.
+// The command that serves the rule server of apps/rule_server through gRPC.
 
 #include <grpcpp/ext/proto_server_reflection_plugin.h>
 #include <grpcpp/grpcpp.h>
@@ -34,8 +34,10 @@
 #include "rule_server/files.h"
 #include "rule_server/limits.h"
 #include "rule_server/rule_server.h"
+#include "rulecheck/lint/server_options.h"
 #include "rulecheck/page/page.h"
 
+namespace rulecheck {
 namespace {
 
 const char* const kTokenVariable = "RULE_SERVER_TOKEN";
@@ -142,7 +144,7 @@ rule_server::Environment environmentOf(const Options& options, rule_server::File
   environment.limits = options.limits;
   environment.now = rule_server::millisecondsSince1970;
   environment.newUuid = rule_server::randomUuid;
-  environment.page = [](const auto& result) { return rulecheck::page(result); };
+  environment.page = [](const auto& result) { return page(result); };
   return environment;
 }
 
@@ -235,12 +237,17 @@ void serve(const Options& options) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  // gRPC's log would be more than the one line of an error.
-  setenv("GRPC_VERBOSITY", "NONE", 0);
-  CLI::App app("Serves a rule server in memory through gRPC, until SIGTERM or stopServer",
-               "rule_server");
-  Options options;
-  define(app, options);
-  return apps::run(app, argc, argv, [&options] { serve(options); });
+void addServe(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* command = app.add_subcommand(
+      "serve", "Serves a rule server in memory through gRPC, until SIGTERM or stopServer");
+  define(*command, *options);
+  command->footer("Example:\n  rulecheck serve --listen unix:/run/user/1000/rules --files reports");
+  command->callback([options] {
+    // gRPC's log would be more than the one line of an error.
+    setenv("GRPC_VERBOSITY", "NONE", 0);
+    serve(*options);
+  });
 }
+
+}  // namespace rulecheck
