@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <set>
 #include <tuple>
 #include <utility>
 
 #include "rulecheck/fingerprint.h"
+#include "rulecheck/not_checked.h"
 #include "rulecheck/place.h"
 #include "rulecheck/plain_text.h"
 
@@ -49,6 +51,30 @@ void removeAll(const std::vector<Entry>& others, std::vector<Entry>* entries) {
   };
   entries->erase(std::remove_if(entries->begin(), entries->end(), isAmong), entries->end());
 }
+
+// The rules that the new result doesn't check everywhere where the old one did.
+class Unchecked {
+ public:
+  Unchecked(const std::vector<Entry>& before, std::vector<Entry> after) {
+    const auto cutShort = [](const Entry& entry) {
+      return waiverOf(*entry.violation) == kCutShort;
+    };
+    all_ = std::any_of(after.begin(), after.end(), cutShort);
+    removeAll(before, &after);
+    for (const Entry& entry : after) {
+      if (isNotChecked(*entry.violation)) {
+        rules_.insert(entry.violation->rule_key());
+      }
+    }
+  }
+
+  bool has(const std::string& rule) const { return all_ || rules_.count(rule) != 0; }
+
+ private:
+  // After an error, Verilator checks little.
+  bool all_;
+  std::set<std::string> rules_;
+};
 
 }  // namespace
 
@@ -96,29 +122,39 @@ Comparison compare(const SessionResult& before, const SessionResult& after) {
     ++old;
   }
   gone.insert(gone.end(), old, olds.end());
-  removeAll(entriesOf(after.waived_violations()), &gone);
+  const std::vector<Entry> waived = entriesOf(after.waived_violations());
+  removeAll(waived, &gone);
+  const Unchecked unchecked(entriesOf(before.waived_violations()), waived);
   for (const Entry& entry : gone) {
-    comparison.fixed.push_back(entry.violation);
+    const bool isFixed = !unchecked.has(entry.violation->rule_key());
+    (isFixed ? comparison.fixed : comparison.unchecked).push_back(entry.violation);
   }
-  comparison.added = sortedByPlace(std::move(comparison.added));
-  comparison.fixed = sortedByPlace(std::move(comparison.fixed));
+  for (Violations* list : {&comparison.added, &comparison.fixed, &comparison.unchecked}) {
+    *list = sortedByPlace(std::move(*list));
+  }
   return comparison;
 }
 
 std::string textOf(const Comparison& comparison, bool withFindings) {
   std::string text;
+  const auto addLines = [&](const char* state, const Violations& violations) {
+    for (const Violation* violation : violations) {
+      text += std::string(state) + ": " + lineOf(*violation) + '\n';
+    }
+  };
   if (withFindings) {
-    for (const Violation* violation : comparison.added) {
-      text += "new: " + lineOf(*violation) + '\n';
-    }
-    for (const Violation* violation : comparison.fixed) {
-      text += "fixed: " + lineOf(*violation) + '\n';
-    }
+    addLines("new", comparison.added);
+    addLines("fixed", comparison.fixed);
+    addLines("not checked", comparison.unchecked);
   }
-  return text + std::to_string(comparison.added.size()) + " new, " +
-         std::to_string(comparison.fixed.size()) + " fixed, " +
-         std::to_string(comparison.unchanged.size()) + " unchanged, " +
-         std::to_string(comparison.moved.size()) + " moved\n";
+  text += std::to_string(comparison.added.size()) + " new, " +
+          std::to_string(comparison.fixed.size()) + " fixed, " +
+          std::to_string(comparison.unchanged.size()) + " unchanged, " +
+          std::to_string(comparison.moved.size()) + " moved";
+  if (!comparison.unchecked.empty()) {
+    text += ", " + std::to_string(comparison.unchecked.size()) + " not checked";
+  }
+  return text + '\n';
 }
 
 }  // namespace rulecheck

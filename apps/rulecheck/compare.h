@@ -27,6 +27,8 @@ struct Comparison {
   Violations moved;
   Violations unchanged;
   Violations fixed;
+  // Gone, of rules that the new result doesn't check where the old one did.
+  Violations unchecked;
 };
 
 // Finds the same violation by its fingerprint. Of several with one fingerprint, those that
@@ -34,7 +36,7 @@ struct Comparison {
 Comparison compare(const vok::rulecheck::SessionResult& before,
                    const vok::rulecheck::SessionResult& after);
 
-// The lines "new: ..." and "fixed: ...", if wanted, and a line of counts.
+// The lines "new: ...", "fixed: ..." and "not checked: ...", if wanted, and a line of counts.
 std::string textOf(const Comparison& comparison, bool withFindings);
 
 }  // namespace rulecheck

@@ -64,6 +64,25 @@ class Diff(ResultsTest):
     def test_takes_what_was_waived_for_neither_new_nor_fixed(self):
         self.assertEqual(self.counts([finding()], [], waived=[finding(line=8)]), [0, 0, 0, 0])
 
+    def test_does_not_take_for_fixed_what_is_not_checked_any_more(self):
+        def off(reason, rule="WIDTH"):
+            return {**finding(rule, "rtl/off.v", text="lint_off"), "categories": {"1": reason}}
+
+        in_source = off("switched off in the source")
+        cases = [
+            ([], [in_source], 0), ([in_source], [in_source], 1),
+            ([], [off("switched off on the command line")], 0),
+            ([], [off("switched off in the source", "LATCH")], 1), ([], [off("later")], 1),
+            ([off("cut short by an error", "LATCH")], [off("cut short by an error", "LATCH")], 0)]
+        for before, after, fixed in cases:
+            with self.subTest(before=before, after=after):
+                old = self.result("old", [finding()], waived=before)
+                lines = self.printed("diff", old, self.result("new", [], waived=after))
+                self.assertEqual(
+                    [line.split(" rtl")[0] for line in lines],
+                    ["fixed:", "0 new, 1 fixed, 0 unchanged, 0 moved"] if fixed else
+                    ["not checked:", "0 new, 0 fixed, 0 unchanged, 0 moved, 1 not checked"])
+
     def test_matches_texts_that_are_not_utf8_in_each_format(self):
         old = self.write("old.txtpb", r"""session { name: 'n' } violations { hashmap { key: 1 value {
             id: 1 severity: SEV_ERROR rule_key: 'R' details { text: '\344 \303\244 \374b' } } } }""")
