@@ -138,7 +138,7 @@ Ended run(const std::vector<std::string>& words, int descriptor, const apps::Hel
   if (!isDone) {
     throw std::runtime_error(words[0] + ": stopped by a signal");
   }
-  return {WIFEXITED(status) && WEXITSTATUS(status) == 0, contentOf(output)};
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), contentOf(output)};
 }
 
 }  // namespace rulecheck

@@ -13,7 +13,8 @@
 namespace rulecheck {
 
 struct Ended {
-  bool successfully;
+  // That of a shell: 128 and the signal's number if one ended the program.
+  int status;
   // What the program wrote to the descriptor.
   std::string output;
 };

@@ -23,13 +23,18 @@ using vok::rulecheck::CreateViolation;
 
 namespace fs = std::filesystem;
 
+std::string temporaryFolder() {
+  const char* folder = getenv("TMPDIR");
+  return folder == nullptr || *folder == '\0' ? "/tmp" : folder;
+}
+
 // A directory of its own, which is removed with the object. Verilator writes there which
 // files it read; it tells that in no other way.
 class TemporaryDirectory {
  public:
-  TemporaryDirectory() : path_(fs::temp_directory_path() / "rulecheck-XXXXXX") {
+  TemporaryDirectory() : path_(temporaryFolder() + "/rulecheck-XXXXXX") {
     if (mkdtemp(path_.data()) == nullptr) {
-      throw apps::CannotRun(path_ + ": " + std::generic_category().message(errno));
+      throw apps::CannotRun(temporaryFolder() + ": " + std::generic_category().message(errno));
     }
   }
   ~TemporaryDirectory() {
@@ -60,6 +65,24 @@ std::string lastLine(std::string text) {
   return text.substr(text.rfind('\n') + 1);
 }
 
+bool isPreprocessing(const std::string& argument) {
+  return argument == "-E" || argument == "--E";
+}
+
+// Throws if a run without an error looked at no rule. Only one that reads sources writes
+// dependencies.
+void checkThatItChecked(const std::string& program, const std::vector<std::string>& arguments,
+                        const Ended& ended, const std::string& dependencies) {
+  if (ended.status != 0) {
+    const std::string line = lastLine(ended.output);
+    throw apps::CannotRun(program + " failed: " +
+                          (line.empty() ? "exit status " + std::to_string(ended.status) : line));
+  }
+  if (dependencies.empty() || std::any_of(arguments.begin(), arguments.end(), isPreprocessing)) {
+    throw apps::CannotRun(program + ": checked nothing");
+  }
+}
+
 }  // namespace
 
 std::vector<CreateViolation> lint(const std::string& program,
@@ -74,16 +97,17 @@ std::vector<CreateViolation> lint(const std::string& program,
   const Ended ended = run(words, STDERR_FILENO, signals);
 
   std::vector<CreateViolation> found = parseMessages(ended.output, here);
-  if (!ended.successfully && std::none_of(found.begin(), found.end(), isError)) {
-    throw apps::CannotRun(program + " failed: " + lastLine(ended.output));
+  const std::string dependencies = dependenciesIn(directory.path());
+  if (std::none_of(found.begin(), found.end(), isError)) {
+    checkThatItChecked(program, arguments, ended, dependencies);
   }
   const auto preprocess = [&] {
     words.emplace_back("-E");
     const Ended preprocessed = run(words, STDOUT_FILENO, signals);
-    return preprocessed.successfully ? preprocessed.output : "";
+    return preprocessed.status == 0 ? preprocessed.output : "";
   };
   std::vector<CreateViolation> unchecked =
-      uncheckedRules(arguments, dependenciesIn(directory.path()), found, here, rules, preprocess);
+      uncheckedRules(arguments, dependencies, found, here, rules, preprocess);
   std::move(unchecked.begin(), unchecked.end(), std::back_inserter(found));
   return found;
 }

@@ -66,6 +66,17 @@ class BadArguments(RulecheckTest):
                     "fake verilator failed: last words",
                     "lint", "--verilator", program, "-o", "result.pb", "m.v", status=3,
                     preexec_fn=lambda: signal.signal(signal.SIGCHLD, action))
+        self.assert_error("/bin/false failed: exit status 1", "lint", "--verilator", "/bin/false",
+                          "-o", "result.pb", "m.v", status=3)
+
+    def test_temporary_folder_that_is_missing(self):
+        self.assert_error("/nonexistent: No such file or directory",
+                          "lint", "--verilator", "/bin/true", "-o", "result.pb", "m.v", status=3,
+                          env={**os.environ, "TMPDIR": "/nonexistent"})
+
+    def test_verilator_that_reads_no_source(self):
+        self.assert_error("/bin/true: checked nothing", "lint", "--verilator", "/bin/true",
+                          "-o", "result.pb", "m.v", status=3)
 
 
 class Servers(RulecheckTest):

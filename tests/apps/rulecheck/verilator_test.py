@@ -114,6 +114,23 @@ endmodule
         self.write("m.v", "module m;\0\0 endmodule\n")
         self.lint("m.v")
 
+    def test_affirms_nothing_if_verilator_checks_nothing(self):
+        self.write("m.v", "module m; endmodule\n")
+        for words in [["-E", "m.v"], ["--version"], ["--help"], ["-V"]]:
+            with self.subTest(words):
+                self.assert_error("verilator: checked nothing", "lint", "-o", "result.pb", "--",
+                                  *words, status=3)
+
+    def test_affirms_rules_of_a_design_without_findings(self):
+        self.write("m.v", "module m; endmodule\n")
+        self.write("m.f", "m.v\n")
+        self.write("empty.vlt", "`verilator_config\n")
+        for words in [["m.v"], ["-f", "m.f"], ["--top-module", "m", "m.v"], ["empty.vlt", "m.v"]]:
+            with self.subTest(words):
+                result = self.lint(*words)
+                self.assertEqual(findings(result), [])
+                self.assertIn("affirmations", result)
+
     def test_takes_names_as_verilator_does(self):
         narrow = (RECORDED / "narrow.v").read_text(encoding="utf-8")
         for names in [["ü.v"], ["a'b\".v"], ["./-x.v"], ["one/narrow.v", "two/narrow.v"], ["a b.v"]]:
