@@ -19,7 +19,8 @@ std::string toSarif(const vok::rulecheck::SessionResult& result,
                     const vok::rulecheck::SessionResult* baseline);
 
 // Reads the runs of a log by any tool. Suppressed results become waived violations, those of
-// the kind "pass" affirmations; those that are "notApplicable" or absent are left out.
+// the kind "pass" affirmations; those that are "notApplicable" or absent are left out. Violations
+// also say what failed in the tool itself.
 // Relative files are taken as ones in the directory, unless the run says otherwise. What
 // toSarif() wrote gives the same findings. Throws std::exception if the log is malformed.
 void fromSarif(const std::string& log, const std::filesystem::path& directory,

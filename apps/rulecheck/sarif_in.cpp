@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "rulecheck/merge.h"
 #include "rulecheck/not_checked.h"
@@ -130,40 +131,90 @@ class Run {
       : run_(run), directory_(directory), result_(result) {}
 
   void read() {
-    readRules(at(run_, "tool", "driver"));
+    readDescriptors(at(run_, "tool", "driver"));
     for (const Json& extension : at(run_, "tool", "extensions")) {
-      readRules(extension);
+      readDescriptors(extension);
     }
     for (const Json& found : at(run_, "results")) {
       read(found);
     }
+    for (const Json& invocation : at(run_, "invocations")) {
+      readInvocation(invocation);
+    }
   }
 
  private:
-  void readRules(const Json& component) {
-    for (const Json& rule : at(component, "rules")) {
-      rules_.emplace(text(rule, "id"), &rule);
+  void readDescriptors(const Json& component) {
+    for (const char* const kind : {"rules", "notifications"}) {
+      for (const Json& descriptor : at(component, kind)) {
+        descriptors_.emplace(std::pair(kind, text(descriptor, "id")), &descriptor);
+      }
     }
   }
 
-  static std::string keyOf(const Json& found) {
-    const std::string id = text(found, "ruleId");
-    return id.empty() ? text(found, "rule", "id") : id;
+  // A tool that failed may have missed something, so that is a finding, too.
+  void readInvocation(const Json& invocation) {
+    bool isExplained = false;
+    for (const char* const kind :
+         {"toolConfigurationNotifications", "toolExecutionNotifications"}) {
+      for (const Json& notification : at(invocation, kind)) {
+        isExplained = readNotification(notification) == "error" || isExplained;
+      }
+    }
+    if (at(invocation, "executionSuccessful") == false && !isExplained) {
+      readNotification({{"level", "error"}, {"message", {{"text", failureOf(invocation)}}}});
+    }
   }
 
-  // Of the driver or an extension; null if there is none.
-  const Json& ruleFor(const Json& found) const {
-    const auto named = rules_.find(keyOf(found));
-    if (named != rules_.end()) {
-      return *named->second;
+  std::string failureOf(const Json& invocation) const {
+    const std::string failure = text(run_, "tool", "driver", "name") + " failed";
+    for (const auto& [name, words] :
+         {std::pair("exitSignalName", ": signal "), std::pair("exitSignalNumber", ": signal "),
+          std::pair("exitCode", ": exit code ")}) {
+      const Json& part = at(invocation, name);
+      if (part.is_string() || part.is_number_integer()) {
+        return failure + words + (part.is_string() ? part.get<std::string>() : part.dump());
+      }
     }
-    const Json& extension = at(found, "rule", "toolComponent", "index");
+    return failure;
+  }
+
+  // Returns its level.
+  std::string readNotification(const Json& notification) {
+    const Json& reference = at(notification, "descriptor");
+    const Json& descriptor = descriptorFor(reference, "notifications");
+    std::string level = text(notification, "level");
+    level = level.empty() ? text(descriptor, "defaultConfiguration", "level") : level;
+    if (level != "note" && level != "none") {
+      std::string key = text(reference, "id");
+      key = key.empty() ? text(descriptor, "id") : key;
+      addViolation(notification, descriptor, key.empty() ? "notification" : key, level,
+                   result_->mutable_violations());
+    }
+    return level;
+  }
+
+  // The rule or notification that a reference names, of the driver or an extension; null if there
+  // is none.
+  const Json& descriptorFor(const Json& reference, const char* kind) const {
+    const std::string id = text(reference, "id");
+    const Json& extension = at(reference, "toolComponent", "index");
     const Json& component = extension.is_null()
                                 ? at(run_, "tool", "driver")
                                 : at(run_, "tool", "extensions", number(extension, kNoIndex));
-    const Json& index =
-        at(found, "ruleIndex").is_null() ? at(found, "rule", "index") : at(found, "ruleIndex");
-    return at(component, "rules", number(index, kNoIndex));
+    const Json& indexed = at(component, kind, number(at(reference, "index"), kNoIndex));
+    const auto named = descriptors_.find({kind, id});
+    return named == descriptors_.end() || text(indexed, "id") == id ? indexed : *named->second;
+  }
+
+  static Json ruleReferenceOf(const Json& found) {
+    Json reference = at(found, "rule").is_object() ? at(found, "rule") : Json::object();
+    for (const auto& [name, own] : {std::pair("id", "ruleId"), std::pair("index", "ruleIndex")}) {
+      if (!at(found, own).is_null()) {
+        reference[name] = at(found, own);
+      }
+    }
+    return reference;
   }
 
   void read(const Json& found) {
@@ -171,11 +222,12 @@ class Run {
     if (kind == "notApplicable" || text(found, "baselineState") == "absent") {
       return;
     }
-    const Json& rule = ruleFor(found);
-    std::string key = keyOf(found);
+    const Json reference = ruleReferenceOf(found);
+    const Json& rule = descriptorFor(reference, "rules");
+    std::string key = text(reference, "id");
     key = key.empty() ? text(rule, "id") : key;
-    const int id = ++count_;
     if (kind == "pass") {
+      const int id = ++count_;
       auto& affirmation = (*result_->mutable_affirmations()->mutable_hashmap())[id];
       affirmation.set_id(id);
       affirmation.set_rule_key(key);
@@ -184,18 +236,26 @@ class Run {
       return;
     }
     const Json& suppression = suppressionOf(found);
-    auto& violation = (*(suppression.is_null() ? result_->mutable_violations()
-                                               : result_->mutable_waived_violations())
-                            ->mutable_hashmap())[id];
-    violation.set_id(id);
-    violation.set_rule_key(key);
-    violation.set_severity(severityOf(found, levelOf(found, rule)));
-    readDetails(found, rule, violation.mutable_details());
+    Violation& violation =
+        addViolation(found, rule, key, levelOf(found, rule),
+                     suppression.is_null() ? result_->mutable_violations()
+                                           : result_->mutable_waived_violations());
     const std::string reason = text(suppression, "justification");
     if (!reason.empty()) {
       (*violation.mutable_categories())[kWaiverCategory] = reason;
     }
+  }
+
+  Violation& addViolation(const Json& found, const Json& rule, const std::string& key,
+                          const std::string& level, vok::rulecheck::ViolationMap* violations) {
+    const int id = ++count_;
+    Violation& violation = (*violations->mutable_hashmap())[id];
+    violation.set_id(id);
+    violation.set_rule_key(key);
+    violation.set_severity(severityOf(found, level));
+    readDetails(found, rule, violation.mutable_details());
     addSpec(key, rule, result_->mutable_specs_violated());
+    return violation;
   }
 
   // Only a failure has the level of its rule.
@@ -310,7 +370,8 @@ class Run {
   const fs::path& directory_;
   SessionResult* result_;
   int count_ = 0;
-  std::map<std::string, const Json*> rules_;
+  // By kind and id. Of several with the same, the first.
+  std::map<std::pair<std::string, std::string>, const Json*> descriptors_;
 };
 
 }  // namespace

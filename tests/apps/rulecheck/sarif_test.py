@@ -111,6 +111,37 @@ class Import(RulecheckTest):
                 self.assertIn(line, lines)
                 self.assertEqual(bool(line), bool(lines))
 
+    def test_has_a_finding_if_the_tool_failed(self):
+        failed = {"executionSuccessful": False}
+        error = {"level": "error", "message": {"text": "no"}, "descriptor": {"id": "N"},
+                 "locations": [at("x.js", startLine=1)]}
+        cases = {
+            "error": ({**failed, "toolConfigurationNotifications": [error]}, ["x.js:1: error: no [N]"]),
+            "error while it runs": ({**failed, "toolExecutionNotifications": [error]}, ["x.js:1: error: no [N]"]),
+            "warning": ({"toolExecutionNotifications": [{"message": {"text": "odd"}}]},
+                        ["warning: odd [notification]"]),
+            "described": ({"toolExecutionNotifications": [
+                {"descriptor": {"index": 0}, "message": {"id": "m", "arguments": ["y"]}}]}, ["error: bad y [D]"]),
+            "described by an extension": ({"toolExecutionNotifications": [
+                {"descriptor": {"id": "E", "toolComponent": {"index": 0}}, "message": {"text": "m"}}]},
+                ["error: m [E]"]),
+            "notes": ({"toolExecutionNotifications": [{"level": level} for level in ["note", "none"]]}, []),
+            "exit code": ({**failed, "exitCode": 2}, ["error: tool failed: exit code 2 [notification]"]),
+            "signal": ({**failed, "exitCode": 139, "exitSignalName": "SIGSEGV"},
+                       ["error: tool failed: signal SIGSEGV [notification]"]),
+            "only a warning": ({**failed, "toolExecutionNotifications": [{"message": {"text": "odd"}}]},
+                               ["error: tool failed [notification]", "warning: odd [notification]"]),
+            "other types": ({"executionSuccessful": 0, "toolExecutionNotifications": None}, []),
+        }
+        described = {"defaultConfiguration": {"level": "error"}, "messageStrings": {"m": {"text": "bad {0}"}}}
+        tool = {"driver": {"name": "tool", "notifications": [{"id": "D", **described}]},
+                "extensions": [{"name": "more", "notifications": [{"id": "E", **described}]}]}
+        for name, (invocation, lines) in cases.items():
+            with self.subTest(name):
+                path = self.write("log.sarif", log({"message": {"text": "m"}}, invocations=[invocation], tool=tool))
+                text = self.rulecheck("text", path).stdout.decode("utf-8").splitlines()
+                self.assertEqual(sorted(text), sorted([*lines, "warning: m []"]))
+
     def test_refuses_what_is_not_a_log(self):
         for content in ["", "{", "[]", "{}", '{"version": "2.0.0", "runs": []}',
                         '{"version": "2.1.0", "runs": 1}', '"\\ud800"', "\x00", "[" * 100000]:
