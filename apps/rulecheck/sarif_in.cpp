@@ -5,6 +5,7 @@
 
 #include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -20,6 +21,7 @@ namespace {
 
 using Json = nlohmann::json;
 using vok::rulecheck::MsgInst;
+using vok::rulecheck::Reference;
 using vok::rulecheck::Resource;
 using vok::rulecheck::RuleSpec;
 using vok::rulecheck::SessionResult;
@@ -78,29 +80,50 @@ bool isUtf8(const std::string& text) {
   return Json::parse(valid) == text;
 }
 
-// The path of a "file:" address, or of a relative one. JSON has no bytes that are not UTF-8, so a
-// path with such bytes stays encoded.
-std::string pathOf(const std::string& uri) {
-  static const RE2 file("(?i)file:(?://(?:localhost)?)?(/.*)", RE2::Latin1);
-  std::string path = uri;
-  RE2::FullMatch(uri, file, &path);
+bool hasScheme(re2::StringPiece uri) {
+  static const RE2 scheme("[A-Za-z][A-Za-z0-9+.-]+:", RE2::Latin1);
+  return RE2::Consume(&uri, scheme);
+}
+
+bool isAbsolute(const std::string& uri) {
+  return hasScheme(uri) || uri.substr(0, 1) == "/";
+}
+
+// The path of a "file:" address of this host, or of a relative one. JSON has no bytes that are not
+// UTF-8, so a path with such bytes stays encoded.
+std::optional<std::string> localPath(const std::string& uri) {
+  static const RE2 file("(?i)file:(?://(?:localhost)?(/.*)|(/(?:[^/].*)?))", RE2::Latin1);
+  std::string path;
+  std::string bare;
+  if (RE2::FullMatch(uri, file, &path, &bare)) {
+    path += bare;
+  } else if (hasScheme(uri)) {
+    return std::nullopt;
+  } else {
+    path = uri;
+  }
   const std::string decoded = percentDecoded(path);
   return isUtf8(decoded) ? decoded : path;
 }
 
-void readAddress(const std::string& uri, RuleSpec* rule) {
-  static const RE2 web(R"((https?)://([^/?#:]+)(?::(\d{1,5}))?([^?#]*)(?:\?([^#]*))?(?:#(.*))?)",
-                       RE2::Latin1);
+// Without a scheme if it is neither the address of a page nor one of a file on another host.
+Resource remoteAddress(const std::string& uri) {
+  static const RE2 remote(
+      R"((?i)(?:(file)|http(s?))://([^/?#:]+)(?::(\d{1,5}))?([^?#]*)(?:\?([^#]*))?(?:#(.*))?)",
+      RE2::Latin1);
   Resource address;
-  std::string scheme;
+  std::string file;
+  std::string secure;
   std::string port;
   std::string query;
   std::string fragment;
-  if (!RE2::FullMatch(uri, web, &scheme, address.mutable_host(), &port, address.mutable_path(),
-                      &query, &fragment)) {
-    return;
+  if (!RE2::FullMatch(uri, remote, &file, &secure, address.mutable_host(), &port,
+                      address.mutable_path(), &query, &fragment)) {
+    return address;
   }
-  address.set_scheme(scheme == "http" ? Resource::HTTP : Resource::HTTPS);
+  address.set_scheme(!file.empty()    ? Resource::FILE
+                     : secure.empty() ? Resource::HTTP
+                                      : Resource::HTTPS);
   if (!port.empty()) {
     address.set_port(std::stoi(port));
   }
@@ -110,7 +133,23 @@ void readAddress(const std::string& uri, RuleSpec* rule) {
   if (!fragment.empty()) {
     address.set_fragment(fragment);
   }
-  *rule->mutable_description() = address;
+  return address;
+}
+
+// A file that is not on this host. Without an address if the scheme is another one.
+Reference remoteReference(const Place& place) {
+  Reference reference = referenceTo(place, "/");
+  Resource address = remoteAddress(place.file);
+  reference.set_name(textOf(place));
+  if (reference.url().has_fragment()) {
+    address.set_fragment(reference.url().fragment());
+  }
+  if (address.has_scheme()) {
+    *reference.mutable_url() = address;
+  } else {
+    reference.clear_url();
+  }
+  return reference;
 }
 
 Violation_Severity severityOf(const Json& json, const std::string& level) {
@@ -297,7 +336,10 @@ class Run {
     if (!help.empty()) {
       spec.set_resolution_msg(help);
     }
-    readAddress(text(rule, "helpUri"), &spec);
+    const Resource page = remoteAddress(text(rule, "helpUri"));
+    if (page.has_scheme()) {
+      *spec.mutable_description() = page;
+    }
     const std::string level = text(rule, "defaultConfiguration", "level");
     if (!level.empty()) {
       spec.set_severity(severityOf(rule, level));
@@ -332,20 +374,43 @@ class Run {
     }
   }
 
-  vok::rulecheck::Reference referenceOf(const Json& location) const {
+  // The address of a file, and that of the folder which its name is relative to, if the log says
+  // so.
+  std::pair<std::string, std::string> addressOf(const Json& file) const {
+    std::string address = text(file, "uri");
+    std::string root;
+    std::string base = text(file, "uriBaseId");
+    // Bases that are a cycle have no root.
+    for (int depth = 0; depth < 9 && !base.empty() && !isAbsolute(address); ++depth) {
+      const Json& folder = at(run_, "originalUriBaseIds", base.c_str());
+      root = text(folder, "uri");
+      address = root + (root.empty() || root.back() == '/' ? "" : "/") + address;
+      base = text(folder, "uriBaseId");
+    }
+    return {address, root};
+  }
+
+  // A file below the directory is named relative to it, another one relative to the log's root.
+  Reference referenceOf(const Json& location) const {
     const Json* file = &at(location, "artifactLocation");
     if (at(*file, "uri").is_null()) {
       file = &at(run_, "artifacts", number(at(*file, "index"), kNoIndex), "location");
     }
     const Json& region = at(location, "region");
     Place place;
-    place.file = pathOf(text(*file, "uri"));
     place.line = static_cast<int>(number(at(region, "startLine"), 0));
     place.column = static_cast<int>(number(at(region, "startColumn"), 0));
     place.source = text(region, "snippet", "text");
-    const std::string base = text(*file, "uriBaseId");
-    const std::string root = pathOf(text(run_, "originalUriBaseIds", base.c_str(), "uri"));
-    return referenceTo(place, root.empty() || root[0] != '/' ? directory_ : fs::path(root));
+    const auto [address, root] = addressOf(*file);
+    const auto path = localPath(address);
+    place.file = path.value_or(address);
+    if (!path) {
+      return remoteReference(place);
+    }
+    const Reference reference = referenceTo(place, directory_);
+    const fs::path folder = localPath(root).value_or("");
+    return folder.is_absolute() && reference.name()[0] == '/' ? referenceTo(place, folder)
+                                                              : reference;
   }
 
   static std::string messageOf(const Json& message, const Json& rule) {

@@ -25,6 +25,7 @@ using vok::rulecheck::Converter;
 using vok::rulecheck::Link;
 using vok::rulecheck::MsgInst;
 using vok::rulecheck::Reference;
+using vok::rulecheck::Resource;
 using vok::rulecheck::RuleSpec;
 using vok::rulecheck::SessionResult;
 using vok::rulecheck::Violation;
@@ -61,14 +62,25 @@ OrderedJson ruleJson(const std::string& key, const RuleSpec& rule) {
 }
 
 // The address of a file is relative where its name is.
+std::string addressOf(const Reference& reference, const std::string& file) {
+  const Resource& url = reference.url();
+  if (url.scheme() != Resource::FILE || !url.host().empty()) {
+    Resource whole = url;
+    whole.clear_fragment();
+    return Converter::href(whole);
+  }
+  if (file.empty() || file[0] == '/') {
+    return "file://" + (url.path().empty() ? file : url.path());
+  }
+  const std::string path = referenceTo({file}, "/").url().path().substr(1);
+  // What ends with the first colon would be a scheme.
+  return (path.find(':') < path.find('/') ? "./" : "") + path;
+}
+
 OrderedJson physicalLocation(const Reference& reference) {
   const Place place = placeOf(reference);
-  const std::string& path = reference.url().path();
-  const bool isRelative = !place.file.empty() && place.file[0] != '/';
-  const Reference plain = referenceTo({place.file}, "/");
   OrderedJson location;
-  location["artifactLocation"]["uri"] =
-      isRelative ? plain.url().path().substr(1) : "file://" + (path.empty() ? place.file : path);
+  location["artifactLocation"]["uri"] = addressOf(reference, place.file);
   if (place.line != 0) {
     location["region"]["startLine"] = place.line;
     if (place.column != 0) {

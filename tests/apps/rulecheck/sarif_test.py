@@ -25,6 +25,13 @@ def at(uri, **region):
     return {"physicalLocation": {"artifactLocation": {"uri": uri}, "region": region}}
 
 
+def address_of(resource):
+    port = f":{resource['port']}" if "port" in resource else ""
+    query = f"?{resource['query']}" if "query" in resource else ""
+    return (f"{resource['scheme'].lower()}://{resource.get('host', '')}{port}{resource['path']}{query}"
+            f"#{resource['fragment']}")
+
+
 class Import(RulecheckTest):
     def imported(self, path):
         self.rulecheck("import", path, "-o", "result.json")
@@ -111,6 +118,36 @@ class Import(RulecheckTest):
                 self.assertIn(line, lines)
                 self.assertEqual(bool(line), bool(lines))
 
+    def test_gives_a_file_one_name(self):
+        here = (self.folder / "src").as_uri()
+        bases = {"HERE": {"uri": self.folder.as_uri() + "/"}, "SRC": {"uri": "src/", "uriBaseId": "HERE"},
+                 "ABS": {"uri": here}, "FAR": {"uri": "file:///far/"}, "LIB": {"uri": "lib/", "uriBaseId": "FAR"},
+                 "WEB": {"uri": "https://host:80/x/"}, "LOOP": {"uri": "loop/", "uriBaseId": "LOOP"}}
+        cases = {
+            "nested base": ("a.c", "SRC", "src/a.c", here + "/a.c"),
+            "absolute base": ("a.c", "ABS", "src/a.c", here + "/a.c"),
+            "absolute": (here + "/a.c", "FAR", "src/a.c", here + "/a.c"),
+            "relative": ("src/a.c", "NONE", "src/a.c", here + "/a.c"),
+            "elsewhere": ("a.c", "LIB", "lib/a.c", "file:///far/lib/a.c"),
+            "colon": ("a/b:c.c", "LIB", "lib/a/b:c.c", "file:///far/lib/a/b:c.c"),
+            "page": ("https://host/x.c", "", "https://host/x.c", "https://host/x.c"),
+            "base of pages": ("x.c", "WEB", "https://host:80/x/x.c", "https://host:80/x/x.c"),
+            "other host": ("file://host/share/y.c", "", "file://host/share/y.c", "file://host/share/y.c"),
+            "other scheme": ("javascript:alert(1)", "", "javascript:alert(1)", None),
+        }
+        for name, (uri, base, shown, address) in cases.items():
+            with self.subTest(name):
+                path = self.write("log.sarif", log({"message": {"text": "m"}, "locations": [{"physicalLocation": {
+                    "artifactLocation": {"uri": uri, "uriBaseId": base}, "region": {"startLine": 4}}}]},
+                                                   originalUriBaseIds=bases))
+                place = self.imported(path)["violations"]["hashmap"]["1"]["details"]["args"]["arg"][0]["ref"]
+                self.assertEqual(place["name"], shown + ":4")
+                url = place.get("url")
+                self.assertEqual(url and address_of(url), address and address + "#L4")
+        self.write("log.sarif", log({"message": {"text": "m"}, "locations": [{"physicalLocation": {
+            "artifactLocation": {"uri": "a.c", "uriBaseId": "LOOP"}}}]}, originalUriBaseIds=bases))
+        self.imported("log.sarif")
+
     def test_has_a_finding_if_the_tool_failed(self):
         failed = {"executionSuccessful": False}
         error = {"level": "error", "message": {"text": "no"}, "descriptor": {"id": "N"},
@@ -194,6 +231,15 @@ class Export(RulecheckTest):
         results = self.exported("new.sarif", "--baseline", "old.sarif")["runs"][0]["results"]
         self.assertEqual([(each["message"]["text"], each["baselineState"]) for each in results],
                          [("more", "new"), ("same", "unchanged"), ("gone", "absent")])
+
+    def test_has_the_address_of_each_file(self):
+        for uri, address in [("a%20b.c", "a%20b.c"), ("./a:b.c", "./a:b.c"), ("file:///f/a.c", "file:///f/a.c"),
+                             ("https://host:8/a.c?q", "https://host:8/a.c?q"),
+                             ("file://host/share/y.c", "file://host/share/y.c")]:
+            with self.subTest(uri):
+                path = self.write("log.sarif", log({"message": {"text": "m"}, "locations": [at(uri, startLine=4)]}))
+                result, = self.exported(path)["runs"][0]["results"]
+                self.assertEqual(result["locations"], [at(address, startLine=4)])
 
     @unittest.skipUnless(os.path.exists(MULTITOOL), "needs npm ci in tests")
     def test_is_valid(self):
