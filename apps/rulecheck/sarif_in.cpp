@@ -174,11 +174,13 @@ class Run {
     for (const Json& extension : at(run_, "tool", "extensions")) {
       readDescriptors(extension);
     }
+    readOverrides();
     for (const Json& found : at(run_, "results")) {
       read(found);
     }
+    std::size_t index = 0;
     for (const Json& invocation : at(run_, "invocations")) {
-      readInvocation(invocation);
+      readInvocation(invocation, index++);
     }
   }
 
@@ -191,17 +193,41 @@ class Run {
     }
   }
 
+  void readOverrides() {
+    std::size_t invocation = 0;
+    for (const Json& run : at(run_, "invocations")) {
+      for (const auto& [kind, list] :
+           {std::pair("rules", "ruleConfigurationOverrides"),
+            std::pair("notifications", "notificationConfigurationOverrides")}) {
+        for (const Json& change : at(run, list)) {
+          const Json& descriptor = descriptorFor(at(change, "descriptor"), kind);
+          const std::string level = text(change, "configuration", "level");
+          if (!descriptor.is_null() && !level.empty()) {
+            overrides_.emplace(std::pair(invocation, &descriptor), level);
+          }
+        }
+      }
+      ++invocation;
+    }
+  }
+
+  std::string configuredLevel(std::size_t invocation, const Json& descriptor) const {
+    const auto changed = overrides_.find({invocation, &descriptor});
+    return changed == overrides_.end() ? text(descriptor, "defaultConfiguration", "level")
+                                       : changed->second;
+  }
+
   // A tool that failed may have missed something, so that is a finding, too.
-  void readInvocation(const Json& invocation) {
+  void readInvocation(const Json& invocation, std::size_t index) {
     bool isExplained = false;
     for (const char* const kind :
          {"toolConfigurationNotifications", "toolExecutionNotifications"}) {
       for (const Json& notification : at(invocation, kind)) {
-        isExplained = readNotification(notification) == "error" || isExplained;
+        isExplained = readNotification(notification, index) == "error" || isExplained;
       }
     }
     if (at(invocation, "executionSuccessful") == false && !isExplained) {
-      readNotification({{"level", "error"}, {"message", {{"text", failureOf(invocation)}}}});
+      readNotification({{"level", "error"}, {"message", {{"text", failureOf(invocation)}}}}, index);
     }
   }
 
@@ -219,11 +245,11 @@ class Run {
   }
 
   // Returns its level.
-  std::string readNotification(const Json& notification) {
+  std::string readNotification(const Json& notification, std::size_t invocation) {
     const Json& reference = at(notification, "descriptor");
     const Json& descriptor = descriptorFor(reference, "notifications");
     std::string level = text(notification, "level");
-    level = level.empty() ? text(descriptor, "defaultConfiguration", "level") : level;
+    level = level.empty() ? configuredLevel(invocation, descriptor) : level;
     if (level != "note" && level != "none") {
       std::string key = text(reference, "id");
       key = key.empty() ? text(descriptor, "id") : key;
@@ -298,12 +324,14 @@ class Run {
   }
 
   // Only a failure has the level of its rule.
-  static std::string levelOf(const Json& found, const Json& rule) {
+  std::string levelOf(const Json& found, const Json& rule) const {
     const std::string level = text(found, "level");
     const std::string kind = text(found, "kind");
-    return !level.empty()                   ? level
-           : kind.empty() || kind == "fail" ? text(rule, "defaultConfiguration", "level")
-                                            : "none";
+    if (!level.empty()) {
+      return level;
+    }
+    const std::size_t invocation = number(at(found, "provenance", "invocationIndex"), 0);
+    return kind.empty() || kind == "fail" ? configuredLevel(invocation, rule) : "none";
   }
 
   // The first suppression that is accepted, or null.
@@ -413,20 +441,26 @@ class Run {
                                                               : reference;
   }
 
+  // Braces are special in texts with arguments and in those of a rule.
   static std::string messageOf(const Json& message, const Json& rule) {
-    std::string words = text(message, "text");
-    if (words.empty()) {
-      words = text(rule, "messageStrings", text(message, "id").c_str(), "text");
+    const std::string own = text(message, "text");
+    if (!own.empty() && at(message, "arguments").empty()) {
+      return own;
     }
-    static const RE2 part(R"((?s)(.*?)\{(\d{1,3})\})", RE2::Latin1);
+    const std::string words =
+        own.empty() ? text(rule, "messageStrings", text(message, "id").c_str(), "text") : own;
+    static const RE2 part(R"((?s)(.*?)(\{\{|\}\}|\{(\d{1,3})\}))", RE2::Latin1);
     re2::StringPiece rest = words;
     std::string filled;
     std::string before;
-    std::size_t index = 0;
-    while (RE2::Consume(&rest, part, &before, &index)) {
-      const Json& argument = at(message, "arguments", index);
-      filled += before + (argument.is_null() ? '{' + std::to_string(index) + '}'
-                                             : text(message, "arguments", index));
+    std::string special;
+    std::string index;
+    while (RE2::Consume(&rest, part, &before, &special, &index)) {
+      const Json& argument =
+          index.empty() ? Json() : at(message, "arguments", std::size_t{std::stoul(index)});
+      filled += before + (argument.is_string() ? argument.get<std::string>()
+                          : index.empty()      ? special.substr(1)
+                                               : special);
     }
     return filled + rest.as_string();
   }
@@ -437,6 +471,8 @@ class Run {
   int count_ = 0;
   // By kind and id. Of several with the same, the first.
   std::map<std::pair<std::string, std::string>, const Json*> descriptors_;
+  // Levels by invocation and descriptor.
+  std::map<std::pair<std::size_t, const Json*>, std::string> overrides_;
 };
 
 }  // namespace

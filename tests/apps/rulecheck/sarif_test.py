@@ -94,6 +94,23 @@ class Import(RulecheckTest):
             "message of the rule": (log({"ruleId": "R", "message": {"id": "x", "arguments": ["1", "2"]}},
                                         rules=[{"id": "R", "messageStrings": {"x": {"text": "{1} of {0}{9}"}}}]),
                                     "warning: 2 of 1{9} [R]"),
+            "literal braces": (log({"ruleId": "R", "message": {"id": "x", "arguments": ["1"]}},
+                                   rules=[{"id": "R", "messageStrings": {"x": {"text": "{{0}} {0} }}{{x"}}}]),
+                               "warning: {0} 1 }{x [R]"),
+            "braces of a text without arguments": (log({"message": {"text": "${{ x }} {0}"}}),
+                                                   "warning: ${{ x }} {0} []"),
+            "level of the invocation": (
+                log({"ruleId": "R", "message": {"text": "m"}},
+                    rules=[{"id": "R", "defaultConfiguration": {"level": "error"}}],
+                    invocations=[{"ruleConfigurationOverrides": [
+                        {"descriptor": {"index": 0}, "configuration": {"level": "note"}}]}]),
+                "advisory: m [R]"),
+            "level of another invocation": (
+                log({"ruleId": "R", "message": {"text": "m"}, "provenance": {"invocationIndex": 1}},
+                    rules=[{"id": "R", "defaultConfiguration": {"level": "error"}}],
+                    invocations=[{"ruleConfigurationOverrides": [
+                        {"descriptor": {"id": "R"}, "configuration": {"level": "note"}}]}]),
+                "error: m [R]"),
             "encoded name": (log({"message": {"text": "m"}, "locations": [place]}), "a b.v:3:4: warning: m []"),
             "name that is not UTF-8": (log({"message": {"text": "m"}, "locations": [at("%ff%20.v", startLine=3)]}),
                                        "%ff%20.v:3: warning: m []"),
@@ -162,6 +179,10 @@ class Import(RulecheckTest):
             "described by an extension": ({"toolExecutionNotifications": [
                 {"descriptor": {"id": "E", "toolComponent": {"index": 0}}, "message": {"text": "m"}}]},
                 ["error: m [E]"]),
+            "described and changed": (
+                {"toolExecutionNotifications": [{"descriptor": {"id": "D"}, "message": {"text": "m"}}],
+                 "notificationConfigurationOverrides": [
+                     {"descriptor": {"id": "D"}, "configuration": {"level": "warning"}}]}, ["warning: m [D]"]),
             "notes": ({"toolExecutionNotifications": [{"level": level} for level in ["note", "none"]]}, []),
             "exit code": ({**failed, "exitCode": 2}, ["error: tool failed: exit code 2 [notification]"]),
             "signal": ({**failed, "exitCode": 139, "exitSignalName": "SIGSEGV"},
