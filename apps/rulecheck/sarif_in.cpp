@@ -6,6 +6,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -163,11 +164,18 @@ Violation_Severity severityOf(const Json& json, const std::string& level) {
                                               : Violation::SEV_WARNING;
 }
 
+// The first tool that has each rule.
+using Owners = std::map<std::string, std::string>;
+
 // A run, and what becomes of it.
 class Run {
  public:
-  Run(const Json& run, const fs::path& directory, SessionResult* result)
-      : run_(run), directory_(directory), result_(result) {}
+  Run(const Json& run, const fs::path& directory, Owners* owners, SessionResult* result)
+      : run_(run),
+        tool_(text(run, "tool", "driver", "name")),
+        directory_(directory),
+        owners_(owners),
+        result_(result) {}
 
   void read() {
     readDescriptors(at(run_, "tool", "driver"));
@@ -232,7 +240,7 @@ class Run {
   }
 
   std::string failureOf(const Json& invocation) const {
-    const std::string failure = text(run_, "tool", "driver", "name") + " failed";
+    const std::string failure = tool_ + " failed";
     for (const auto& [name, words] :
          {std::pair("exitSignalName", ": signal "), std::pair("exitSignalNumber", ": signal "),
           std::pair("exitCode", ": exit code ")}) {
@@ -251,9 +259,8 @@ class Run {
     std::string level = text(notification, "level");
     level = level.empty() ? configuredLevel(invocation, descriptor) : level;
     if (level != "note" && level != "none") {
-      std::string key = text(reference, "id");
-      key = key.empty() ? text(descriptor, "id") : key;
-      addViolation(notification, descriptor, key.empty() ? "notification" : key, level,
+      const std::string id = idOf(reference, descriptor);
+      addViolation(notification, descriptor, keyOf(id.empty() ? "notification" : id), level,
                    result_->mutable_violations());
     }
     return level;
@@ -270,6 +277,17 @@ class Run {
     const Json& indexed = at(component, kind, number(at(reference, "index"), kNoIndex));
     const auto named = descriptors_.find({kind, id});
     return named == descriptors_.end() || text(indexed, "id") == id ? indexed : *named->second;
+  }
+
+  static std::string idOf(const Json& reference, const Json& descriptor) {
+    const std::string id = text(reference, "id");
+    return id.empty() ? text(descriptor, "id") : id;
+  }
+
+  // The id, after the name of the tool if an earlier one has a rule of that id.
+  std::string keyOf(const std::string& id) const {
+    const bool isOwn = id.empty() || owners_->emplace(id, tool_).first->second == tool_;
+    return isOwn ? id : tool_ + '/' + id;
   }
 
   static Json ruleReferenceOf(const Json& found) {
@@ -289,8 +307,7 @@ class Run {
     }
     const Json reference = ruleReferenceOf(found);
     const Json& rule = descriptorFor(reference, "rules");
-    std::string key = text(reference, "id");
-    key = key.empty() ? text(rule, "id") : key;
+    const std::string key = keyOf(idOf(reference, rule));
     if (kind == "pass") {
       const int id = ++count_;
       auto& affirmation = (*result_->mutable_affirmations()->mutable_hashmap())[id];
@@ -381,25 +398,91 @@ class Run {
       return;
     }
     details->Clear();
-    const Json& location = at(found, "locations", std::size_t{0}, "physicalLocation");
-    const bool hasPlace = !location.is_null();
-    details->set_text(hasPlace ? "%1: %2" : "%1");
-    auto* args = details->mutable_args();
-    if (hasPlace) {
-      *args->add_arg()->mutable_ref() = referenceOf(location);
+    const Json& location = at(found, "locations", std::size_t{0});
+    const Json& place = at(location, "physicalLocation");
+    const std::string object = logicalNameOf(location);
+    if (!place.is_null()) {
+      *addArgument(details)->mutable_ref() = referenceOf(place);
+      details->mutable_text()->append(": ");
+    } else if (!object.empty()) {
+      addArgument(details)->set_string_val(object);
+      details->mutable_text()->append(": ");
     }
-    args->add_arg()->set_string_val(messageOf(at(found, "message"), rule));
-    for (const Json& related : at(found, "relatedLocations")) {
-      const Json& place = at(related, "physicalLocation");
-      if (!place.is_null()) {
-        const auto reference = referenceOf(place);
-        auto* link = args->add_arg()->mutable_uri();
-        const std::string label = text(related, "message", "text");
-        link->set_link_text(label.empty() ? reference.name()
-                                          : label + " (" + reference.name() + ')');
-        *link->mutable_url() = reference.url();
+    addWords(messageOf(at(found, "message"), rule), found, details);
+    addLinks(at(found, "locations"), 1, details);
+    addLinks(at(found, "relatedLocations"), 0, details);
+  }
+
+  // An argument that the text shows next.
+  static vok::rulecheck::Arg* addArgument(MsgInst* details) {
+    auto* argument = details->mutable_args()->add_arg();
+    details->mutable_text()->append('%' + std::to_string(details->args().arg_size()));
+    return argument;
+  }
+
+  // Pages that the words link to become arguments. Of links to locations the label remains.
+  static void addWords(const std::string& words, const Json& found, MsgInst* details) {
+    static const RE2 link(
+        R"((?s)(.*?)\[([^\[\]\\]+)\]\((?:(\d{1,9})|(https?://[^\s()/?#:][^\s()]*))\))",
+        RE2::Latin1);
+    const std::set<std::string> locations = locationIds(found);
+    re2::StringPiece rest = words;
+    std::string plain;
+    std::string before;
+    std::string label;
+    std::string id;
+    std::string uri;
+    while (RE2::Consume(&rest, link, &before, &label, &id, &uri)) {
+      if (uri.empty()) {
+        plain += before + (locations.count(id) != 0 ? label : '[' + label + "](" + id + ')');
+        continue;
+      }
+      addArgument(details)->set_string_val(plain + before);
+      plain.clear();
+      auto* page = addArgument(details)->mutable_uri();
+      page->set_link_text(label);
+      *page->mutable_url() = remoteAddress(uri);
+    }
+    addArgument(details)->set_string_val(plain + rest.as_string());
+  }
+
+  static std::set<std::string> locationIds(const Json& found) {
+    std::set<std::string> ids;
+    for (const char* const list : {"locations", "relatedLocations"}) {
+      for (const Json& location : at(found, list)) {
+        ids.insert(at(location, "id").dump());
       }
     }
+    return ids;
+  }
+
+  void addLinks(const Json& locations, std::size_t first, MsgInst* details) const {
+    for (std::size_t i = first; i < locations.size(); ++i) {
+      const Json& place = at(locations, i, "physicalLocation");
+      if (!place.is_null()) {
+        const Reference reference = referenceOf(place);
+        auto* link = details->mutable_args()->add_arg()->mutable_uri();
+        const std::string label = text(locations, i, "message", "text");
+        link->set_link_text(label.empty() ? reference.name()
+                                          : label + " (" + reference.name() + ')');
+        if (reference.has_url()) {
+          *link->mutable_url() = reference.url();
+        }
+      }
+    }
+  }
+
+  std::string logicalNameOf(const Json& location) const {
+    const Json& own = at(location, "logicalLocations", std::size_t{0});
+    const Json& known = at(run_, "logicalLocations", number(at(own, "index"), kNoIndex));
+    for (const Json* object : {&own, &known}) {
+      for (const char* const name : {"fullyQualifiedName", "name"}) {
+        if (!text(*object, name).empty()) {
+          return text(*object, name);
+        }
+      }
+    }
+    return "";
   }
 
   // The address of a file, and that of the folder which its name is relative to, if the log says
@@ -428,7 +511,8 @@ class Run {
     Place place;
     place.line = static_cast<int>(number(at(region, "startLine"), 0));
     place.column = static_cast<int>(number(at(region, "startColumn"), 0));
-    place.source = text(region, "snippet", "text");
+    const std::string lines = text(region, "snippet", "text");
+    place.source = lines.substr(0, lines.find_first_of("\r\n"));
     const auto [address, root] = addressOf(*file);
     const auto path = localPath(address);
     place.file = path.value_or(address);
@@ -466,7 +550,9 @@ class Run {
   }
 
   const Json& run_;
+  std::string tool_;
   const fs::path& directory_;
+  Owners* owners_;
   SessionResult* result_;
   int count_ = 0;
   // By kind and id. Of several with the same, the first.
@@ -483,9 +569,10 @@ void fromSarif(const std::string& log, const fs::path& directory, SessionResult*
     throw std::runtime_error("not a SARIF 2.1.0 log");
   }
   std::string names;
+  Owners owners;
   for (const Json& run : at(json, "runs")) {
     SessionResult part;
-    Run(run, directory, &part).read();
+    Run(run, directory, &owners, &part).read();
     names += (names.empty() ? "" : ", ") + text(run, "tool", "driver", "name");
     merge(&part, result);
   }

@@ -37,6 +37,10 @@ class Import(RulecheckTest):
         self.rulecheck("import", path, "-o", "result.json")
         return read_json(self.folder / "result.json")
 
+    @staticmethod
+    def arguments_of(result):
+        return result["violations"]["hashmap"]["1"]["details"]["args"]["arg"]
+
     def test_has_the_findings_of_other_tools(self):
         expected = {
             "clang": ["/src/s/c.c:2:34: warning: Dereference of null pointer (loaded from variable 'p') "
@@ -111,6 +115,12 @@ class Import(RulecheckTest):
                     invocations=[{"ruleConfigurationOverrides": [
                         {"descriptor": {"id": "R"}, "configuration": {"level": "note"}}]}]),
                 "error: m [R]"),
+            "object without a file": (log({"message": {"text": "m"}, "locations": [
+                {"logicalLocations": [{"fullyQualifiedName": "ns::f"}]}]}), "warning: ns::f: m []"),
+            "index of an object": (log({"message": {"text": "m"}, "locations": [
+                {"logicalLocations": [{"index": 0}]}]}, logicalLocations=[{"name": "f"}]), "warning: f: m []"),
+            "links": (log({"message": {"text": "[a](1), [b](2), [c](https://h/c)[d](http://h), [p](https://:8) [e](x) 100%"},
+                           "relatedLocations": [{"id": 1}]}), "warning: a, [b](2), cd, [p](https://:8) [e](x) 100% []"),
             "encoded name": (log({"message": {"text": "m"}, "locations": [place]}), "a b.v:3:4: warning: m []"),
             "name that is not UTF-8": (log({"message": {"text": "m"}, "locations": [at("%ff%20.v", startLine=3)]}),
                                        "%ff%20.v:3: warning: m []"),
@@ -135,6 +145,24 @@ class Import(RulecheckTest):
                 self.assertIn(line, lines)
                 self.assertEqual(bool(line), bool(lines))
 
+    def test_has_links_to_further_places_and_pages(self):
+        self.write("log.sarif", log({
+            "message": {"text": "see [the page](https://h/p)"},
+            "locations": [at("a.c", startLine=1, snippet={"text": "int f()\r\n{"}), at("b.c", startLine=2)],
+            "relatedLocations": [{**at("c.c", startLine=3), "message": {"text": "cause"}}]}))
+        place, _, *links = self.arguments_of(self.imported("log.sarif"))
+        self.assertEqual(place["ref"]["value"]["stringVal"], "int f()")
+        links = [link["uri"] for link in links if "uri" in link]
+        self.assertEqual([(link["linkText"], pathlib.PurePath(link["url"]["path"]).name) for link in links],
+                         [("the page", "p"), ("b.c:2", "b.c"), ("cause (c.c:3)", "c.c")])
+
+    def test_tells_the_rules_of_two_tools_apart(self):
+        runs = [json.loads(log({"ruleId": rule, "message": {"text": name}}, tool={"driver": {"name": name}}))["runs"][0]
+                for name, rule in [("t", "R"), ("u", "R"), ("t", "R"), ("u", "S")]]
+        path = self.write("log.sarif", json.dumps({"version": "2.1.0", "runs": runs}))
+        lines = self.rulecheck("text", path).stdout.decode("utf-8").splitlines()
+        self.assertEqual(lines, [f"warning: {line}" for line in ["t [R]", "u [u/R]", "t [R]", "u [S]"]])
+
     def test_gives_a_file_one_name(self):
         here = (self.folder / "src").as_uri()
         bases = {"HERE": {"uri": self.folder.as_uri() + "/"}, "SRC": {"uri": "src/", "uriBaseId": "HERE"},
@@ -157,7 +185,7 @@ class Import(RulecheckTest):
                 path = self.write("log.sarif", log({"message": {"text": "m"}, "locations": [{"physicalLocation": {
                     "artifactLocation": {"uri": uri, "uriBaseId": base}, "region": {"startLine": 4}}}]},
                                                    originalUriBaseIds=bases))
-                place = self.imported(path)["violations"]["hashmap"]["1"]["details"]["args"]["arg"][0]["ref"]
+                place = self.arguments_of(self.imported(path))[0]["ref"]
                 self.assertEqual(place["name"], shown + ":4")
                 url = place.get("url")
                 self.assertEqual(url and address_of(url), address and address + "#L4")
