@@ -8,6 +8,7 @@
 #include <google/protobuf/text_format.h>
 #include <google/protobuf/util/json_util.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -80,8 +81,10 @@ std::string decodeJson(const std::string& content, google::protobuf::Message* me
   if (status.ok()) {
     return "";
   }
+  // "CODE:reason" or, for a field, "CODE:: reason", then the lines around it.
   const std::string text = status.ToString();
-  return text.substr(0, text.find('\n'));
+  const auto reason = std::min(text.find_first_not_of(": ", text.find(':')), text.size());
+  return text.substr(reason, text.find('\n') - reason);
 }
 
 struct Format {

@@ -22,6 +22,14 @@ std::string named(const std::string& path, const std::string& format) {
   return format.empty() ? path : path + '.' + format;
 }
 
+void checkReadable(const std::string& name) {
+  try {
+    apps::checkExtension(name);
+  } catch (const apps::FileError&) {
+    throw apps::FileError(name + ": unknown extension, expected " + kResultFormats);
+  }
+}
+
 }  // namespace
 
 const char kResultFormats[] = ".pb, .bin, .txtpb, .textproto, .txt, .json or, to read, .sarif";
@@ -30,6 +38,7 @@ void readResult(const std::string& path, const std::string& format, SessionResul
   const std::string name = named(path, format);
   const std::string content = apps::readFile(path == "-" ? "/dev/stdin" : path);
   if (std::filesystem::path(name).extension() != ".sarif") {
+    checkReadable(name);
     apps::decodeFrom(name, content, result);
     return;
   }

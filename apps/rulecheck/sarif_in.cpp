@@ -3,6 +3,7 @@
 #include <google/protobuf/util/json_util.h>
 #include <re2/re2.h>
 
+#include <algorithm>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -561,10 +562,22 @@ class Run {
   std::map<std::pair<std::size_t, const Json*>, std::string> overrides_;
 };
 
+Json parse(const std::string& log) {
+  try {
+    return Json::parse(log);
+  } catch (const Json::parse_error& error) {
+    const std::string before = log.substr(0, error.byte);
+    const auto line = std::count(before.begin(), before.end(), '\n') + 1;
+    throw std::runtime_error("malformed JSON in line " + std::to_string(line));
+  } catch (const Json::exception&) {
+    throw std::runtime_error("malformed JSON: a number is too large");
+  }
+}
+
 }  // namespace
 
 void fromSarif(const std::string& log, const fs::path& directory, SessionResult* result) {
-  const Json json = Json::parse(log);
+  const Json json = parse(log);
   if (text(json, "version") != "2.1.0" || !at(json, "runs").is_array()) {
     throw std::runtime_error("not a SARIF 2.1.0 log");
   }

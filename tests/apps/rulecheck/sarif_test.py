@@ -229,10 +229,18 @@ class Import(RulecheckTest):
                 self.assertEqual(sorted(text), sorted([*lines, "warning: m []"]))
 
     def test_refuses_what_is_not_a_log(self):
-        for content in ["", "{", "[]", "{}", '{"version": "2.0.0", "runs": []}',
-                        '{"version": "2.1.0", "runs": 1}', '"\\ud800"', "\x00", "[" * 100000]:
-            path = self.write("bad.sarif", content)
-            self.assert_error("bad.sarif: ", "import", path, "-o", "result.pb")
+        cases = {"malformed JSON in line 1": ["", "{", '"\\ud800"', "\x00", "\x1f\x8b", "[" * 100000],
+                 "malformed JSON in line 2": ["{\n]\n"],
+                 "malformed JSON: a number is too large": ["1e999"],
+                 "not a SARIF 2.1.0 log": ["[]", "{}", '{"version": "2.0.0", "runs": []}',
+                                           '{"version": "2.1.0", "runs": 1}']}
+        for words, contents in cases.items():
+            for content in contents:
+                path = self.write("bad.sarif", content)
+                self.assert_error(f"bad.sarif: {words}\n", "import", path, "-o", "result.pb")
+
+    def test_names_the_formats_that_it_reads(self):
+        self.assert_error(".json or, to read, .sarif", "text", self.write("result.xml", ""))
 
     def test_survives_damaged_logs(self):
         randoms = random.Random(1)
