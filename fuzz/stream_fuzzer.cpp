@@ -9,7 +9,6 @@
 #include <string>
 #include <utility>
 
-#include "common/framing.h"
 #include "fuzz.h"
 #include "rule_server/errors.h"
 #include "support/messages.h"
@@ -161,23 +160,9 @@ class Conversation {
   State state_;
 };
 
-// Any bytes can be read as frames, up to the first one that is refused.
-void expectFraming(const std::string& stream) {
-  std::size_t position = 0;
-  std::size_t start = 0;
-  Request request;
-  while (apps::readFramed(stream, &position, &request)) {
-    EXPECT_GT(position, start);
-    EXPECT_LE(position, stream.size());
-    start = position;
-  }
-  EXPECT_EQ(position, start) << "a refused frame is skipped";
-}
-
 }  // namespace
 
 void fuzz::run(const std::string& input) {
-  expectFraming(input);
   Conversation conversation;
   std::istringstream lines(kFirstRequests + input);
   for (std::string line; std::getline(lines, line);) {

@@ -11,7 +11,6 @@
 #include <utility>
 
 #include "common/command_line.h"
-#include "common/framing.h"
 #include "grpc/address.h"
 #include "rule_server/envelope.h"
 
@@ -78,7 +77,8 @@ std::shared_ptr<grpc::Channel> channelTo(const std::string& address, const Secur
   parseAddress(address);
   grpc::ChannelArguments arguments;
   arguments.SetInt(GRPC_ARG_ENABLE_RETRIES, 0);
-  arguments.SetMaxReceiveMessageSize(static_cast<int>(apps::kMaxMessageBytes));
+  // A session's result can be long.
+  arguments.SetMaxReceiveMessageSize(64 << 20);
   return grpc::CreateCustomChannel(address, clientCredentials(security, address), arguments);
 }
 

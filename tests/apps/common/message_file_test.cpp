@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 
 #include "directory.h"
@@ -105,6 +106,14 @@ TEST(MessageFiles, ThatAreMalformedAreNamedInOneLine) {
       EXPECT_THAT(error.what(), testing::StartsWith(c.error));
       EXPECT_THAT(error.what(), testing::Not(testing::ContainsRegex("\n|[A-Z]_[A-Z]|: :")));
     }
+  }
+}
+
+TEST(MessageFiles, HaveAtMostTwoGibibytes) {
+  vok::rulecheck::ExchangeToken longest;
+  longest.mutable_token()->resize(std::size_t{2} << 30);
+  for (const char* const path : {"a.pb", "a.json", "a.txt"}) {
+    EXPECT_THROW(encodeFor(path, longest), FileError) << path;
   }
 }
 
