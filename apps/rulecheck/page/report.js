@@ -375,7 +375,6 @@
       element.scrollIntoView({ block: 'center' });
     };
     const followAddress = () => {
-      if (!/=|^$/.test(location.hash)) return;  // the link to the list
       const state = new URLSearchParams(location.hash.slice(1));
       query.value = state.get('q') ?? '';
       byId('group').value = Object.hasOwn(groupings, state.get('group')) ? state.get('group') : 'rule';
@@ -471,7 +470,9 @@
         all[all.indexOf(event.target) + step]?.focus();
       }
     });
-    window.addEventListener('hashchange', followAddress);
+    window.addEventListener('hashchange', () => {
+      if (/=|^$/.test(location.hash)) followAddress();  // not the link to the list
+    });
     window.addEventListener('beforeprint', () => {
       render(printedRows, true);
       byId('unprinted').hidden = shown.length <= printedRows;

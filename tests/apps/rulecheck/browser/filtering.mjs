@@ -84,8 +84,8 @@ const checkGroups = async (checks, { placed, sample }) => {
   });
 };
 
-const checkAddress = (checks, { sample }) =>
-  checks.checkPage('the address has the filter and the groups', sample, {}, async (page) => {
+const checkAddress = async (checks, { sample }) => {
+  await checks.checkPage('the address has the filter and the groups', sample, {}, async (page) => {
     await page.fill('#query', '"clock domain" -pix & more');
     await page.fill('#query', 'cdc');
     await page.selectOption('#group', 'file');
@@ -101,6 +101,16 @@ const checkAddress = (checks, { sample }) =>
     assert.equal(await statusOf(page), '5 of 20 findings');
     assert.equal(await page.locator('#group').inputValue(), 'rule');
   });
+  await checks.checkPage('an address with the fragment of an element shows all findings', sample, {}, async (page) => {
+    const shown = await titles(page);
+    for (const fragment of ['#findings', '#x']) {
+      await page.goto(addressOf(sample) + fragment);
+      await page.reload();
+      assert.equal(await statusOf(page), '20 findings', fragment);
+      assert.deepEqual(await titles(page), shown, fragment);
+    }
+  });
+};
 
 const checkFolding = (checks, { sample }) =>
   checks.checkPage('groups and rows fold', sample, {}, async (page) => {
