@@ -46,13 +46,15 @@
     return data;
   };
 
+  const plainMessage = (data, { text, args }) => {
+    let i = 0;
+    return data.plainTexts[text].replaceAll('\u0001', () => plain(args[i++]));
+  };
   const positionOf = ({ line, column }) => (line ? `:${line}` : '') + (line && column ? `:${column}` : '');
   // What a search looks at.
   const wordsOf = (data, finding) => {
     const { key, name } = data.rules[finding.rule];
-    let i = 0;
-    const text = data.plainTexts[finding.text].replaceAll('\u0001', () => plain(finding.args[i++]));
-    let words = `#${finding.number} ${key} ${name} ${data.files[finding.file].path}${positionOf(finding)} ${text} ` +
+    let words = `#${finding.number} ${key} ${name} ${data.files[finding.file].path}${positionOf(finding)} ${plainMessage(data, finding)} ` +
       `${data.kinds[finding.kind].word} ${data.kinds[finding.severity].word} ${data.modules[finding.module]}`;
     for (let fact = 1; fact < finding.facts.length; fact += 2) words += ` ${data.plainTexts[finding.facts[fact]]}`;
     return words.toLowerCase();
@@ -73,6 +75,7 @@
     const template = byId('template');
     const boxes = Array.from(byId('filters').querySelectorAll('input:enabled'));
     const selected = new Set();
+    const canWaive = ({ kind }) => kind < firstSpecial;
     // Groups that the reader opened or closed, and what holds for all others.
     let turned = new Map();
     let allOpen;
@@ -190,7 +193,7 @@
       if (reason) message.append(' ', makeOf('span', 'reason', reason));
       const turn = makeButton('turn', `Details of finding ${number}`);
       turn.ariaExpanded = 'false';
-      const box = Object.assign(make('input'), { type: 'checkbox', checked: selected.has(finding), ariaLabel: `Select finding ${number}` });
+      const box = Object.assign(make('input'), { type: 'checkbox', checked: selected.has(finding), disabled: !canWaive(finding), ariaLabel: `Select finding ${number}` });
       const row = make('div', 'row', turn, box, make('span', `level ${slug}`, kinds[kind].word), placeOf(finding), message,
         make('code', 'rule', rules[finding.rule].key));
       if (mark && marks[mark].slug !== 'unchanged') row.append(make('span', `mark ${marks[mark].slug}`, marks[mark].word));
@@ -384,21 +387,37 @@
       if (state.has('finding')) reveal(state.get('finding'));
     };
 
-    // A line for each finding that a waiver can name. A blank would end a name.
-    const waiverOf = ({ rule, file, line }) => {
-      const name = (text) => text.replaceAll('\ufffd', '*').replace(/\s/g, '?').replace(/^#/, '?');
-      const { path } = files[file];
-      const key = name(rules[rule].key);
-      if (!path || !key) return `# no waiver can name ${key || 'this finding'}`;
-      return `${key} ${name(path)}${line ? `:${line}` : ''} -- ${byId('reason').value.trim() || 'no reason given'}`;
+    // The rule and the place of a waiver; undefined if it can name neither. A blank would end a name.
+    const nameOf = (text) => text.replaceAll('\ufffd', '*').replace(/\s/g, '?').replace(/^#/, '?');
+    const waivedBy = ({ rule, file }, line) => {
+      const [key, path] = [nameOf(rules[rule].key), nameOf(files[file].path)];
+      return key && path ? `${key} ${path}${line ? `:${line}` : ''}` : undefined;
+    };
+    const patternOf = (finding) => plainMessage(data, finding)
+      .replace(/[\\^$.|?*+()[\]{}]/g, '\\$&').replace(/\s/g, '.').replaceAll('\ufffd', '.*');
+    // What waivers without a pattern would accept, too.
+    const unselected = () => {
+      const names = new Set();
+      for (const finding of findings) {
+        if (!canWaive(finding) || selected.has(finding)) continue;
+        names.add(waivedBy(finding, finding.line)).add(waivedBy(finding, 0));
+      }
+      return names;
     };
     const showSelection = () => {
-      const lines = new Set(findings.filter((finding) => selected.has(finding)).map(waiverOf));
+      const others = unselected();
+      const lineOf = (finding) => {
+        const name = waivedBy(finding, finding.line);
+        const key = nameOf(rules[finding.rule].key);
+        if (!name) return `# no waiver for a finding ${key ? `of ${key} that names no file` : 'that names no rule'}`;
+        return `${name}${others.has(name) ? ` match=^${patternOf(finding)}$` : ''} -- ${byId('reason').value.trim()}`;
+      };
+      const lines = new Set(findings.filter((finding) => selected.has(finding)).map(lineOf));
       byId('selection').hidden = selected.size === 0;
       byId('waivers').value = Array.from(lines, (line) => `${line}\n`).join('');
     };
     const selectAll = (each) => {
-      if (each) for (const finding of shown) selected.add(finding);
+      if (each) for (const finding of shown.filter(canWaive)) selected.add(finding);
       else selected.clear();
       for (const box of list.querySelectorAll('.row input')) box.checked = selected.has(findings[box.closest('li').dataset.index]);
       showSelection();
@@ -428,6 +447,7 @@
         if (!byId('settings').hidden) template.focus();
       },
       copy: () => {
+        if (!byId('reason').reportValidity()) return;
         byId('waivers').select();
         document.execCommand('copy');
       },

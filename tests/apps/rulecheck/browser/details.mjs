@@ -4,7 +4,7 @@
 
 import assert from 'node:assert/strict';
 import { addressOf, settle, statusOf, visible } from './browser.mjs';
-import { demo } from './pages.mjs';
+import { alike, demo } from './pages.mjs';
 
 const row = (page, text) => page.locator('.finding', { hasText: text });
 
@@ -109,38 +109,73 @@ const checkBaseline = (checks, { placed }) =>
     assert.equal(await visible(page, '.finding.fixed'), 1);
   });
 
-const checkWaivers = async (checks, { placed }) => {
+const waivers = (page) => page.locator('#waivers').inputValue();
+
+const checkWaivers = async (checks, { placed, sample }) => {
   await checks.checkPage('ticked findings become lines of waivers', placed, { permissions: ['clipboard-read'] }, async (page) => {
     assert.ok(await page.locator('#selection').isHidden());
     await row(page, 'text 0').locator('input').check();
     await row(page, 'text 3').locator('input').check();
     await page.fill('#reason', 'see #12');
     const lines = 'R?1 rtl/core/a.v:3 -- see #12\n';
-    const unnamed = '# no waiver can name R?0\n';
-    assert.equal(await page.locator('#waivers').inputValue(), unnamed + lines);
+    const unnamed = '# no waiver for a finding of R?0 that names no file\n';
+    assert.equal(await waivers(page), unnamed + lines);
     await page.click('#copy');
     assert.equal(await page.evaluate(() => navigator.clipboard.readText()), unnamed + lines);
     await page.fill('#query', 'rtl/core');
     await settle(page);
     await row(page, 'text 0').locator('input').uncheck();
     await page.click('#select-all');
-    assert.equal((await page.locator('#waivers').inputValue()).split('\n').length, 5);
+    assert.equal((await waivers(page)).split('\n').length, 5);
     await page.click('#deselect');
     assert.ok(await page.locator('#selection').isHidden());
     assert.equal(await page.locator('.row input:checked').count(), 0);
   });
+  await checks.checkPage('lines without a reason are not copied', placed, { permissions: ['clipboard-read'] }, async (page) => {
+    await row(page, 'text 0').locator('input').check();
+    const before = await page.evaluate(() => navigator.clipboard.readText());
+    await page.fill('#reason', ' ');
+    assert.equal(await waivers(page), 'R?1 rtl/core/a.v:3 -- \n');
+    await page.click('#copy');
+    assert.equal(await page.evaluate(() => navigator.clipboard.readText()), before);
+    assert.equal(await page.evaluate(() => document.activeElement.id), 'reason');
+  });
+  await checks.checkPage('only violations can be ticked', sample, {}, async (page) => {
+    await page.click('#expand');
+    assert.equal(await page.locator('.rows.special .row input:enabled').count(), 0);
+    await page.locator('.row input').first().check();
+    await page.click('#select-all');
+    assert.equal(await page.locator('.row input:checked').count(), 14);
+  });
+  await checks.checkPage('a line names the message if another one of the rule is there', alike(), {}, async (page) => {
+    const [first, second] = await page.locator('.row input').all();
+    await first.check();
+    const message = String.raw`match=^Bits.\[3:0\].of.a\.\*b.\(not\).\$used\\\?\^\|\+\{1\}$`;
+    assert.equal(await waivers(page), `R a.v:3 ${message} -- \n`);
+    await second.check();
+    assert.equal(await waivers(page), 'R a.v:3 -- \n');
+  });
+  await checkDemo(checks);
+};
+
+const checkDemo = async (checks) => {
   const before = demo('');
   if (!before) return;
-  let lines;
-  await checks.checkPage('the lines of all violations of the demo', before.page, {}, async (page) => {
-    for (const box of await page.locator('.rows:not(.special) input').all()) await box.check();
-    lines = await page.locator('#waivers').inputValue();
-    assert.ok(lines.split('\n').length > 20);
+  const lines = [];
+  await checks.checkPage('the lines of violations of the demo', before.page, {}, async (page) => {
+    await row(page, 'do_push').locator('input').check();
+    lines.push(await waivers(page));
+    await page.fill('#reason', 'see #12');
+    lines.push(await waivers(page));
+    await page.click('#select-all');
+    lines.push(await waivers(page));
+    assert.ok(lines[2].split('\n').length > 20);
   });
   await checks.check('lint accepts the lines, and each waives a finding', async () => {
-    const after = demo(lines);
-    assert.equal(after.unused, false);
-    assert.equal(after.waived, 27);
+    const [unexplained, one, all] = lines.map(demo);
+    assert.match(unexplained.error, /waivers:1: expected RULE FILE/);
+    assert.deepEqual([one.waived, one.unused], [1, false]);
+    assert.deepEqual([all.waived, all.unused], [27, false]);
   });
 };
 

@@ -75,6 +75,11 @@ export const placed = () => {
   return pageOfText('placed', resultOf(now), '--baseline', old, '--link', 'https://host/blob/{path}#L{line}');
 };
 
+// Two findings of a rule on a line.
+export const alike = () => pageOfText('alike', resultOf(['Bits [3:0] of a.*b (not) $used\\\\?^|+{1}', 'else'].map((text, i) =>
+  `hashmap { key: ${i} value { id: ${i} severity: SEV_ERROR rule_key: 'R' details { text: '%1: %2' args {
+     arg { ref { type: FILE name: 'a.v:3:${i + 1}' url { scheme: FILE path: '/a.v' } } } arg { string_val: '${text}' } } } } }`)));
+
 // A page whose session, rule and finding have the same text in all their fields.
 export const spoofed = (name, text) => {
   const quoted = JSON.stringify(text);
@@ -114,5 +119,6 @@ export const demo = (lines) => {
     'lint', '--verilator', process.env.VERILATOR, '-o', join(work, 'demo.pb'), '--html', page,
     '--waivers', waivers, '--', '--top-module', 'board', '-f', 'design.f',
   ], { cwd: inRepository('apps/designs'), encoding: 'utf-8' });
-  return { page, waived: Number(/waived +(\d+)/.exec(stderr)[1]), unused: /matches no finding/.test(stderr) };
+  const [, waived] = /waived +(\d+)/.exec(stderr) ?? [];
+  return { page, waived: Number(waived), unused: /matches no finding/.test(stderr), error: stderr };
 };
