@@ -241,7 +241,7 @@ class Run {
   }
 
   std::string failureOf(const Json& invocation) const {
-    const std::string failure = tool_ + " failed";
+    std::string failure = tool_ + " failed";
     for (const auto& [name, words] :
          {std::pair("exitSignalName", ": signal "), std::pair("exitSignalNumber", ": signal "),
           std::pair("exitCode", ": exit code ")}) {
@@ -343,7 +343,7 @@ class Run {
 
   // Only a failure has the level of its rule.
   std::string levelOf(const Json& found, const Json& rule) const {
-    const std::string level = text(found, "level");
+    std::string level = text(found, "level");
     const std::string kind = text(found, "kind");
     if (!level.empty()) {
       return level;
@@ -424,18 +424,20 @@ class Run {
   // Pages that the words link to become arguments. Of links to locations the label remains.
   static void addWords(const std::string& words, const Json& found, MsgInst* details) {
     static const RE2 link(
-        R"((?s)(.*?)\[([^\[\]\\]+)\]\((?:(\d{1,9})|(https?://[^\s()/?#:][^\s()]*))\))",
+        R"((?s)(.*?)(\[([^\[\]\\]+)\]\((?:(\d{1,9})|(https?://[^\s()/?#:][^\s()]*))\)))",
         RE2::Latin1);
     const std::set<std::string> locations = locationIds(found);
     re2::StringPiece rest = words;
     std::string plain;
     std::string before;
+    std::string whole;
     std::string label;
     std::string id;
     std::string uri;
-    while (RE2::Consume(&rest, link, &before, &label, &id, &uri)) {
+    while (RE2::Consume(&rest, link, &before, &whole, &label, &id, &uri)) {
       if (uri.empty()) {
-        plain += before + (locations.count(id) != 0 ? label : '[' + label + "](" + id + ')');
+        plain += before;
+        plain += locations.count(id) != 0 ? label : whole;
         continue;
       }
       addArgument(details)->set_string_val(plain + before);
@@ -496,7 +498,10 @@ class Run {
     for (int depth = 0; depth < 9 && !base.empty() && !isAbsolute(address); ++depth) {
       const Json& folder = at(run_, "originalUriBaseIds", base.c_str());
       root = text(folder, "uri");
-      address = root + (root.empty() || root.back() == '/' ? "" : "/") + address;
+      if (!root.empty() && root.back() != '/') {
+        root += '/';
+      }
+      address.insert(0, root);
       base = text(folder, "uriBaseId");
     }
     return {address, root};
@@ -528,7 +533,7 @@ class Run {
 
   // Braces are special in texts with arguments and in those of a rule.
   static std::string messageOf(const Json& message, const Json& rule) {
-    const std::string own = text(message, "text");
+    std::string own = text(message, "text");
     if (!own.empty() && at(message, "arguments").empty()) {
       return own;
     }
