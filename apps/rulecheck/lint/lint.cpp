@@ -49,6 +49,7 @@ struct LintOptions {
   std::string serverOutput;
 };
 
+// Of each rule that they name. Throws std::runtime_error if a text is malformed or names no rule.
 std::map<std::string, Violation_Severity> severitiesIn(const std::vector<std::string>& texts,
                                                        const Catalog& rules) {
   std::map<std::string, Violation_Severity> severities;
@@ -60,23 +61,24 @@ std::map<std::string, Violation_Severity> severitiesIn(const std::vector<std::st
                                severityNames());
     }
     const std::string name = text.substr(0, equals);
-    for (const std::string& rule : rulesNamed(name, rules)) {
+    const std::vector<std::string> named = rulesNamed(name, rules);
+    if (name.empty() || named.empty()) {
+      throw std::runtime_error("--severity " + text + ": Verilator has no such rule");
+    }
+    for (const std::string& rule : named) {
       severities[rule] = *severity;
     }
-    severities.emplace(name, *severity);
   }
   return severities;
 }
 
 // What Verilator finds, with the severities that the user wants, and rules for all of it.
 std::vector<CreateViolation> violationsOf(const LintOptions& options, Catalog* rules) {
-  const auto severities = severitiesIn(options.severities, *rules);
   std::vector<CreateViolation> violations = lint(options.verilator, options.arguments, *rules);
   addMissingRules(violations, rules);
+  const auto severities = severitiesIn(options.severities, *rules);
   for (const auto& [rule, severity] : severities) {
-    if (rules->count(rule) != 0) {
-      rules->at(rule).set_severity(severity);
-    }
+    rules->at(rule).set_severity(severity);
   }
   for (CreateViolation& violation : violations) {
     const auto severity = severities.find(violation.rule_key());
@@ -125,8 +127,8 @@ std::vector<CreateAffirmation> affirmationsOf(const Report& report) {
 }
 
 // Counts of findings by severity, of waived ones and of rules that were affirmed or not
-// checked everywhere, and then the remarks, a line each.
-std::string summary(const SessionResult& result, const std::vector<std::string>& remarks) {
+// checked everywhere.
+std::string summary(const SessionResult& result) {
   std::map<int, std::size_t> counts;
   for (const auto& entry : result.violations().hashmap()) {
     ++counts[entry.second.severity()];
@@ -154,10 +156,18 @@ std::string summary(const SessionResult& result, const std::vector<std::string>&
   add("waived", waived);
   add("rules affirmed", result.affirmations().hashmap().size());
   add("rules not checked", unchecked.size());
-  for (const std::string& remark : remarks) {
-    out << apps::oneLine(remark) << '\n';
-  }
   return out.str();
+}
+
+// The page must not replace the result.
+void checkAreOthers(const LintOptions& options) {
+  const auto normal = [](const std::string& path) {
+    return fs::weakly_canonical(fs::absolute(path));
+  };
+  if (!options.page.empty() && !options.output.empty() &&
+      normal(options.page) == normal(options.output)) {
+    throw std::runtime_error("--html " + options.page + ": is the output");
+  }
 }
 
 // If this run fails, the files of an older one must not pass for its result.
@@ -172,6 +182,7 @@ void lint(const LintOptions& options) {
   if (!options.output.empty()) {
     checkFormat(options.output, options.format);
   }
+  checkAreOthers(options);
   removeOld(options.output);
   removeOld(options.page);
   const Server server = options.server();
@@ -197,7 +208,10 @@ void lint(const LintOptions& options) {
     writeText(options.page, page(result, shown));
   }
   if (!options.quiet) {
-    std::cerr << summary(result, remarks);
+    std::cerr << summary(result);
+  }
+  for (const std::string& remark : remarks) {
+    std::cerr << apps::oneLine(remark) << '\n';
   }
 }
 
@@ -211,7 +225,7 @@ void addLint(CLI::App& app) {
       ->capture_default_str();
   command
       ->add_option("--severity", options->severities,
-                   "How serious a rule, or a group or family of rules, is: RULE=LEVEL")
+                   "How serious a rule is: RULE=LEVEL; lint, style and UNUSED mean several")
       ->allow_extra_args(false);
   command
       ->add_option("--waivers", options->waivers, "A file of findings to accept; may be repeated")
@@ -224,7 +238,7 @@ void addLint(CLI::App& app) {
                       std::string("The result to write: ") + kResultFormats);
   command->add_option("--format", options->format, "The format of the result, as an extension");
   command->add_option("--html", options->page, "Also write this page");
-  command->add_flag("--quiet", options->quiet, "Print no summary");
+  command->add_flag("--quiet", options->quiet, "Print no summary, but name waivers without effect");
   options->server = addServerOptions(*command, &options->serverOutput);
   command->footer(
       "Example:\n  rulecheck lint -o result.pb --html report.html -- -Irtl -f design.f");

@@ -5,6 +5,8 @@
 #include <re2/re2.h>
 
 #include <list>
+#include <map>
+#include <optional>
 #include <sstream>
 
 #include "common/message_file.h"
@@ -67,50 +69,86 @@ struct Waiver {
   std::string source;
 };
 
-// Adds the waiver of a line. Returns whether there is one.
-bool parse(const std::string& text, std::list<Waiver>* waivers) {
+bool isDay(const std::string& text) {
+  static const RE2 day(R"((\d{4})-(\d\d)-(\d\d))");
+  int year = 0;
+  unsigned month = 0;
+  unsigned ofMonth = 0;
+  if (!RE2::FullMatch(text, day, &year, &month, &ofMonth)) {
+    return false;
+  }
+  const bool isLeap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+  const unsigned lengths[] = {31, isLeap ? 29U : 28U, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  return month >= 1 && month <= 12 && ofMonth >= 1 && ofMonth <= lengths[month - 1];
+}
+
+// The values by name, or nothing if one is unknown or given twice.
+std::optional<std::map<std::string, std::string>> optionsIn(re2::StringPiece text) {
+  static const RE2 option(R"(\s+(match|owner|until)=(\S+))", RE2::Latin1);
+  std::map<std::string, std::string> values;
+  std::string name;
+  for (std::string value; RE2::Consume(&text, option, &name, &value);) {
+    if (!values.emplace(name, value).second) {
+      return std::nullopt;
+    }
+  }
+  return text.empty() ? std::make_optional(values) : std::nullopt;
+}
+
+// Adds the waiver of a line. Returns what is wrong, or nothing.
+std::string parse(const std::string& text, std::list<Waiver>* waivers) {
   static const RE2 line(R"(\s*(\S+)\s+(\S+?)(?::(\d{1,9}))?((?:\s+\w+=\S+)*)\s+--\s+(.*\S)\s*)",
                         RE2::Latin1);
-  static const RE2 option(R"(\s+(match|owner|until)=(\S+))", RE2::Latin1);
-  static const RE2 day(R"(\d{4}-\d\d-\d\d)");
+  // What would be a part of the file's name otherwise: ":", ":3-5", and ":12" in ":12:3".
+  static const RE2 place(R"(.*:[\d-]*|:.*)", RE2::Latin1);
+  static const std::string syntax =
+      "expected RULE FILE[:LINE] [match=REGEX] [owner=NAME] [until=YYYY-MM-DD] -- REASON";
   std::string rule;
   std::string file;
   std::string number;
   std::string options;
   std::string reason;
-  if (!RE2::FullMatch(text, line, &rule, &file, &number, &options, &reason)) {
-    return false;
+  if (!RE2::FullMatch(text, line, &rule, &file, &number, &options, &reason) ||
+      RE2::FullMatch(file, place)) {
+    return syntax;
   }
-  std::string match;
-  std::string owner;
-  std::string until;
-  re2::StringPiece rest = options;
-  std::string name;
-  for (std::string value; RE2::Consume(&rest, option, &name, &value);) {
-    (name == "match" ? match : name == "owner" ? owner : until) = value;
+  auto values = optionsIn(options);
+  if (!values) {
+    return syntax + ", each option once";
   }
-  waivers->emplace_back(rule, file, match);
+  const std::string& owner = (*values)["owner"];
+  const std::string& until = (*values)["until"];
+  if (!until.empty() && !isDay(until)) {
+    return "until=" + until + ": no such day, expected YYYY-MM-DD";
+  }
+  waivers->emplace_back(rule, file, (*values)["match"]);
   Waiver& waiver = waivers->back();
+  if (!waiver.message.ok()) {
+    return "match=" + (*values)["match"] + ": " + waiver.message.error();
+  }
   waiver.line = number.empty() ? 0 : std::stoi(number);
   waiver.until = until;
   waiver.reason =
       reason + (owner.empty() ? "" : ", " + owner) + (until.empty() ? "" : ", until " + until);
-  return rest.empty() && waiver.message.ok() && (until.empty() || RE2::FullMatch(until, day));
+  return "";
 }
 
 void readWaivers(const std::string& path, std::list<Waiver>* waivers) {
   static const RE2 skipped(R"(\s*(?:#.*)?)", RE2::Latin1);
-  std::istringstream lines(apps::readFile(path));
+  std::string content = apps::readFile(path);
+  if (content.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+    content.erase(0, 3);
+  }
+  std::istringstream lines(content);
   int number = 0;
   for (std::string line; std::getline(lines, line);) {
     const std::string source = path + ':' + std::to_string(++number) + ": ";
     if (RE2::FullMatch(line, skipped)) {
       continue;
     }
-    if (!parse(line, waivers)) {
-      throw apps::FileError(source +
-                            "expected RULE FILE[:LINE] [match=REGEX] [owner=NAME] "
-                            "[until=YYYY-MM-DD] -- REASON");
+    const std::string error = parse(line, waivers);
+    if (!error.empty()) {
+      throw apps::FileError(source + error);
     }
     waivers->back().source = source;
   }

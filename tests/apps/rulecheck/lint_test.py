@@ -32,7 +32,22 @@ class BadArguments(RulecheckTest):
     def test_are_refused(self):
         self.write("broken", "WIDTH\n")
         self.write("regex", "WIDTH * match=( -- reason\n")
-        self.write("day", "WIDTH * until=tomorrow -- reason\n")
+        waivers = [
+            ("WIDTH * until=tomorrow", "until=tomorrow: no such day"),
+            ("WIDTH * until=2027-02-29", "until=2027-02-29: no such day"),
+            ("WIDTH * until=2100-02-29", "until=2100-02-29: no such day"),
+            ("WIDTH * until=2026-04-31", "until=2026-04-31: no such day"),
+            ("WIDTH * until=2026-13-01", "until=2026-13-01: no such day"),
+            ("WIDTH * until=2026-01-00", "until=2026-01-00: no such day"),
+            ("WIDTH * match=a match=b", "expected RULE FILE"),
+            ("WIDTH m.v:2:10", "expected RULE FILE"),
+            ("WIDTH m.v:3-5", "expected RULE FILE"),
+            ("WIDTH m.v:", "expected RULE FILE"),
+            ("WIDTH :x", "expected RULE FILE"),
+        ]
+        for number, (waiver, _) in enumerate(waivers):
+            self.write(f"waiver{number}", waiver + " -- reason\n")
+        self.write("keys", "[lint]\nseverty=WIDTH=error\n")
         fine = ["lint", "--verilator", self.fake_verilator(""), "-o", "result.pb"]
         cases = [
             (["lint", "-o", "result.pb"], "VERILATOR-ARGUMENTS is required"),
@@ -42,8 +57,14 @@ class BadArguments(RulecheckTest):
             ([*fine, "--severity", "WIDTH=bad", "m.v"], "--severity WIDTH=bad: expected"),
             ([*fine, "--waivers", "missing", "m.v"], "missing: cannot be read"),
             ([*fine, "--waivers", "broken", "m.v"], "broken:1: expected RULE FILE"),
-            ([*fine, "--waivers", "regex", "m.v"], "regex:1: expected RULE FILE"),
-            ([*fine, "--waivers", "day", "m.v"], "day:1: expected RULE FILE"),
+            ([*fine, "--waivers", "regex", "m.v"], "regex:1: match=(: missing )"),
+            *(([*fine, "--waivers", f"waiver{number}", "m.v"], f"waiver{number}:1: {line}")
+              for number, (_, line) in enumerate(waivers)),
+            *(([*fine, "--severity", f"{name}=error", "m.v"],
+               f"--severity {name}=error: Verilator has no such rule")
+              for name in ["WITDH", "width", ""]),
+            ([*fine, "--config", "keys", "m.v"], "severty"),
+            ([*fine, "--html", "./result.pb", "m.v"], "--html ./result.pb: is the output"),
             ([*fine[:-1], "result.xml", "m.v"], "result.xml: unknown extension"),
             ([*fine[:-1], ".", "m.v"], "unknown extension"),
             ([*fine, "--html", "missing/page.html", "m.v"], "missing/page.html: cannot be written"),
@@ -291,6 +312,14 @@ class Waivers(LintTest):
                 self.assertEqual(found, [(*each, "a reason -- or two") for each in expected])
                 self.assertEqual(remarks, [] if expected else
                                  ["waivers:1: the waiver matches no finding"])
+
+    def test_are_read_from_a_file_with_a_byte_order_mark(self):
+        self.assertEqual(self.waived("\ufeffWIDTH * -- reason")[1], [])
+
+    def test_without_effect_are_named_even_if_quiet(self):
+        self.write("waivers", "LATCH * -- reason\n")
+        printed, _ = self.lint(NARROW, "--quiet", "--waivers", "waivers")
+        self.assertEqual(printed, "waivers:1: the waiver matches no finding\n")
 
     def test_keep_owner_and_day_until_they_expire(self):
         found, remarks = self.waived(
