@@ -5,8 +5,10 @@
 #include <re2/re2.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <set>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 
 #include "common/message_file.h"
@@ -22,15 +24,22 @@ using vok::rulecheck::CreateViolation;
 
 namespace fs = std::filesystem;
 
-// Calls work with each name in the lint_off comments of a text, and with its comment.
+// Before the name of a rule on the command line.
+constexpr std::string_view kOn = "-Wwarn-";
+
+// Calls work with each name in the lint_off comments of a text, and with its comment. A
+// string has no comments; if a quote has no partner in its line, the comments after it count.
 template <typename Work>
 void forEachLintOff(StringPiece text, Work work) {
-  static const RE2 comment(R"((/[/*]\s*verilator\s+lint_off\s+([\w ,]+)))", RE2::Latin1);
+  static const RE2 token(R"re([`\\]"|"(?:\\(?s:.)|[^"\\\n])*"|(//[^\n]*|/\*(?s:.*?)(?:\*/|\z)))re",
+                         RE2::Latin1);
+  static const RE2 off(R"(^/[/*]\s*verilator\s+lint_off\s+([\w\s,]+))", RE2::Latin1);
   static const RE2 word(R"((\w+))", RE2::Latin1);
-  StringPiece whole;
-  for (StringPiece names; RE2::FindAndConsume(&text, comment, &whole, &names);) {
+  for (StringPiece comment; RE2::FindAndConsume(&text, token, &comment);) {
+    StringPiece names;
+    RE2::PartialMatch(comment, off, &names);
     for (std::string name; RE2::FindAndConsume(&names, word, &name);) {
-      work(name, whole);
+      work(name, comment);
     }
   }
 }
@@ -65,6 +74,32 @@ class Skipped {
   std::set<std::string> names_;
 };
 
+Place placeIn(const std::string& content, std::size_t offset, const std::string& file) {
+  const auto here = content.begin() + static_cast<std::ptrdiff_t>(offset);
+  const std::size_t start = offset == 0 ? 0 : content.rfind('\n', offset - 1) + 1;
+  Place place{file};
+  place.line = static_cast<int>(std::count(content.begin(), here, '\n')) + 1;
+  place.column = static_cast<int>(offset - start) + 1;
+  place.source = content.substr(start, content.find('\n', offset) - start);
+  return place;
+}
+
+// A text with blanks for what Verilator takes for comments in a file of arguments.
+std::string withoutComments(std::string text) {
+  static const RE2 comment(R"((?m)(?:^|\s)(//.*)|^[ \t]*(/\*(?s:.*?)\*/))", RE2::Latin1);
+  const std::string original = text;
+  StringPiece rest = original;
+  StringPiece line;
+  for (StringPiece block; RE2::FindAndConsume(&rest, comment, &line, &block);) {
+    const StringPiece found = line.empty() ? block : line;
+    const auto start = text.begin() + (found.data() - original.data());
+    std::replace_if(
+        start, start + static_cast<std::ptrdiff_t>(found.size()), [](char c) { return c != '\n'; },
+        ' ');
+  }
+  return text;
+}
+
 class Unchecked {
  public:
   Unchecked(const Catalog& rules, fs::path directory, std::function<std::string()> preprocess)
@@ -79,7 +114,8 @@ class Unchecked {
   }
 
   // What switches the rules off that a name means.
-  void addNamed(const std::string& name, const Place& place, const std::string& text) {
+  void addNamed(const std::string& name, const Place& place, const std::string& text,
+                const std::set<std::string>& onAgain) {
     ArgList args;
     if (place.file.empty()) {
       args.add_arg()->set_string_val("command line");
@@ -88,7 +124,9 @@ class Unchecked {
     }
     args.add_arg()->set_string_val(text);
     for (const std::string& rule : rulesNamed(name, rules_)) {
-      add(rule, args, place.file.empty() ? kOffByArgument : kOffInSource);
+      if (onAgain.count(rule) == 0) {
+        add(rule, args, place.file.empty() ? kOffByArgument : kOffInSource);
+      }
     }
   }
 
@@ -96,43 +134,44 @@ class Unchecked {
   void addFile(const std::string& path) {
     const std::string content = apps::readFile(directory_ / path);
     const bool isConfiguration = content.find("`verilator_config") != std::string::npos;
-    std::istringstream lines(content);
-    bool maySkip = false;
+    if (!isConfiguration) {
+      addComments(content, path);
+    }
+    std::istringstream lines(isConfiguration ? content : withoutComments(content));
     Place place{path};
     for (std::string line; std::getline(lines, line);) {
       ++place.line;
       place.source = line;
-      maySkip = maySkip || line.find("`if") != std::string::npos;
       if (isConfiguration) {
         addConfiguration(line, place);
       } else {
-        addComments(line, place, maySkip);
-        addArguments(line, place);
+        addArguments(line, place, {});
       }
     }
   }
 
-  void addArguments(const std::string& line, const Place& place) {
-    static const RE2 argument(R"((?:^|[\s"'])(-Wno-([\w-]+)))", RE2::Latin1);
+  // The rules of the set are on again.
+  void addArguments(const std::string& line, const Place& place,
+                    const std::set<std::string>& onAgain) {
+    static const RE2 argument(R"((?:^|[\s"'])(--?Wno-([\w-]+)))", RE2::Latin1);
     StringPiece rest = line;
     StringPiece whole;
     for (std::string name; RE2::FindAndConsume(&rest, argument, &whole, &name);) {
-      addNamed(name, at(place, line, whole), whole.as_string());
+      Place here = place;
+      here.column = place.file.empty() ? 0 : static_cast<int>(whole.data() - line.data()) + 1;
+      addNamed(name, here, whole.as_string(), onAgain);
     }
   }
 
   std::vector<CreateViolation> take() { return std::move(violations_); }
 
  private:
-  static Place at(Place place, const std::string& line, StringPiece part) {
-    place.column = place.file.empty() ? 0 : static_cast<int>(part.data() - line.data()) + 1;
-    return place;
-  }
-
-  void addComments(const std::string& line, const Place& place, bool maySkip) {
-    forEachLintOff(line, [&](const std::string& name, StringPiece comment) {
-      if (!maySkip || !skipped_.has(place.file, name)) {
-        addNamed(name, at(place, line, comment), "lint_off " + name);
+  void addComments(const std::string& content, const std::string& path) {
+    const std::size_t condition = content.find("`if");
+    forEachLintOff(content, [&](const std::string& name, StringPiece comment) {
+      const auto offset = static_cast<std::size_t>(comment.data() - content.data());
+      if (offset < condition || !skipped_.has(path, name)) {
+        addNamed(name, placeIn(content, offset, path), "lint_off " + name, {});
       }
     });
   }
@@ -144,7 +183,7 @@ class Unchecked {
     if (RE2::PartialMatch(line, off, &text)) {
       std::string name;
       RE2::PartialMatch(text, rule, &name);
-      addNamed(name, place, line);
+      addNamed(name, place, line, {});
     }
   }
 
@@ -182,8 +221,12 @@ std::vector<CreateViolation> uncheckedRules(const std::vector<std::string>& argu
                                             const fs::path& directory, const Catalog& rules,
                                             const std::function<std::string()>& preprocess) {
   Unchecked unchecked(rules, directory, preprocess);
-  for (const std::string& argument : arguments) {
-    unchecked.addArguments(argument, {});
+  std::set<std::string> onAgain;
+  for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument) {
+    unchecked.addArguments(*argument, {}, onAgain);
+    if (argument->compare(0, kOn.size(), kOn) == 0) {
+      onAgain.insert(argument->substr(kOn.size()));
+    }
   }
   for (const std::string& path : filesOf(arguments, dependencies)) {
     if (isSource(directory / path)) {

@@ -269,6 +269,29 @@ class RulesThatAreOff(LintTest):
             ("UNUSEDPARAM", "b.v:1:1", reason), ("UNUSEDSIGNAL", "b.v:1:1", reason),
             ("WIDTH", "a.v:2:3", reason)])
 
+    def test_by_comments_of_several_lines_are_not_affirmed(self):
+        self.write("a.v", "module a;\n  /* verilator\n lint_off WIDTH,\n  LATCH */\nendmodule\n")
+        self.assertEqual([found[:2] for found in self.unchecked("a.v")],
+                         [("LATCH", "a.v:2:3"), ("WIDTH", "a.v:2:3")])
+
+    def test_by_what_is_no_comment_are_affirmed(self):
+        self.write("a.v", 'string s = "\\" /* verilator lint_off WIDTH */"; // verilator lint_off LATCH\n'
+                   "// // verilator lint_off CASEX\n"
+                   '`define S `" // verilator lint_off BLKSEQ `"\n'
+                   'wire \\" ; /* verilator lint_off UNDRIVEN */ wire \\"x ;\n')
+        self.assertEqual([found[:2] for found in self.unchecked("a.v")],
+                         [("BLKSEQ", "a.v:3:14"), ("LATCH", "a.v:1:49"), ("UNDRIVEN", "a.v:4:11")])
+
+    def test_by_comments_among_arguments_are_affirmed(self):
+        self.write("a.f", "/* -Wno-WIDTH\n -Wno-CASEX */ -Wno-LATCH // -Wno-UNDRIVEN\n-y rtl/* --Wno-BLKSEQ */\n")
+        self.assertEqual([found[:2] for found in self.unchecked("a.f")],
+                         [("BLKSEQ", "a.f:3:10"), ("LATCH", "a.f:2:16")])
+
+    def test_by_an_argument_that_a_later_one_undoes_are_affirmed(self):
+        self.assertEqual([found[0] for found in self.unchecked(
+            "", "-Wwarn-LATCH", "-Wno-LATCH", "-Wno-WIDTH", "-Wno-UNUSED", "-Wwarn-WIDTH",
+            "-Wwarn-UNUSEDPARAM")], ["LATCH", "UNUSEDGENVAR", "UNUSEDSIGNAL"])
+
     def test_by_configuration_files_are_not_affirmed(self):
         self.write("c.vlt", '`verilator_config\nlint_off -rule WIDTH -file "*/a.v" -lines 3\n'
                    '// lint_off -rule LATCH\nlint_off -msg CASEX\nlint_on -rule BLKSEQ\n')
