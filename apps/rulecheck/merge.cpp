@@ -19,34 +19,51 @@ using vok::rulecheck::Affirmation;
 using vok::rulecheck::SessionResult;
 using vok::rulecheck::ViolationMap;
 
-// Finding numbers begin at 1.
-template <typename Findings>
-int lastNumber(const Findings& findings) {
-  int last = 0;
-  for (const auto& entry : findings) {
-    last = std::max(last, entry.first);
+// Moves findings to another result, which keeps its session.
+class Mover {
+ public:
+  Mover(SessionResult* from, SessionResult* into)
+      : fromTarget_(from->session().build_target()), intoTarget_(into->session().build_target()) {
+    look(into->violations());
+    look(into->waived_violations());
+    look(into->affirmations());
   }
-  return last;
-}
 
-template <typename Findings>
-void moveFindings(Findings* from, Findings* into) {
-  std::vector<int> numbers;
-  numbers.reserve(from->size());
-  for (const auto& entry : *from) {
-    numbers.push_back(entry.first);
+  template <typename Findings>
+  void move(Findings* from, Findings* into) {
+    std::vector<int> numbers;
+    numbers.reserve(from->hashmap().size());
+    for (const auto& entry : from->hashmap()) {
+      numbers.push_back(entry.first);
+    }
+    std::sort(numbers.begin(), numbers.end());
+    if (numbers.size() > static_cast<std::size_t>(std::numeric_limits<int>::max() - last_)) {
+      throw std::runtime_error("the results have too many findings");
+    }
+    for (const int key : numbers) {
+      auto& finding = (*into->mutable_hashmap())[++last_];
+      finding.Swap(&(*from->mutable_hashmap())[key]);
+      finding.set_id(last_);
+      // One without a build target has its session's.
+      if (!finding.has_build_target() && fromTarget_ != intoTarget_) {
+        finding.set_build_target(fromTarget_);
+      }
+    }
   }
-  std::sort(numbers.begin(), numbers.end());
-  int number = lastNumber(*into);
-  if (from->size() > static_cast<std::size_t>(std::numeric_limits<int>::max() - number)) {
-    throw std::runtime_error("the results have too many findings");
+
+ private:
+  template <typename Findings>
+  void look(const Findings& findings) {
+    for (const auto& entry : findings.hashmap()) {
+      last_ = std::max(last_, entry.first);
+    }
   }
-  for (const int key : numbers) {
-    auto& finding = (*into)[++number];
-    finding.Swap(&(*from)[key]);
-    finding.set_id(number);
-  }
-}
+
+  const std::string fromTarget_;
+  const std::string intoTarget_;
+  // Of all findings; numbers begin at 1.
+  int last_ = 0;
+};
 
 template <typename Specs>
 void moveSpecs(Specs* from, Specs* into) {
@@ -90,15 +107,13 @@ void addRules(const ViolationMap& violations, std::set<std::string>* rules) {
 
 void merge(SessionResult* from, SessionResult* into) {
   if (!into->has_session()) {
-    into->mutable_session()->Swap(from->mutable_session());
+    *into->mutable_session() = from->session();
   }
   dropKnownAffirmations(from, *into);
-  moveFindings(from->mutable_violations()->mutable_hashmap(),
-               into->mutable_violations()->mutable_hashmap());
-  moveFindings(from->mutable_waived_violations()->mutable_hashmap(),
-               into->mutable_waived_violations()->mutable_hashmap());
-  moveFindings(from->mutable_affirmations()->mutable_hashmap(),
-               into->mutable_affirmations()->mutable_hashmap());
+  Mover mover(from, into);
+  mover.move(from->mutable_violations(), into->mutable_violations());
+  mover.move(from->mutable_waived_violations(), into->mutable_waived_violations());
+  mover.move(from->mutable_affirmations(), into->mutable_affirmations());
   moveSpecs(from->mutable_specs_violated(), into->mutable_specs_violated());
   moveSpecs(from->mutable_specs_affirmed(), into->mutable_specs_affirmed());
 }

@@ -154,11 +154,21 @@ class Merge(ResultsTest):
         result = self.merged(one, two)
         self.assertEqual(findings_of(result["violations"]),
                          {"1": "rtl/a.v:1:3", "2": "rtl/a.v:2:3", "3": "rtl/a.v:4:3"})
-        self.assertEqual(findings_of(result["waivedViolations"]), {"1": "rtl/a.v:3:3", "2": "rtl/a.v:5:3"})
+        self.assertEqual(findings_of(result["waivedViolations"]), {"1": "rtl/a.v:3:3", "4": "rtl/a.v:5:3"})
         self.assertEqual((result["violationCount"], result["waivedCount"]), (3, 2))
         self.assertEqual(result["session"]["name"], "one")
         for number, each in result["violations"]["hashmap"].items():
             self.assertEqual(str(each["id"]), number)
+
+    def test_gives_findings_the_build_target_of_their_session(self):
+        results = [self.write(f"{name}.json", json.dumps({
+            "session": {"name": name, "buildTarget": name},
+            "violations": {"hashmap": {
+                1: {"id": 1, **finding()}, 2: {"id": 2, "buildTarget": "own", **finding()}}}}))
+            for name in ["fpga", "asic"]]
+        violations = self.merged(*results)["violations"]["hashmap"]
+        self.assertEqual([violations[number].get("buildTarget") for number in "1234"],
+                         [None, "own", "asic", "own"])
 
     def test_affirms_what_no_result_contradicts(self):
         one = self.result("one", [finding("A")], affirmed=["B", "C", "D"])
