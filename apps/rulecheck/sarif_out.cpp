@@ -22,7 +22,6 @@ using OrderedJson = nlohmann::ordered_json;
 using vok::rulecheck::Affirmation;
 using vok::rulecheck::ArgList;
 using vok::rulecheck::Converter;
-using vok::rulecheck::Link;
 using vok::rulecheck::MsgInst;
 using vok::rulecheck::Reference;
 using vok::rulecheck::Resource;
