@@ -122,7 +122,7 @@
       switch (byId('group').value) {
         case 'rule': return ruleTitle(rules[of]);
         case 'file': return files[of].path ? [make('span', 'key', ...pathOf(files[of].path))] : ['No file named'];
-        case 'module': return modules[of] ? [make('code', 'key', modules[of])] : ['No module named'];
+        case 'module': return modules[of] ? [make('code', 'key', modules[of])] : ['No module or instance named'];
         default: return [make('span', 'word', kinds[of].word)];
       }
     };
@@ -139,10 +139,10 @@
       }
       return facts;
     };
-    const about = ({ facts, more }) => {
+    const about = ({ name, facts, more }) => {
       const element = make('div', 'about');
-      if (facts.length === 0 && more.length === 0) {
-        element.append(make('p', 'absent', 'The result has no specification of this rule.'));
+      if (!name && facts.length === 0 && more.length === 0) {
+        element.append(make('p', 'absent', 'The result does not describe this rule.'));
       }
       if (facts.length > 0) element.append(factList('facts', facts));
       if (more.length > 0) {
@@ -167,7 +167,7 @@
     const placeOf = (finding) => {
       const { path } = files[finding.file];
       const target = path && linkTo(finding);
-      const element = make(target ? 'a' : 'span', 'place', make('span', 'path', ...pathOf(path)), positionOf(finding));
+      const element = make(target ? 'a' : 'span', 'place', make('span', 'path', ...pathOf(path)), make('span', 'position', positionOf(finding)));
       if (target) element.href = target;
       element.title = path + positionOf(finding);
       return element;
@@ -338,6 +338,7 @@
       byId('nothing').hidden = shown.length > 0 || findings.length === 0;
     };
     const update = () => {
+      byId('gone').hidden = true;
       turned = new Map();
       allOpen = undefined;
       render();
@@ -363,9 +364,10 @@
       render();
     };
 
-    // Shows the finding that the address names.
+    // Shows the finding that the address names, or that there is none.
     const reveal = (link) => {
       const finding = shown.find((each) => each.link === link);
+      byId('gone').hidden = finding !== undefined;
       if (!finding) return;
       const group = groups.find((each) => each.findings.includes(finding));
       showGroups(groups.indexOf(group) + 1);
@@ -384,6 +386,7 @@
       const hidden = (state.get('hide') ?? '').split(',');
       for (const box of boxes) box.checked = !hidden.includes(box.value);
       render();
+      byId('gone').hidden = true;
       if (state.has('finding')) reveal(state.get('finding'));
     };
 
@@ -477,6 +480,11 @@
       cancelAnimationFrame(scheduled);
       scheduled = requestAnimationFrame(update);
     });
+    // Where the arrows lead: from the search to groups and rows.
+    const nextOf = (element, step) => {
+      const all = [query, ...list.querySelectorAll('.turn, .fold')];
+      return all.includes(element) ? all[all.indexOf(element) + step] : undefined;
+    };
     document.addEventListener('keydown', (event) => {
       const isText = event.target.matches('input:not([type=checkbox]), textarea, select');
       if (event.key === '/' && !isText) {
@@ -484,10 +492,10 @@
         query.select();
       }
       const step = { ArrowDown: 1, ArrowUp: -1 }[event.key];
-      if (step && event.target.matches('.turn, .fold')) {
+      const next = step && nextOf(event.target, step);
+      if (next) {
         event.preventDefault();
-        const all = Array.from(list.querySelectorAll('.turn, .fold'));
-        all[all.indexOf(event.target) + step]?.focus();
+        next.focus();
       }
     });
     window.addEventListener('hashchange', () => {

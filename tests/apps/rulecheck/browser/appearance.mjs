@@ -36,6 +36,24 @@ const checkScheme = (checks, place, colorScheme) => checks.checkPage(
     assert.equal(await page.locator('.caret').count(), 1);
   });
 
+const checkSmall = async (checks, { sample, placed }) => {
+  const viewport = { width: 360, height: 800 };
+  await checks.checkPage('a small window breaks no line number and cuts no message', sample, { viewport }, async (page) => {
+    const broken = await page.locator('.position').evaluateAll((list) =>
+      list.filter((each) => each.getClientRects().length > 1).map((each) => each.textContent));
+    assert.deepEqual(broken, []);
+    const cut = await page.locator('.message').evaluateAll((list) =>
+      list.filter((each) => each.scrollHeight > each.clientHeight + 2).map((each) => each.textContent));
+    assert.deepEqual(cut, []);
+  });
+  await checks.checkPage('a small window has marks beside severities', placed, { viewport }, async (page) => {
+    const top = (selector) => page.locator(`.row:has(.mark) ${selector}`).evaluateAll((list) =>
+      list.map((each) => each.getBoundingClientRect().top));
+    assert.deepEqual(await top('.mark'), await top('.level'));
+    await checks.shoot(page, 'baseline-360');
+  });
+};
+
 // What a browser says when a judge looks at what is out of sight.
 const isAboutJudge = (fault) =>
   fault.startsWith('console: Rendering was performed in a subtree hidden by content-visibility.');
@@ -67,7 +85,8 @@ const checkForcedColours = (checks, place) => checks.checkPage(
     await checks.shoot(page, 'forced-colours');
   });
 
-export const checkAppearance = async (checks, { sample, clean, flawed, placed }) => {
+export const checkAppearance = async (checks, pages) => {
+  const { sample, clean, flawed, placed } = pages;
   for (const [name, place] of Object.entries({ clean, flawed })) await checkFit(checks, name, place, 'light');
   for (const colorScheme of ['light', 'dark']) {
     await checkFit(checks, 'sample', sample, colorScheme);
@@ -77,5 +96,6 @@ export const checkAppearance = async (checks, { sample, clean, flawed, placed })
   await checkAccess(checks, 'sample', sample, 'dark', 320);
   await checkAccess(checks, 'flawed', flawed, 'light', 320);
   await checkAccess(checks, 'compared', placed, 'dark', 1280);
+  await checkSmall(checks, pages);
   await checkForcedColours(checks, sample);
 };

@@ -51,6 +51,15 @@ const checkPermalinks = async (checks, { placed, sample }) => {
     }
     await page.goto(addressOf(placed) + '#finding=nosuch');
     assert.equal(await page.locator('.target').count(), 0);
+    const gone = page.locator('#gone');
+    assert.equal(await gone.innerText(), 'The finding that the address of this page names is not in this result.');
+    for (const leave of [() => page.fill('#query', 'text'), () => page.evaluate((hash) => { location.hash = hash; }, links[0])]) {
+      await leave();
+      await settle(page);
+      assert.ok(await gone.isHidden());
+      await page.goto(addressOf(placed) + '#finding=nosuch');
+      assert.ok(await gone.isVisible());
+    }
   });
   await checks.checkPage('a link opens the group of what was waived', sample, {}, async (page) => {
     await page.click('#expand');

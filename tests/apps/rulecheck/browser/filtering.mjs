@@ -56,7 +56,7 @@ const checkNothing = async (checks, { sample, empty }) => {
 const groups = {
   rule: ['R 0', 'R 1', 'fixed'],
   file: ['rtl/core/a.v', 'rtl/core/b.v', 'rtl/missing.v', 'No file named', 'fixed'],
-  module: ['No module named', 'fixed'],
+  module: ['No module or instance named', 'fixed'],
   severity: ['warning', 'fixed'],
 };
 

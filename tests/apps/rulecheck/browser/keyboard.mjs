@@ -57,6 +57,11 @@ const checkSearch = (checks, { sample }) => checks.checkPage('the keyboard alone
   await page.keyboard.press('Backspace');
   await settle(page);
   assert.equal(await statusOf(page), '2 of 20 findings');
+  for (const [key, name] of [['ArrowDown', 'fold'], ['ArrowDown', 'turn'], ['ArrowUp', 'fold'], ['ArrowUp', '']]) {
+    await page.keyboard.press(key);
+    assert.equal(await page.evaluate(() => document.activeElement.className), name);
+  }
+  assert.equal(await page.evaluate(() => document.activeElement.id), 'query');
 });
 
 const checkFolding = (checks, { sample }) => checks.checkPage('groups and rows fold by keyboard', sample, {}, async (page) => {
