@@ -49,7 +49,7 @@ struct Options {
   bool newOnly = false;
   int status = 0;
 
-  SessionResult* read(const std::string& path) {
+  SessionResult* read(const std::string& path) const {
     // Never destroyed: to free a million findings takes long.
     static auto* const arena = new Arena;
     auto* message = Arena::CreateMessage<SessionResult>(arena);
@@ -58,7 +58,7 @@ struct Options {
   }
 
   // Null if there is none.
-  const SessionResult* readBaseline() { return baseline.empty() ? nullptr : read(baseline); }
+  const SessionResult* readBaseline() const { return baseline.empty() ? nullptr : read(baseline); }
 
   void checkOutput() const {
     rulecheck::checkIsOther(output, result);
