@@ -95,6 +95,13 @@ std::optional<std::map<std::string, std::string>> optionsIn(re2::StringPiece tex
   return text.empty() ? std::make_optional(values) : std::nullopt;
 }
 
+// As " (ann, until 2027-01-01)"; "" if both are absent.
+std::string inParentheses(const std::string& owner, const std::string& until) {
+  const std::string separator = owner.empty() || until.empty() ? "" : ", ";
+  const std::string terms = owner + separator + (until.empty() ? "" : "until " + until);
+  return terms.empty() ? "" : " (" + terms + ")";
+}
+
 // Adds the waiver of a line. Returns what is wrong, or nothing.
 std::string parse(const std::string& text, std::list<Waiver>* waivers) {
   static const RE2 line(R"(\s*(\S+)\s+(\S+?)(?::(\d{1,9}))?((?:\s+\w+=\S+)*)\s+--\s+(.*\S)\s*)",
@@ -128,8 +135,7 @@ std::string parse(const std::string& text, std::list<Waiver>* waivers) {
   }
   waiver.line = number.empty() ? 0 : std::stoi(number);
   waiver.until = until;
-  waiver.reason =
-      reason + (owner.empty() ? "" : ", " + owner) + (until.empty() ? "" : ", until " + until);
+  waiver.reason = reason + inParentheses(owner, until);
   return "";
 }
 

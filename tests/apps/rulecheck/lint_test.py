@@ -348,7 +348,7 @@ class Waivers(LintTest):
         found, remarks = self.waived(
             "# a comment", "", "WIDTH * until=2020-02-29 -- old",
             "WIDTH * owner=ann until=9999-12-31 -- first", "WIDTH * -- second")
-        self.assertEqual(found, [("WIDTH", "rtl/narrow.v:7:27", "first, ann, until 9999-12-31")])
+        self.assertEqual(found, [("WIDTH", "rtl/narrow.v:7:27", "first (ann, until 9999-12-31)")])
         self.assertEqual(remarks, ["waivers:3: the waiver expired on 2020-02-29",
                                    "waivers:5: the waiver matches no finding"])
 
