@@ -82,6 +82,8 @@
     let groups = [];
     let showGroups;
     let shown = findings;
+    // A search is one entry of the browser's history, however many words it has.
+    let isSearching = false;
 
     // What groups are called by, and their order.
     const groupings = {
@@ -337,12 +339,16 @@
       byId('status').textContent = shown.length === findings.length ? all : `${count} of ${all}`;
       byId('nothing').hidden = shown.length > 0 || findings.length === 0;
     };
-    const update = () => {
+    const update = (isSearch) => {
       byId('gone').hidden = true;
       turned = new Map();
       allOpen = undefined;
       render();
-      history.replaceState(null, '', `#${stateOf()}`);
+      const state = stateOf();
+      if (state === location.hash.slice(1)) return;
+      if (isSearching && isSearch) history.replaceState(null, '', `#${state}`);
+      else history.pushState(null, '', `#${state}`);
+      isSearching = isSearch;
     };
 
     const turnRow = (element, open) => {
@@ -380,6 +386,7 @@
       element.scrollIntoView({ block: 'center' });
     };
     const followAddress = () => {
+      isSearching = false;
       const state = new URLSearchParams(location.hash.slice(1));
       query.value = state.get('q') ?? '';
       byId('group').value = Object.hasOwn(groupings, state.get('group')) ? state.get('group') : 'rule';
@@ -398,11 +405,13 @@
     };
     const patternOf = (finding) => plainMessage(data, finding)
       .replace(/[\\^$.|?*+()[\]{}]/g, '\\$&').replace(/\s/g, '.').replaceAll('\ufffd', '.*');
-    // What waivers without a pattern would accept, too.
+    // What waivers without a pattern would accept, too. Names take long to compose.
     const unselected = () => {
+      const numberOf = ({ rule, file }) => rule * files.length + file;
+      const wanted = new Set(Array.from(selected, numberOf));
       const names = new Set();
       for (const finding of findings) {
-        if (!canWaive(finding) || selected.has(finding)) continue;
+        if (!wanted.has(numberOf(finding)) || !canWaive(finding) || selected.has(finding)) continue;
         names.add(waivedBy(finding, finding.line)).add(waivedBy(finding, 0));
       }
       return names;
@@ -441,7 +450,7 @@
       clear: () => {
         query.value = '';
         for (const box of boxes) box.checked = true;
-        update();
+        update(false);
         query.focus();
       },
       choose: () => {
@@ -465,6 +474,7 @@
       const isControl = target.closest('a, input') || (!target.closest('button') && String(getSelection()));
       if (row && list.contains(row) && !isControl) turnRow(row.parentElement, row.querySelector('.turn').ariaExpanded === 'false');
     });
+    query.addEventListener('change', () => { isSearching = false; });
     list.addEventListener('change', ({ target }) => {
       const finding = findings[target.closest('li').dataset.index];
       if (target.checked) selected.add(finding);
@@ -478,7 +488,7 @@
       if (target === template) remember(template.value);
       if (!target.closest('#toolbar, #filters')) return;
       cancelAnimationFrame(scheduled);
-      scheduled = requestAnimationFrame(update);
+      scheduled = requestAnimationFrame(() => update(target === query));
     });
     // Where the arrows lead: from the search to groups and rows.
     const nextOf = (element, step) => {

@@ -101,6 +101,20 @@ const checkAddress = async (checks, { sample }) => {
     assert.equal(await statusOf(page), '5 of 20 findings');
     assert.equal(await page.locator('#group').inputValue(), 'rule');
   });
+  await checks.checkPage('Back leads to the filter before', sample, {}, async (page) => {
+    await page.locator('#query').pressSequentially('cdc');
+    await settle(page);
+    await page.selectOption('#group', 'file');
+    await settle(page);
+    for (const expected of ['#q=cdc', '']) {
+      await page.goBack();
+      await settle(page);
+      assert.equal(page.url(), addressOf(sample) + expected);
+      assert.equal(await page.locator('#query').inputValue(), expected.slice(3));
+      assert.equal(await page.locator('#group').inputValue(), 'rule');
+    }
+    assert.equal(await statusOf(page), '20 findings');
+  });
   await checks.checkPage('an address with the fragment of an element shows all findings', sample, {}, async (page) => {
     const shown = await titles(page);
     for (const fragment of ['#findings', '#x']) {
