@@ -238,7 +238,7 @@ class Block {
               Converter::toString(safe.threshold_value()),
               linksHtml(safe.examples()),
               &spec.categories()};
-      rules_.push_back({cleanText(key), cleanText(spec.full_name()), listOf(mainFacts(spec)),
+      rules_.push_back({cleanText(key), cleanText(nameOf(spec, key)), listOf(mainFacts(spec)),
                         listOf(furtherFacts(spec))});
     }
     return *rule;
@@ -362,6 +362,10 @@ class Block {
 const RuleSpec* specOf(const SessionResult& result, const std::string& key) {
   const RuleSpec* spec = find(result.specs_violated(), key);
   return spec == nullptr ? find(result.specs_affirmed(), key) : spec;
+}
+
+std::string nameOf(const RuleSpec& spec, const std::string& key) {
+  return spec.full_name() == key ? "" : spec.full_name();
 }
 
 std::string dataBlock(const SessionResult& result, const Findings& findings,

@@ -19,6 +19,9 @@ namespace rulecheck {
 const vok::rulecheck::RuleSpec* specOf(const vok::rulecheck::SessionResult& result,
                                        const std::string& key);
 
+// The name of that rule; "" if it has none but its key.
+std::string nameOf(const vok::rulecheck::RuleSpec& spec, const std::string& key);
+
 // Returns an object that can be the content of a script element. Texts that findings share
 // are in lists, in which findings have numbers:
 //

@@ -101,6 +101,7 @@ class Collector {
       }
     }
     findings_.isCompared = true;
+    findings_.uncheckedSince = comparison.unchecked.size();
   }
 
   Findings sorted() {

@@ -57,6 +57,7 @@ struct Findings {
   std::vector<File> files;         // by path and address; the first one is none
   std::vector<Finding> list;       // by file, line, column, kind and number
   bool isCompared = false;         // with a baseline
+  std::size_t uncheckedSince = 0;  // gone findings of rules that are not checked any more
   std::vector<std::size_t> ofKind = std::vector<std::size_t>(kFixed + 1);
   std::vector<std::size_t> ofMark = std::vector<std::size_t>(kUnchanged + 1);
 };

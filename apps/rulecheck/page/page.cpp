@@ -59,7 +59,7 @@ data plainRules(const SessionResult& result, const Findings& findings) {
     const RuleSpec* const spec = specOf(result, key);
     data view;
     view["key"] = isBlank(key) ? "No rule named" : escapeText(key);
-    view["name"] = spec == nullptr ? "" : escapeText(spec->full_name());
+    view["name"] = spec == nullptr ? "" : escapeText(nameOf(*spec, key));
     view["facts"] = spec == nullptr ? data(false) : mainFacts(*spec).view();
     view["findings"] = data(found);
     list << view;

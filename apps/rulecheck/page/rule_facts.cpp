@@ -24,8 +24,8 @@ std::string descriptionHtml(const RuleSpec& spec) {
   if (!spec.has_description()) {
     return "";
   }
-  const bool named = isLinkable(spec.description());
-  return linkHtml(spec.description(), named ? "Rule description" : "");
+  const bool isLink = isLinkable(spec.description());
+  return linkHtml(spec.description(), isLink ? describe(spec.description()) : "");
 }
 
 std::string dispositionWord(RuleSpec::Disposition disposition) {

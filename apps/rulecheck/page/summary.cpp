@@ -48,8 +48,17 @@ data sessionFacts(const Session& session) {
   return facts.view(kMostBytesOfHeading);
 }
 
+// As "100,000".
+std::string grouped(std::size_t count) {
+  std::string text = std::to_string(count);
+  for (std::size_t end = text.size(); end > 3; end -= 3) {
+    text.insert(end - 3, ",");
+  }
+  return text;
+}
+
 std::string counted(std::size_t count, const std::string& noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+  return grouped(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 // How many findings of a kind there are, or of a mark.
@@ -57,7 +66,7 @@ data filterView(const Level& level, std::size_t count) {
   data view;
   view["slug"] = level.slug;
   view["word"] = level.word;
-  view["count"] = std::to_string(count);
+  view["count"] = grouped(count);
   view["none"] = count == 0;
   return view;
 }
@@ -84,7 +93,7 @@ data markViews(const Findings& findings) {
   return list;
 }
 
-// The rules that are violated, met, or not checked everywhere.
+// The rules that are violated, met, or not fully checked.
 struct Rules {
   explicit Rules(const Findings& findings) {
     for (const Finding& finding : findings.list) {
@@ -119,13 +128,20 @@ data problemsOf(const SessionResult& result) {
   return problems;
 }
 
+std::string uncheckedSince(const Findings& findings) {
+  return findings.uncheckedSince == 0 ? ""
+                                      : "; " + counted(findings.uncheckedSince, "finding") +
+                                            " of the baseline not checked any more";
+}
+
 void addVerdict(const SessionResult& result, const Findings& findings, data* page) {
   const std::size_t violations = result.violations().hashmap().size();
   const Rules rules(findings);
   (*page)["verdict"] = violations == 0 ? "No violations" : counted(violations, "violation");
-  (*page)["verdictDetail"] = counted(rules.violated.size(), "rule") + " violated, " +
-                             std::to_string(rules.met.size()) + " met, " +
-                             std::to_string(rules.unchecked.size()) + " not checked everywhere";
+  (*page)["verdictDetail"] =
+      counted(findings.list.size(), "finding") + " in all; " +
+      counted(rules.violated.size(), "rule") + " violated, " + grouped(rules.met.size()) +
+      " met, " + grouped(rules.unchecked.size()) + " not fully checked" + uncheckedSince(findings);
   (*page)["clean"] = violations == 0 && (*page)["problems"].is_empty_list();
 }
 

@@ -135,6 +135,17 @@ TEST(PageData, MarksWhatIsNewMovedUnchangedAndFixed) {
   EXPECT_THAT(all(data, "mark"), ElementsAre("", "unchanged", "", "moved", "new"));
 }
 
+TEST(PageData, DoesNotCallFixedWhatIsNotCheckedAnyMore) {
+  const auto before = tests::parse<SessionResult>("violations { " + violation(1, "a.v", 1) + "}");
+  PageOptions options;
+  options.baseline = &before;
+  const std::string page = pageOf(R"(waived_violations { hashmap { key: 1 value { rule_key: "R"
+    categories { key: 1 value: "cut short by an error" } } } })",
+                                  options);
+  EXPECT_THAT(all(dataOf(page), "kind"), ElementsAre("not-checked"));
+  EXPECT_THAT(page, HasSubstr("; 1 finding of the baseline not checked any more"));
+}
+
 TEST(PageData, GivesEachFindingALinkThatLasts) {
   const json data = dataOf(pageOf("violations { " + violation(1, "a.v", 1) +
                                   violation(2, "a.v", 2, "x") + violation(3, "a.v", 2, "x") + "}"));
@@ -272,13 +283,13 @@ TEST(PageData, HasEachRuleOnceByTheKeyAsItCame) {
       hashmap { key: "<\377>" value { full_name: "<right>" severity: SEV_CRITICAL_WARNING
         expects: "<e>" disposition: USERDEFINED msg_id: 0 first_release { major: 1 minor: 2 patch: 3 }
         description { scheme: HTTPS host: "h" path: "A" } } } }
-    specs_affirmed { hashmap { key: "B" value { full_name: "b" } } })"));
+    specs_affirmed { hashmap { key: "B" value { full_name: "B" } } })"));
   EXPECT_EQ(data["rules"],
             json::parse(R"x([["<�>", "<right>", ["Expects", "&lt;e&gt;", "Description",
-                "<a href=\"https://h/A\">Rule description</a>"],
+                "<a href=\"https://h/A\">https://h/A</a>"],
               ["Severity", "critical warning", "Message number", "0", "State", "userdefined",
                "First release", "1.2.3"]],
-              ["B", "b", [], []]])x"));
+              ["B", "", [], []]])x"));
 }
 
 // What a result has to say, in words that the page must have and must not have.
@@ -320,8 +331,8 @@ INSTANTIATE_TEST_SUITE_P(
                   categories { key: 1 value: "cut short by an error" } } } }
                 affirmations { hashmap { key: 1 value { rule_key: "C" } }
                                hashmap { key: 2 value { rule_key: "D" } } })",
-             "<span class=\"verdict\">1 violation</span> <span class=\"detail\">1 rule violated, 2 "
-             "met, 1 not checked everywhere",
+             "<span class=\"verdict\">1 violation</span> <span class=\"detail\">4 findings in "
+             "all; 1 rule violated, 2 met, 1 not fully checked",
              "summary clean"},
         Case{"of_violations_wrong", "violation_count: 5", "violation_count says 5, but it lists 0.",
              "summary clean"},
@@ -348,6 +359,7 @@ TEST(Page, NeedsItsScriptForMoreThanFiveThousandFindings) {
   const std::string body = bodyOf(rulecheck::page(result));
   EXPECT_THAT(body, Not(HasSubstr("<li class=\"finding\">")));
   EXPECT_THAT(body, HasSubstr("needs its script"));
+  EXPECT_THAT(body, HasSubstr(">5,001 violations</span>"));
 }
 
 // Maps have no order of their own.
