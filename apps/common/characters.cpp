@@ -53,7 +53,11 @@ std::string oneLine(std::string_view text) {
   std::string line;
   while (!text.empty()) {
     const CodePoint first = firstOf(text);
-    line += isHarmless(first.value) ? text.substr(0, first.length) : "?";
+    if (first.value == '\n' || first.value == '\r' || first.value == '\t') {
+      line += !line.empty() && line.back() == ' ' ? "" : " ";
+    } else {
+      line += isHarmless(first.value) ? text.substr(0, first.length) : "?";
+    }
     text.remove_prefix(first.length);
   }
   return line;

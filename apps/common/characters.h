@@ -24,7 +24,8 @@ CodePoint firstOf(std::string_view text);
 // of a text (U+202A to U+202E, U+2066 to U+2069), for noncharacters and for U+FFFD.
 bool isHarmless(char32_t value);
 
-// The text on one line of a terminal: each character that is not harmless becomes "?".
+// The text on one line of a terminal: line breaks and tabs become one blank, and each other
+// character that is not harmless "?".
 std::string oneLine(std::string_view text);
 
 }  // namespace apps

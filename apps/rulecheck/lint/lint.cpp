@@ -235,7 +235,7 @@ void addLint(CLI::App& app) {
                    "Arguments for Verilator, which it gets unchanged; put -- before them")
       ->required();
   command->add_option("-o,--output", options->output,
-                      std::string("The result to write: ") + kResultFormats);
+                      "The result to write: .pb, .bin, .txtpb, .textproto, .txt or .json");
   command->add_option("--format", options->format, "The format of the result, as an extension");
   command->add_option("--html", options->page, "Also write this page");
   command->add_flag("--quiet", options->quiet, "Print no summary, but name waivers without effect");

@@ -215,7 +215,7 @@ class Text(ResultsTest):
             "error: 100% of 3 ns, %9 [R]",
             "b.v:7:3: warning: too narrow [WIDTH]",
             "rtl/a.v:2:3: warning: too narrow [WIDTH]",
-            "rtl/a.v:7:3: warning: one?two?[0m [WIDTH]",
+            "rtl/a.v:7:3: warning: one two?[0m [WIDTH]",
             "rtl/a.v:12:3: warning: too narrow [WIDTH]"])
 
     def test_and_json_read_what_the_other_commands_write(self):
