@@ -8,7 +8,9 @@
 #include <CLI/CLI.hpp>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -267,6 +269,8 @@ void setFailOn(Options& options, const std::string& level) {
 }
 
 void addGate(CLI::App& app, Options& options) {
+  // A finding's number has 31 bits.
+  constexpr std::size_t kMostFindings = std::numeric_limits<std::int32_t>::max();
   CLI::App* command = addCommand(
       app, "gate", "Decides whether a result is good enough: exit status 1 if it is not",
       "rulecheck gate today.pb --fail-on warning --baseline yesterday.pb --new-only", options);
@@ -277,7 +281,7 @@ void addGate(CLI::App& app, Options& options) {
           "The least severity that counts: " + rulecheck::severityNames())
       ->required();
   command->add_option("--max", options.most, "How many findings that count are allowed")
-      ->check(CLI::NonNegativeNumber)
+      ->check(CLI::Range(std::size_t{0}, kMostFindings))
       ->capture_default_str();
   CLI::Option* baseline =
       command->add_option("--baseline", options.baseline, "An older result to compare with");

@@ -136,7 +136,9 @@ class Gate(ResultsTest):
         result = self.result("new", [])
         for words, line in [(["gate", result], "--fail-on is required"),
                             (["gate", result, "--fail-on", "bad"], "--fail-on bad: expected one of fatal, "),
-                            (["gate", result, "--fail-on", "fatal", "--max", "-1"], "--max"),
+                            (["gate", result, "--fail-on", "fatal", "--max", "-1"],
+                             "Value -1 not in range 0 to 2147483647"),
+                            (["gate", result, "--fail-on", "fatal", "--max", "2147483648"], "--max"),
                             (["gate", result, "--fail-on", "fatal", "--new-only"], "--baseline"),
                             (["gate", "missing.pb", "--fail-on", "fatal"], "missing.pb: cannot be read")]:
             with self.subTest(words):
