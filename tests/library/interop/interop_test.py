@@ -1,10 +1,14 @@
 # SPDX-License-Identifier: Apache-2.0
 
-"""Clients in other languages: what they read and write again.
+"""Clients in other languages: what they read and write again, and how they talk to the server.
 
 Each is a program with its language's own runtime, built from the installed RuleService.proto
-and nothing else of the library. For each line TYPE HEX of its input it prints the message read
-and written again in hexadecimal digits, or "unreadable: WHY" or "unwritable: WHY".
+and nothing else of the library. Its commands:
+
+    copy     for each line TYPE HEX of its input, prints the message read and written again in
+             hexadecimal digits, or "unreadable: WHY" or "unwritable: WHY"
+    request  prints a request to record a violation
+    answer   prints values from the answer of the rule server, which server.cpp runs
 
 A client whose language is missing is skipped, except by tools/test --all.
 """
@@ -18,6 +22,7 @@ import tempfile
 import unittest
 
 NAME = os.environ["CLIENT"]
+SERVER = os.environ["SERVER"]
 SCHEMA = pathlib.Path(os.environ["SCHEMA"])
 VECTORS = pathlib.Path(os.environ["VECTORS"])
 HERE = pathlib.Path(__file__).resolve().parent
@@ -45,6 +50,17 @@ LOSSES = [
     ("a known field with another wire type", "Resource", "08011005", {ES: "unreadable", JS: "0801"}),
 ]
 
+# What the server has to know before a client reports a violation.
+SETUP = ["""type: UPSERT_RULESPEC upsert_rulespec { rule_spec {
+         key: "WIDTH" full_name: "Width of a bus" raw_msg: "%1 has %2: %3"
+         categories { key: -1 value: "unsorted" } dynamic_categories { key: 7 value: true }
+         examples { uri { link_text: "manual" url { scheme: HTTPS host: "host.example" } } } } }""",
+         """type: START_SESSION start_session { name: "nightly" uuid: "s-1"
+         report_file { scheme: FILE path: "/reports/nightly.html" } }"""]
+
+# What the answer holds, in the order of the clients' values().
+ANSWER = "2 WIDTH 0 4 host.example 187.5 0 9223372036854775807 21 clk -1 -9007199254740993 naïve – ✓ 🙂 2 unsorted team α"
+
 
 def golden_vectors():
     """By name: the type, and the bytes in hexadecimal digits."""
@@ -52,10 +68,18 @@ def golden_vectors():
             for case in sorted(VECTORS.iterdir())}
 
 
+def protoc(direction, type_name, content):
+    return run("protoc", f"-I{SCHEMA.parent}", f"--{direction}=vok.rulecheck.{type_name}", SCHEMA.name,
+               input=content)
+
+
 def as_text(type_name, digits):
     """A message as C++ reads it. Maps are in the order of their keys."""
-    return run("protoc", f"-I{SCHEMA.parent}", f"--decode=vok.rulecheck.{type_name}", SCHEMA.name,
-               input=bytes.fromhex(digits))
+    return protoc("decode", type_name, bytes.fromhex(digits))
+
+
+def delimited(data):
+    return bytes([len(data) & 127 | 128, len(data) >> 7]) + data  # fewer than 16,384 bytes
 
 
 def run(*command, **options):
@@ -86,17 +110,18 @@ def java(folder):
     return ["java", "-XX:TieredStopAtLevel=1", "-cp", f"{folder}:{JAR}", "Client"]
 
 
-def javascript(folder, runtime):
+def javascript(folder, client, *options):
     (folder / "package.json").write_text('{"type": "module"}', encoding="utf-8")
     (folder / "node_modules").symlink_to(NODE_MODULES)
-    shutil.copy(HERE / "client.mjs", folder)
+    for module in (client, "javascript.mjs"):
+        shutil.copy(HERE / module, folder)
     tools = NODE_MODULES / ".bin"
-    if runtime == "es":
+    if client == "client_es.mjs":
         generate(f"--plugin={tools / 'protoc-gen-es'}", "--es_opt=target=js", f"--es_out={folder}")
     else:
         run("node", tools / "pbjs", "--target", "static-module", "--wrap", "esm", "--es6",
             "--out", folder / "RuleService.js", SCHEMA)
-    return ["node", folder / "client.mjs", runtime]
+    return ["node", folder / client, *options]
 
 
 # What each client needs, and how it is built: the function returns the command that runs it.
@@ -105,9 +130,9 @@ CLIENTS = {
     "python_cpp": (PYTHON_NEEDS, python, "cpp"),
     "python_pure": (PYTHON_NEEDS, python, "python"),
     "java": (["javac", "java", JAR], java),
-    ES: (["node", NODE_MODULES / "@bufbuild/protobuf"], javascript, "es"),
-    JS: (["node", NODE_MODULES / "protobufjs"], javascript, "protobufjs"),
-    KEEPING: (["node", NODE_MODULES / "protobufjs"], javascript, "keeping"),
+    ES: (["node", NODE_MODULES / "@bufbuild/protobuf"], javascript, "client_es.mjs"),
+    JS: (["node", NODE_MODULES / "protobufjs"], javascript, "client_protobufjs.mjs"),
+    KEEPING: (["node", NODE_MODULES / "protobufjs"], javascript, "client_protobufjs.mjs", "--keep-unknown"),
 }
 NEEDS, BUILD, *ARGUMENTS = CLIENTS[NAME]
 
@@ -122,7 +147,7 @@ class Interop(unittest.TestCase):
     def copies(self, messages):
         """What the client writes of messages, each a type and its bytes."""
         lines = "".join(f"{name} {data}\n" for name, data in messages)
-        written = run(*self.command, input=lines.encode()).decode()
+        written = run(*self.command, "copy", input=lines.encode()).decode()
         self.assertEqual(written.count("\n"), len(messages), written)
         return written.split("\n")[:-1]
 
@@ -141,6 +166,12 @@ class Interop(unittest.TestCase):
         for (what, type_name, data, others), copy in zip(LOSSES, copies):
             with self.subTest(f"{what} in {type_name}"):
                 self.assertEqual(copy.split(":")[0], others.get(NAME, data), copy)
+
+    def test_records_a_violation_on_the_server(self):
+        requests = [protoc("encode", "Request", text.encode()) for text in SETUP]
+        requests.append(run(*self.command, "request"))
+        answer = run(SERVER, input=b"".join(map(delimited, requests)))
+        self.assertEqual(run(*self.command, "answer", input=answer).decode().split(), ANSWER.split())
 
 
 if __name__ == "__main__":
