@@ -40,7 +40,7 @@ HEAD = """\
 - A violation has about 480 bytes on the wire, a request about 260. A result has a fifth as many
   affirmations as violations, and a rule specification for each fifty violations.
 - *One copy* is the least that a call can cost: one allocation and one copy of the finished text.
-  *Concatenation* appends to a `std::string` and formats numbers with `snprintf`. It and
+  *Concatenation* appends to a `std::string` and formats numbers with `snprintf`. It, *{{fmt}}* and
   *string streams* share all that is not their style.
 - *Hot* findings are a hundred that stay in the cache, *in order* are ten thousand one after the other,
   and *cold* ones are used in random order, from more than any cache holds.
@@ -92,7 +92,7 @@ def duration(nanoseconds):
 
 
 def is_time(name):
-    return not name.startswith("alloc")
+    return not name.startswith(("alloc", "loading: size", "loading: relocations"))
 
 
 def ratio(name, base, figures):
@@ -208,6 +208,12 @@ def measure_python(built, effort, series):
             series[f"python: {messages}/{operation}"].append(nanoseconds)
 
 
+def inspect_libraries(built, series):
+    for library in rows.LIBRARIES:
+        kinds = re.findall(r"R_X86_64_(\w+)", output_of(["readelf", "-rW", built[library]]))
+        series[f"loading: size/{library}"] = [os.path.getsize(built[library])]
+        series[f"loading: relocations/{library}"] = [sum(kind != "RELATIVE" for kind in kinds)]
+
 
 def cost_of(*command):
     """The CPU time of a program and of those that it runs, in nanoseconds, and its memory in bytes."""
@@ -285,6 +291,7 @@ QUICK = Effort(rounds=1, repetitions=1, seconds=0.001, loads=2, registers=1000)
 def measure(built, effort):
     series = collections.defaultdict(list)
     count_allocations(built, series)
+    inspect_libraries(built, series)
     for number in range(effort.rounds):
         print(f"Round {number + 1} of {effort.rounds}", file=sys.stderr, flush=True)
         measure_times(built, effort, series)

@@ -35,7 +35,7 @@ def figures(pattern, values, only=None):
 
 # Rendering
 
-RENDERERS = ("Converter", "one copy", "concatenation", "string streams")
+RENDERERS = ("Converter", "one copy", "concatenation", "{fmt}", "string streams")
 ANCHORS = ("toHtml(Arg) of a reference", "toHtml(Arg) of a link", "toHtml(Link)", "toHtml(Reference)",
            "toHtml(Arg) of four references", "toHtml(Resource)")
 CALLS = (*ANCHORS, "href of a file", "href of a page", "toString(Scalar) of an integer",
@@ -49,9 +49,9 @@ def rendering(name, by="Converter"):
 
 # Parsing and serializing
 
-RESULT = ("heap", "reused", "arena", "arena with a first block", "protozero")
+RESULT = ("heap", "reused", "arena", "arena with a first block", "RapidJSON", "protozero")
 REQUESTS = ("fresh", *RESULT[1:])
-SERIALIZED = ("heap", "fresh")
+SERIALIZED = ("heap", "fresh", "RapidJSON")
 SIZES = (100, 1000, 10000, 100000)
 OPERATIONS = ("parse/heap", "parse/arena", "serialize/heap")
 ALLOCATORS = ("messages", "jemalloc", "mimalloc", "tcmalloc")
@@ -117,6 +117,9 @@ TARGETS = (
       for messages, *_ in PYTHON_MESSAGES for operation, limit in (("to_html", 3), ("to_html_many", 1.5))),
     Target("loading: time of `dlopen`, relative to plain Release flags", "loading: time/ours",
            "loading: time/plain", at_most=0.5),
+    Target("loading: stripped size, relative to plain Release flags", "loading: size/ours",
+           "loading: size/plain", at_most=0.72),
+    Target("loading: relocations that look up a symbol", "loading: relocations/ours", at_most=1000),
     *(Target(f"`rulecheck lint` of {name}: time less 0.1 s, relative to Verilator",
              f"rulecheck: {design}/lint less 0.1 s", f"rulecheck: {design}/Verilator", at_most=1.05)
       for name, design in DESIGNS.items()),
@@ -159,7 +162,9 @@ TABLES = (
         (messages, *(python(messages, operation) for operation in PYTHON_OPERATIONS))
         for messages, *_ in PYTHON_MESSAGES)),
     Table("Loading", ("as built", "plain Release flags"), (
-        ("time of `dlopen`", *figures("loading: time/{}", LIBRARIES)),)),
+        ("time of `dlopen`", *figures("loading: time/{}", LIBRARIES)),
+        ("stripped size in bytes", *figures("loading: size/{}", LIBRARIES)),
+        ("relocations that look up a symbol", *figures("loading: relocations/{}", LIBRARIES)))),
     Table("Time of a check", ("Verilator", "`rulecheck lint`"), tuple(
         (name, *figures(f"rulecheck: {design}/{{}}", ("Verilator", "lint"))) for name, design in DESIGNS.items())),
     Table("1,000,000 violations: time, and memory relative to the input", COMMANDS, (

@@ -14,8 +14,9 @@ namespace benchmarks {
 void registerMessages();
 void registerGrowth();
 
-// The alternative.
+// Alternatives.
 void registerProtozero();
+void registerRapidJson();
 
 }  // namespace benchmarks
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Benchmarks of the library's messages. With ALTERNATIVES also of other sizes and another library.
+// Benchmarks of the library's messages. With ALTERNATIVES also of other sizes and other libraries.
 
 #include "carrying/carrying.h"
 
@@ -10,6 +10,7 @@ int main(int count, char** arguments) {
 #ifdef ALTERNATIVES
     benchmarks::registerGrowth();
     benchmarks::registerProtozero();
+    benchmarks::registerRapidJson();
 #endif
   });
 }

@@ -196,6 +196,7 @@ int main(int count, char** arguments) {
     const std::vector<std::string> expected = textsOf<Converter>(findings);
     registerRenderer<Converter>("Converter", findings, expected);
     registerRenderer<Rendering<Concatenation>>("concatenation", findings, expected);
+    registerRenderer<Rendering<Format>>("{fmt}", findings, expected);
     registerRenderer<Rendering<Streams>>("string streams", findings, expected);
     registerFloor(findings);
     registerDoubles();

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What Converter does, written as programs would write it without the library, in two styles:
-// std::string with snprintf for numbers, and std::ostringstream.
+// What Converter does, written as programs would write it without the library, in three styles:
+// std::string with snprintf for numbers, {fmt}, and std::ostringstream.
 
 #ifndef VOK_BENCHMARKS_RENDERING_STYLES_H_
 #define VOK_BENCHMARKS_RENDERING_STYLES_H_
 
+#include <fmt/format.h>
 #include <vok/rulecheck/Converter.h>
 
 #include <cstddef>
@@ -41,6 +42,22 @@ class Concatenation {
   }
 
   std::string text_;
+};
+
+class Format {
+ public:
+  template <typename... Parts>
+  void add(const Parts&... parts) {
+    constexpr std::string_view fields = "{}{}{}{}{}";
+    fmt::format_to(fmt::appender(text_), fmt::runtime(fields.substr(0, 2 * sizeof...(parts))),
+                   parts...);
+  }
+  void addNumber(std::int64_t value) { add(value); }
+  void addNumber(double value) { fmt::format_to(fmt::appender(text_), "{:f}", value); }
+  std::string take() { return fmt::to_string(text_); }
+
+ private:
+  fmt::memory_buffer text_;
 };
 
 class Streams {

@@ -6,8 +6,8 @@
 # The packages that each purpose needs. Scripts use the lists, not this file.
 # shellcheck disable=SC2034
 {
-  bench_packages=(binutils libbenchmark-dev libjemalloc2 libmimalloc2.0 libprotozero-dev
-    libtcmalloc-minimal4 pkg-config pybind11-dev python3-dev python3-protobuf)
+  bench_packages=(binutils libbenchmark-dev libfmt-dev libjemalloc2 libmimalloc2.0 libprotozero-dev
+    libtcmalloc-minimal4 pkg-config pybind11-dev python3-dev python3-protobuf rapidjson-dev)
   build_packages=(g++ cmake ninja-build libprotobuf-dev protobuf-compiler)
   app_packages=(libcli11-dev libkainjow-mustache-dev libre2-dev nlohmann-json3-dev openssl
     pkg-config)
