@@ -370,7 +370,7 @@
       render();
     };
 
-    // Shows the finding that the address names, or that there is none.
+    // Shows the finding that the address names, or says that it is gone.
     const reveal = (link) => {
       const finding = shown.find((each) => each.link === link);
       byId('gone').hidden = finding !== undefined;

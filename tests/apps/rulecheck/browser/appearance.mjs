@@ -46,7 +46,7 @@ const checkSmall = async (checks, { sample, placed }) => {
       list.filter((each) => each.scrollHeight > each.clientHeight + 2).map((each) => each.textContent));
     assert.deepEqual(cut, []);
   });
-  await checks.checkPage('a small window has marks beside severities', placed, { viewport }, async (page) => {
+  await checks.checkPage('a small window has marks next to severities', placed, { viewport }, async (page) => {
     const top = (selector) => page.locator(`.row:has(.mark) ${selector}`).evaluateAll((list) =>
       list.map((each) => each.getBoundingClientRect().top));
     assert.deepEqual(await top('.mark'), await top('.level'));
