@@ -83,9 +83,7 @@ class Results(ClientsTest):
         self.remote = ["--server", self.server.address, *self.certificates.client_options()]
 
     def lint(self, *options):
-        recorded = pathlib.Path(os.environ["RECORDED"], "narrow.txt")
-        verilator = self.write("verilator", f"#!/bin/sh\ncat '{recorded}' >&2\n")
-        verilator.chmod(0o755)
+        verilator = self.verilator_saying(pathlib.Path(os.environ["RECORDED"], "narrow.txt"))
         self.write("waivers", "UNDRIVEN * -- later\n")
         ended = self.run_program(RULECHECK, "lint", "--verilator", verilator, "--waivers", "waivers",
                                  *options, "--", "narrow.v")

@@ -189,9 +189,18 @@ class ServerTest(program_test.ProgramTest):
         self.write("m.v", "module m; endmodule\n")
         said = self.write("said", "".join(
             f"%Warning-WIDTH: m.v:{line}:1: text\n" for line in range(1, lines + 1)))
-        self.write("verilator", f"#!/bin/sh\ncat '{said}' >&2\n").chmod(0o755)
-        return self.run_program(
-            RULECHECK, "lint", "--verilator", "./verilator", "--server", address, *options, "m.v")
+        return self.run_program(RULECHECK, "lint", "--verilator", self.verilator_saying(said),
+                                "--server", address, *options, "m.v")
+
+    def verilator_saying(self, path):
+        """A program that says what the file has, and lists what it read as Verilator does."""
+        program = self.write("verilator", f"""#!/bin/sh
+cat '{path}' >&2
+for last; do :; done
+echo out: > "$last/V__ver.d"
+""")
+        program.chmod(0o755)
+        return program
 
     def assert_lost(self, ended):
         """The client said that there is no connection, with exit status 3."""
