@@ -149,6 +149,14 @@ class Results(ClientsTest):
         self.assertGreaterEqual(min(ids, times), 1, name)
         return text
 
+    def test_with_a_rule_that_is_read_only_in_the_server_are_refused(self):
+        self.write("fixed.json", json.dumps({
+            "session": {"name": "n"}, "specsViolated": {"hashmap": {
+                "F": {"key": "F", "fullName": "F", "disposition": "READONLY"}}}}))
+        self.send("fixed.json")
+        self.assert_refused(self.run_program(RULECHECK, "send", "fixed.json", *self.remote),
+                            'rulecheck: the server answered: rule "F" is read-only')
+
 
 if __name__ == "__main__":
     unittest.main()
