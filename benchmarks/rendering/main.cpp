@@ -15,8 +15,12 @@
 #include "measure.h"
 #include "messages.h"
 #include "rendering/styles.h"
+#include "support/plain_rendering.h"
 
 namespace benchmarks {
+
+using namespace vok::rulecheck;
+
 namespace {
 
 constexpr std::size_t hotFindings = 100;
@@ -195,9 +199,9 @@ int main(int count, char** arguments) {
   return runBenchmarks(count, arguments, [&findings] {
     const std::vector<std::string> expected = textsOf<Converter>(findings);
     registerRenderer<Converter>("Converter", findings, expected);
-    registerRenderer<Rendering<Concatenation>>("concatenation", findings, expected);
-    registerRenderer<Rendering<Format>>("{fmt}", findings, expected);
-    registerRenderer<Rendering<Streams>>("string streams", findings, expected);
+    registerRenderer<plain::Rendering<plain::Concatenation>>("concatenation", findings, expected);
+    registerRenderer<plain::Rendering<Format>>("{fmt}", findings, expected);
+    registerRenderer<plain::Rendering<Streams>>("string streams", findings, expected);
     registerFloor(findings);
     registerDoubles();
   });
