@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Which bytes parse, and what the message then serializes to.
+// Which bytes parse, and what the message then serializes to: a table of cases, and every field of
+// every message with each wrong wire type and with lengths past the end.
 
 #include <google/protobuf/descriptor.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <regex>
 #include <string>
 
@@ -13,6 +15,12 @@
 #include "support/messages.h"
 
 namespace {
+
+using google::protobuf::FieldDescriptor;
+using google::protobuf::Message;
+using tests::tag;
+using tests::varint;
+using tests::writtenAgain;
 
 const char* const kSame = "";
 
@@ -110,11 +118,66 @@ TEST(Reader, ParsesOrRejectsAsDocumented) {
   for (const Case& c : cases) {
     const bool is33 = GOOGLE_PROTOBUF_VERSION < 3004000 && c.written33 != nullptr;
     const std::string written = is33 ? c.written33 : *c.written == '\0' ? c.bytes : c.written;
-    EXPECT_EQ(tests::writtenAgain(*tests::newMessage(c.type),
-                                  tests::fromHex(withoutRepetitions(c.bytes))),
+    EXPECT_EQ(writtenAgain(*tests::newMessage(c.type), tests::fromHex(withoutRepetitions(c.bytes))),
               withoutRepetitions(written))
         << c.what << ": " << c.type << " " << c.bytes;
   }
+}
+
+int wireTypeOf(const FieldDescriptor& field) {
+  switch (field.cpp_type()) {
+    case FieldDescriptor::CPPTYPE_STRING:
+    case FieldDescriptor::CPPTYPE_MESSAGE: return 2;
+    case FieldDescriptor::CPPTYPE_DOUBLE: return 1;
+    default: return 0;
+  }
+}
+
+template <typename Check>
+void forEachField(Check check) {
+  for (const Message* prototype : tests::allMessages()) {
+    for (int i = 0; i < prototype->GetDescriptor()->field_count(); ++i) {
+      const FieldDescriptor& field = *prototype->GetDescriptor()->field(i);
+      SCOPED_TRACE(std::string(field.full_name()));
+      check(*prototype, field);
+    }
+  }
+}
+
+TEST(WrongWireTypes, MakeAFieldUnknownOrAreRejected) {
+  forEachField([](const Message& prototype, const FieldDescriptor& field) {
+    const std::string group = tag(1, 0) + varint(300) + tag(field.number(), 4);
+    const std::string values[] = {varint(300), std::string(8, '\x01'), "\x04text", group,
+                                  "",          std::string(4, '\x01'), "",         ""};
+    for (int wireType = 0; wireType < 8; ++wireType) {
+      const std::string bytes = tag(field.number(), wireType) + values[wireType];
+      const bool isRejected = values[wireType].empty();
+      if (wireType != wireTypeOf(field)) {
+        EXPECT_EQ(writtenAgain(prototype, bytes), isRejected ? "refused" : tests::toHex(bytes));
+      }
+    }
+  });
+}
+
+TEST(Lengths, PastTheEndAreRejectedForEveryField) {
+  const auto bit = [](int number) { return std::uint64_t{1} << number; };
+  forEachField([bit](const Message& prototype, const FieldDescriptor& field) {
+    for (const std::uint64_t length : {bit(1), bit(7), std::uint64_t{50000000}, bit(31) - 1,
+                                       bit(31), bit(32) + 1, bit(63), ~std::uint64_t{0}}) {
+      // 3.3 takes lengths modulo 2^32.
+      if (GOOGLE_PROTOBUF_VERSION >= 3004000 || length != bit(32) + 1) {
+        const std::string bytes = tag(field.number(), 2) + varint(length) + "\x08";
+        EXPECT_EQ(writtenAgain(prototype, bytes), "refused") << length;
+      }
+    }
+  });
+}
+
+TEST(UnlistedNumbers, WiderThan32BitsSurviveOrLoseTheirHighBits) {
+  const std::string bytes = "08 87 80 80 80 10";
+  const std::string written =
+      writtenAgain(vok::rulecheck::Resource::default_instance(), tests::fromHex(bytes));
+  EXPECT_TRUE(written == bytes || written == "08 07") << written;
 }
 
 // The messages in the longest chain that begins with that type. None contains itself:
@@ -131,7 +194,7 @@ int longestChain(const google::protobuf::Descriptor& type) {
 
 TEST(Messages, NestAtMostElevenDeep) {
   int longest = 0;
-  for (const google::protobuf::Message* prototype : tests::allMessages()) {
+  for (const Message* prototype : tests::allMessages()) {
     longest = std::max(longest, longestChain(*prototype->GetDescriptor()));
   }
   EXPECT_EQ(longest, 11);
