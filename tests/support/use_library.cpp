@@ -27,7 +27,7 @@ SessionResult makeResult() {
   violation.set_id(7);
   violation.set_severity(Violation::SEV_CRITICAL_WARNING);
   violation.mutable_actual_value()->set_double_val(1.5);
-  violation.mutable_details()->set_text("Port %1");
+  violation.mutable_details()->set_text("Port %1 \xff");  // logs nothing, although it is not UTF-8
   Reference* place = violation.mutable_details()->mutable_args()->add_arg()->mutable_ref();
   place->set_type(Reference::PORT);
   place->set_name("clk");
