@@ -2,14 +2,13 @@
 
 """`rulecheck html` on the command line."""
 
-import json
 import os
 import pathlib
 import re
 import subprocess
 import unittest
 
-from programs import RULECHECK, SAMPLE, RulecheckTest
+from programs import RULECHECK, SAMPLE, RulecheckTest, data_of
 
 MANUAL = pathlib.Path(os.environ["SOURCE_DIR"], "apps/rulecheck/rulecheck.1")
 
@@ -34,9 +33,7 @@ class Formats(RulecheckTest):
 
 class Options(RulecheckTest):
     def data(self, *options):
-        """What the script of the page reads."""
-        page = self.rulecheck("html", "result.txtpb", *options).stdout.decode("utf-8")
-        return json.loads(re.search(r'id="data">(.*)</script>', page, re.S)[1])
+        return data_of(self.page_of("result.txtpb", *options).decode("utf-8"))
 
     def setUp(self):
         super().setUp()
@@ -55,21 +52,14 @@ class Options(RulecheckTest):
         without = self.data("--no-source")
         self.assertEqual((without["sources"], "old" in without["texts"]), ([[], []], False))
 
-    def test_a_baseline_marks_findings(self):
-        self.write("old.txtpb", 'session { name: "s" }')
-        for baseline, mark in [("result.txtpb", "unchanged"), ("old.txtpb", "new")]:
-            data = self.data("--baseline", baseline)
-            self.assertEqual(data["marks"][data["findings"][0][2]][0], mark)
-
     def test_a_template_of_links_is_part_of_the_page(self):
         template = "https://host/blob/main/{path}#L{line}&<"
-        page = self.rulecheck("html", "result.txtpb", "--link", template).stdout.decode("utf-8")
+        page = self.page_of("result.txtpb", "--link", template).decode("utf-8")
         self.assertIn('value="https://host/blob/main/{path}#L{line}&amp;&lt;"', page)
 
     def test_bad_ones_are_refused(self):
         for words, options in [("--source-root", ["--source-root", "missing"]),
                                ("--source-root", ["--no-source", "--source-root", "src"]),
-                               ("--link javascript:alert(1): expected", ["--link", "javascript:alert(1)"]),
                                ("missing.pb: cannot be read", ["--baseline", "missing.pb"])]:
             with self.subTest(options):
                 self.assert_error(words, "html", "result.txtpb", *options)
@@ -82,7 +72,7 @@ class BadInput(RulecheckTest):
         self.assert_error("nosuch", "nosuch")
 
     def test_a_page_stays_if_there_is_no_new_one(self):
-        output = self.write_bytes("page.html", b"before")
+        output = self.write("page.html", "before")
         self.write("result.txtpb", "session { }")
         for words, path in [("missing session.name", "result.txtpb"), ("cannot be read", "missing.pb")]:
             self.assert_error(words, "html", path, "-o", output)
@@ -92,12 +82,6 @@ class BadInput(RulecheckTest):
         with open("/dev/full", "wb") as full:
             self.assertIn(b"cannot be written", subprocess.run(
                 [RULECHECK, "html", SAMPLE], stdout=full, stderr=subprocess.PIPE, check=False).stderr)
-
-    def test_an_output_that_is_the_input(self):
-        content = SAMPLE.read_bytes()
-        both = self.write_bytes("both.txtpb", content)
-        self.assert_error("is the input", "html", both, "-o", both)
-        self.assertEqual(both.read_bytes(), content)
 
 
 class Help(RulecheckTest):

@@ -5,11 +5,11 @@
 import base64
 import hashlib
 import html.parser
-import json
 import re
 import unittest
 
-from programs import SAMPLE, RulecheckTest
+import make_results
+from programs import SAMPLE, RulecheckTest, data_of
 
 # Of these may be what the script puts into the page as HTML.
 HTML_OF_DATA = {"a": {"href"}, "code": {"class"}, "span": {"class"}, "time": {"datetime"}}
@@ -69,11 +69,6 @@ def read(content):
     return Page(content.decode("utf-8"))
 
 
-def data_of(page):
-    """What the page's script reads."""
-    return json.loads(page.texts["script"][-1])
-
-
 def html_of(data):
     """All that the script puts into the page as HTML."""
     yield from data["texts"]
@@ -88,15 +83,15 @@ class HostileTexts(RulecheckTest):
 
     def setUp(self):
         super().setUp()
-        self.make_results("hostile", self.folder)
-        self.results = sorted(self.folder.glob("*.pb"))
+        make_results.hostile(self.folder)
+        self.results = sorted(self.folder.glob("*.txtpb"))
         self.assertGreater(len(self.results), 60)
 
     def test_every_page_is_the_template_and_text(self):
         expected = read(self.page_of(SAMPLE)).texts
         # What a page has whose texts are harmless.
         elements = {}
-        for result in self.folder.glob("harmless-*.pb"):
+        for result in self.folder.glob("harmless-*.txtpb"):
             for tag, attributes in read(self.page_of(result)).elements:
                 elements.setdefault(tag, set()).update(attributes)
         for result in self.results:
@@ -110,7 +105,7 @@ class HostileTexts(RulecheckTest):
                 self.assertEqual(len(page.texts["title"]), 1)
                 self.assertNotRegex(content.decode("utf-8"), CONTROLS)
                 self.assertNotIn("<", page.texts["script"][1])
-                self.check_data(data_of(page))
+                self.check_data(data_of(content.decode("utf-8")))
 
     def check_data(self, data):
         for fragment in html_of(data):
@@ -132,8 +127,9 @@ class HostileTexts(RulecheckTest):
     def test_the_texts_are_there_to_be_read(self):
         for name, text in [("script", "<script>alert(1)</script>"),
                            ("template_tags", "{{style}}{{{script}}}{{#kinds}}{{/sections}}{{=<% %>=}}")]:
-            page = read(self.page_of(self.folder / f"{name}-HTTP.pb"))
-            shown = "".join(Page(fragment).text for fragment in html_of(data_of(page)))
+            content = self.page_of(self.folder / f"{name}-HTTP.txtpb")
+            page = read(content)
+            shown = "".join(Page(fragment).text for fragment in html_of(data_of(content.decode("utf-8"))))
             self.assertGreater(page.text.count(text), 30)
             self.assertGreater(shown.count(text), 30)
 
@@ -184,12 +180,12 @@ class Structure(RulecheckTest):
 
 class Large(RulecheckTest):
     def test_a_finding_takes_at_most_three_hundred_bytes(self):
-        result = self.folder / "large.pb"
+        result = self.folder / "large.txtpb"
         for rules in 1, 40, 6000:
             with self.subTest(rules=rules):
-                self.make_results("many", "6000", str(rules), result)
+                make_results.many(6000, rules, result)
                 content = self.page_of(result)
-                self.assertEqual(len(data_of(read(content))["findings"]), 6000)
+                self.assertEqual(len(data_of(content.decode("utf-8"))["findings"]), 6000)
                 self.assertLess(len(content), 6000 * 300)
 
 

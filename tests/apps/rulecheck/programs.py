@@ -34,16 +34,8 @@ class RulecheckTest(program_test.ProgramTest):
         self.assertRegex(error, r"\Arulecheck: [^\n]+\n\Z")
         self.assertIn(words, error)
 
-    def make_results(self, *words):
-        subprocess.run([os.environ["MAKE_RESULTS"], *map(str, words)], check=True)
-
-    def page_of(self, result):
-        return self.rulecheck("html", result).stdout
-
-    def write_bytes(self, name, content):
-        path = self.folder / name
-        path.write_bytes(content)
-        return path
+    def page_of(self, result, *options):
+        return self.rulecheck("html", result, *options).stdout
 
     def fake_verilator(self, output, status=0, dependencies=""):
         """A program that notes its arguments, one a line, and says what Verilator would."""
@@ -57,6 +49,11 @@ exit {status}
 """)
         program.chmod(program.stat().st_mode | stat.S_IXUSR)
         return program
+
+
+def data_of(page):
+    """What the script of a page reads."""
+    return json.loads(re.search(r'id="data">(.*)</script>', page, re.S)[1])
 
 
 def read_json(path):

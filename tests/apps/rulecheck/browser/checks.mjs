@@ -9,8 +9,8 @@ import { open } from './browser.mjs';
 
 // The folder for pictures, the program's only argument.
 export const picturesFolder = () => {
-  if (process.argv.length !== 3 || !process.env.RULECHECK || !process.env.MAKE_RESULTS) {
-    console.error(`usage: RULECHECK=... MAKE_RESULTS=... node ${process.argv[1]} FOLDER`);
+  if (process.argv.length !== 3 || !process.env.RULECHECK) {
+    console.error(`usage: RULECHECK=... node ${process.argv[1]} FOLDER`);
     process.exit(2);
   }
   mkdirSync(process.argv[2], { recursive: true });

@@ -22,7 +22,7 @@ const look = (selector) => ({
 
 export const checkHostile = async (checks, { hostile }) => {
   for (const file of hostile) {
-    await checks.checkPage(`hostile texts stay texts: ${basename(file, '.pb.html')}`, file,
+    await checks.checkPage(`hostile texts stay texts: ${basename(file, '.txtpb.html')}`, file,
       { viewport: { width: 360, height: 800 } }, async (page) => {
         for (const grouping of ['rule', 'file']) {
           await page.selectOption('#group', grouping);

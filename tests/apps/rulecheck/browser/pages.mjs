@@ -13,7 +13,8 @@ process.on('exit', () => rmSync(work, { recursive: true }));
 
 const inRepository = (path) => fileURLToPath(new URL(`../../../../${path}`, import.meta.url));
 
-const makeResults = (...words) => execFileSync(process.env.MAKE_RESULTS, words);
+const makeResults = (...words) =>
+  execFileSync(process.env.PYTHON || 'python3', [inRepository('tests/apps/rulecheck/make_results.py'), ...words]);
 
 const makePage = (result, ...options) => {
   const page = `${result}.html`;
@@ -95,7 +96,7 @@ export const spoofed = (name, text) => {
 };
 
 export const many = (findings, rules) => {
-  const result = join(work, `${findings}-${rules}.pb`);
+  const result = join(work, `${findings}-${rules}.txtpb`);
   makeResults('many', String(findings), String(rules), result);
   return makePage(result);
 };
@@ -106,7 +107,7 @@ export const hostile = () => {
   mkdirSync(folder);
   makeResults('hostile', folder);
   return ['script-HTTP', 'end_of_double_quotes-FILE', 'end_of_script-DATA_html', 'javascript_address-MAILTO',
-    'javascript_address_in_disguise-HTTP'].map((name) => makePage(join(folder, `${name}.pb`)));
+    'javascript_address_in_disguise-HTTP'].map((name) => makePage(join(folder, `${name}.txtpb`)));
 };
 
 // The page of the demo, which needs Verilator; undefined without. The lines are waivers.

@@ -4,7 +4,7 @@
 //
 //   node report_check.mjs FOLDER_FOR_PICTURES
 //
-// Environment: RULECHECK and MAKE_RESULTS, the programs that make the pages;
+// Environment: RULECHECK, the program that makes the pages; PYTHON, python3 if not set;
 // VERILATOR for the demo's waivers, which are left out without it;
 // CHROMIUM, the browser, /usr/bin/chromium if not set. Needs `npm ci` in tests, and
 // pdftotext. Prints a line per check, and exits with 1 if one fails.
