@@ -17,9 +17,7 @@
 #include "rulecheck/not_checked.h"
 #include "rulecheck/page/facts.h"
 #include "rulecheck/page/message_text.h"
-#include "rulecheck/page/rule_facts.h"
-#include "rulecheck/page/safe_copy.h"
-#include "rulecheck/page/safe_text.h"
+#include "rulecheck/page/safe_html.h"
 #include "rulecheck/page/sources.h"
 
 namespace rulecheck {

@@ -50,6 +50,12 @@ std::string categoriesHtml(const std::map<std::int32_t, std::string>& categories
 // to link to. The text is as it came, too.
 std::string linkHtml(const vok::rulecheck::Resource& resource, const std::string& text);
 
+// What helps to understand a rule's findings: texts, limits, description.
+Facts mainFacts(const vok::rulecheck::RuleSpec& spec);
+
+// Everything else about it.
+Facts furtherFacts(const vok::rulecheck::RuleSpec& spec);
+
 }  // namespace rulecheck
 
 #endif  // VOK_APPS_RULECHECK_PAGE_FACTS_H_

@@ -13,8 +13,7 @@
 #include "rulecheck/compare.h"
 #include "rulecheck/fingerprint.h"
 #include "rulecheck/not_checked.h"
-#include "rulecheck/page/safe_copy.h"
-#include "rulecheck/page/safe_link.h"
+#include "rulecheck/page/safe_html.h"
 #include "rulecheck/place.h"
 
 namespace rulecheck {

@@ -7,8 +7,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "rulecheck/page/safe_copy.h"
-#include "rulecheck/page/safe_text.h"
+#include "rulecheck/page/safe_html.h"
 
 namespace rulecheck {
 namespace {

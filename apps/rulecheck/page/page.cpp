@@ -14,8 +14,7 @@
 #include "rulecheck/page/facts.h"
 #include "rulecheck/page/findings.h"
 #include "rulecheck/page/message_text.h"
-#include "rulecheck/page/rule_facts.h"
-#include "rulecheck/page/safe_text.h"
+#include "rulecheck/page/safe_html.h"
 #include "rulecheck/page/summary.h"
 #include "rulecheck/place.h"
 

@@ -8,8 +8,7 @@
 #include <string>
 
 #include "rulecheck/page/facts.h"
-#include "rulecheck/page/safe_link.h"
-#include "rulecheck/page/safe_text.h"
+#include "rulecheck/page/safe_html.h"
 #include "rulecheck/severity.h"
 
 namespace rulecheck {
