@@ -44,7 +44,7 @@ Response call(Stub& stub,
   if (!status.ok()) {
     fail(status);
   }
-  return rule_server::respond(std::move(answer));
+  return rule_server::responseWith(std::move(answer));
 }
 
 Response exchange(Stub& stub, const Request& request) {

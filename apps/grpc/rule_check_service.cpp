@@ -247,9 +247,9 @@ RuleCheckService::RuleCheckService(rule_server::Server& server, std::function<vo
   }
 }
 
-Status RuleCheckService::perform(const Request& request, Bytes* answer) {
+Status RuleCheckService::perform(Request request, Bytes* answer) {
   return unlessMemoryLacks([&] {
-    const Response response = server_.handle(request);
+    const Response response = server_.handle(std::move(request));
     return response.has_error() ? statusOf(response.error()) : serialize(bodyOf(response), answer);
   });
 }
@@ -258,7 +258,7 @@ Status RuleCheckService::performNow(const Call& call) {
   Request request;
   const Status status =
       unlessMemoryLacks([&] { return read(*call.argument, call.type, &request); });
-  return status.ok() ? perform(request, call.answer) : status;
+  return status.ok() ? perform(std::move(request), call.answer) : status;
 }
 
 Status RuleCheckService::checkUnread() const {
@@ -277,7 +277,7 @@ Reactor* RuleCheckService::answerWith(const Call& call) {
     status = unlessMemoryLacks([&] { return read(*call.argument, call.type, &request); });
   }
   if (!status.ok() || !server_.takesLong(request)) {
-    reply->finish(status.ok() ? perform(request, call.answer) : status, *call.answer);
+    reply->finish(status.ok() ? perform(std::move(request), call.answer) : status, *call.answer);
     return reply;
   }
   // The bytes are kept, since the request can take 58 times their length.

@@ -82,7 +82,7 @@ class RuleCheckService : public vok::rulecheck::RuleCheckService::Service {
   // Answers at once, or after a second if a token was wrong within the last ten. A client that
   // does not wait for the answer never learns it, so that each guess takes that time.
   Reactor* answerToken(const Call& call);
-  grpc::Status perform(const Request& request, Bytes* answer);
+  grpc::Status perform(Request request, Bytes* answer);
   grpc::Status performNow(const Call& call);
   // Refuses while there are too many bytes that clients have not read.
   grpc::Status checkUnread() const;

@@ -43,7 +43,7 @@ Rule makeRule(const std::string& key, const RuleSpec& spec, const Limits& limits
     throw Failure(ErrorCode::RuleInvalid, "rule " + quoted(spec.key()) + " is invalid: " + flaw);
   }
   const std::size_t bytes = spec.SpaceUsedLong();
-  checkBytes("rule " + quoted(key), bytes, limits.ruleBytes, "shorten it");
+  checkBytes([&] { return "rule " + quoted(key); }, bytes, limits.ruleBytes, "shorten it");
   // The catalog has the key, too.
   auto share = budget.take(bytes + 2 * sizeof(StoredRule) + key.size());
   return std::make_shared<const StoredRule>(StoredRule{spec, bytes, std::move(share)});

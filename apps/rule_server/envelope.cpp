@@ -8,14 +8,16 @@
 #include <algorithm>
 #include <cstdint>
 #include <utility>
+#include <vector>
 
 namespace rule_server {
 namespace {
 
+using google::protobuf::FieldDescriptor;
 using vok::rulecheck::Request;
 using vok::rulecheck::Response;
 
-const google::protobuf::FieldDescriptor* bodyOf(Request::RequestType type) {
+const FieldDescriptor* bodyOf(Request::RequestType type) {
   const int number = type == Request::STOP_SERVER ? Request::kExchangeTokenFieldNumber
                                                   : static_cast<int>(type) + 1;
   return Request::descriptor()->FindFieldByNumber(number);
@@ -27,18 +29,18 @@ void checkEnvelope(const Request& request) {
   if (!request.has_type()) {
     throw Failure(ErrorCode::TypeMissing, "the request has no type that is known here");
   }
-  const std::string type(Request::RequestType_Name(request.type()));
-  const google::protobuf::FieldDescriptor* body = bodyOf(request.type());
-  for (int number = Request::kTypeFieldNumber + 1; number <= Request::kDumpRulesFieldNumber;
-       ++number) {
-    const auto* field = Request::descriptor()->FindFieldByNumber(number);
-    if (field != body && request.GetReflection()->HasField(request, field)) {
+  const auto type = [&] { return std::string(Request::RequestType_Name(request.type())); };
+  const FieldDescriptor* body = bodyOf(request.type());
+  std::vector<const FieldDescriptor*> fields;
+  request.GetReflection()->ListFields(request, &fields);
+  for (const FieldDescriptor* field : fields) {
+    if (field != body && field->number() != Request::kTypeFieldNumber) {
       throw Failure(ErrorCode::BodyMismatch,
-                    type + " does not go with the body " + std::string(field->name()));
+                    type() + " does not go with the body " + std::string(field->name()));
     }
   }
-  if (!request.GetReflection()->HasField(request, body)) {
-    throw Failure(ErrorCode::BodyMissing, type + " needs the body " + std::string(body->name()));
+  if (fields.back() != body) {
+    throw Failure(ErrorCode::BodyMissing, type() + " needs the body " + std::string(body->name()));
   }
   if (!request.IsInitialized()) {
     throw Failure(ErrorCode::BodyIncomplete, "missing " + request.InitializationErrorString());
@@ -52,27 +54,23 @@ Response respond(ErrorCode code, const std::string& text) {
   std::replace_if(
       error.mutable_msg()->begin(), error.mutable_msg()->end(),
       [](char c) { return c == '\n' || c == '\r'; }, ' ');
-  return respond(std::move(error));
+  return responseWith(std::move(error));
 }
 
 Response respond(const std::string& status) {
   vok::rulecheck::StatusResponse body;
   body.set_code(0);
   body.set_msg(status);
-  return respond(std::move(body));
+  return responseWith(std::move(body));
 }
 
-Response respond(google::protobuf::Message&& body) {
-  Response response;
-  for (int type = Response::ResponseType_MIN; type <= Response::ResponseType_MAX; ++type) {
-    const auto* field = Response::descriptor()->FindFieldByNumber(type + 2);
-    if (field->message_type() == body.GetDescriptor()) {
-      response.set_type(static_cast<Response::ResponseType>(type));
-      auto* target = response.GetReflection()->MutableMessage(&response, field);
-      target->GetReflection()->Swap(target, &body);
-    }
+const FieldDescriptor* fieldFor(const google::protobuf::Descriptor* body) {
+  const google::protobuf::Descriptor& response = *Response::descriptor();
+  int i = 0;
+  while (response.field(i)->message_type() != body) {
+    ++i;
   }
-  return response;
+  return response.field(i);
 }
 
 }  // namespace rule_server

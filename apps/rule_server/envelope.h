@@ -5,6 +5,7 @@
 #ifndef VOK_APPS_RULE_SERVER_ENVELOPE_H_
 #define VOK_APPS_RULE_SERVER_ENVELOPE_H_
 
+#include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
 #include <vok/rulecheck/RuleService.pb.h>
 
@@ -20,8 +21,19 @@ void checkEnvelope(const vok::rulecheck::Request& request);
 
 vok::rulecheck::Response respond(ErrorCode code, const std::string& text);
 vok::rulecheck::Response respond(const std::string& status);
-// Moves the body into a response of its type.
-vok::rulecheck::Response respond(google::protobuf::Message&& body);
+// The field of a response for bodies of that type.
+const google::protobuf::FieldDescriptor* fieldFor(const google::protobuf::Descriptor* body);
+
+// A response of the body's type.
+template <typename Body>
+vok::rulecheck::Response responseWith(Body body) {
+  static const auto* const field = fieldFor(Body::descriptor());
+  vok::rulecheck::Response response;
+  response.set_type(static_cast<vok::rulecheck::Response::ResponseType>(field->number() - 2));
+  auto* target = response.GetReflection()->MutableMessage(&response, field);
+  static_cast<Body*>(target)->Swap(&body);
+  return response;
+}
 
 // Copies what a StartSession and a Session both have, under different numbers.
 template <typename From, typename To>

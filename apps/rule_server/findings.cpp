@@ -57,7 +57,7 @@ std::int32_t dynamicCategory(const RuleSpec& rule, const std::string& name) {
 
 // What violations and affirmations have in common.
 template <typename Finding, typename Body>
-void fill(const RuleSpec& rule, const Body& body, Finding* finding) {
+void fill(const RuleSpec& rule, Body* body, Finding* finding) {
   finding->set_rule_key(rule.key());
   if (rule.has_examples()) {
     *finding->mutable_examples() = rule.examples();
@@ -65,21 +65,22 @@ void fill(const RuleSpec& rule, const Body& body, Finding* finding) {
   if (rule.has_expects()) {
     finding->set_expects(rule.expects());
   }
-  if (body.has_actual_value()) {
-    *finding->mutable_actual_value() = body.actual_value();
+  if (body->has_actual_value()) {
+    finding->mutable_actual_value()->Swap(body->mutable_actual_value());
   }
-  if (body.has_threshold_value() || rule.has_threshold_value()) {
-    *finding->mutable_threshold_value() =
-        body.has_threshold_value() ? body.threshold_value() : rule.threshold_value();
+  if (body->has_threshold_value()) {
+    finding->mutable_threshold_value()->Swap(body->mutable_threshold_value());
+  } else if (rule.has_threshold_value()) {
+    *finding->mutable_threshold_value() = rule.threshold_value();
   }
   *finding->mutable_categories() = rule.categories();
 }
 
 template <typename Body>
-void setMessage(const std::string& text, const Body& body, vok::rulecheck::MsgInst* message) {
+void setMessage(const std::string& text, Body* body, vok::rulecheck::MsgInst* message) {
   message->set_text(text);
-  if (body.has_args()) {
-    *message->mutable_args() = body.args();
+  if (body->has_args()) {
+    message->mutable_args()->Swap(body->mutable_args());
   }
 }
 
@@ -88,8 +89,8 @@ void addResolution(const RuleSpec& rule, const CreateViolation& body, Violation*
     return;
   }
   violation->mutable_resolution()->set_text(rule.resolution_msg());
-  if (namesArgument(rule.resolution_msg())) {
-    setMessage(rule.resolution_msg(), body, violation->mutable_resolution());
+  if (body.has_args() && namesArgument(rule.resolution_msg())) {
+    *violation->mutable_resolution()->mutable_args() = body.args();
   }
 }
 
@@ -114,30 +115,30 @@ bool isWaived(const CreateViolation& body) {
   return body.dynamic_category_values().count(kWaiver) != 0;
 }
 
-Violation makeViolation(const RuleSpec& rule, const CreateViolation& body) {
+Violation makeViolation(const RuleSpec& rule, CreateViolation* body) {
   Violation violation;
   fill(rule, body, &violation);
-  violation.set_severity(severityOf(rule, body));
+  violation.set_severity(severityOf(rule, *body));
+  addResolution(rule, *body, &violation);
   setMessage(rule.has_raw_msg() ? rule.raw_msg() : rule.full_name(), body,
              violation.mutable_details());
-  addResolution(rule, body, &violation);
-  for (const auto& value : body.dynamic_category_values()) {
+  for (const auto& value : body->dynamic_category_values()) {
     if (value.first != kWaiver) {
       (*violation.mutable_categories())[dynamicCategory(rule, value.first)] = value.second;
     }
   }
-  if (isWaived(body)) {
-    addWaiver(body, &violation);
+  if (isWaived(*body)) {
+    addWaiver(*body, &violation);
   }
   return violation;
 }
 
-Affirmation makeAffirmation(const RuleSpec& rule, const CreateAffirmation& body) {
+Affirmation makeAffirmation(const RuleSpec& rule, CreateAffirmation* body) {
   Affirmation affirmation;
   fill(rule, body, &affirmation);
   setMessage(rule.has_affirm_msg() ? rule.affirm_msg() : rule.full_name(), body,
              affirmation.mutable_details());
-  for (const auto& value : body.dynamic_category_values()) {
+  for (const auto& value : body->dynamic_category_values()) {
     (*affirmation.mutable_categories())[dynamicCategory(rule, value.first)] = value.second;
   }
   return affirmation;

@@ -17,11 +17,12 @@ constexpr std::int32_t kWaiverCategory = 1;
 
 bool isWaived(const vok::rulecheck::CreateViolation& body);
 
-// Without the id, which the caller sets. Throw Failure (CategoryRefused).
+// Without the id, which the caller sets. They take values and arguments out of the body. Throw
+// Failure (CategoryRefused).
 vok::rulecheck::Violation makeViolation(const vok::rulecheck::RuleSpec& rule,
-                                        const vok::rulecheck::CreateViolation& body);
+                                        vok::rulecheck::CreateViolation* body);
 vok::rulecheck::Affirmation makeAffirmation(const vok::rulecheck::RuleSpec& rule,
-                                            const vok::rulecheck::CreateAffirmation& body);
+                                            vok::rulecheck::CreateAffirmation* body);
 
 }  // namespace rule_server
 

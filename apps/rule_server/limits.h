@@ -28,11 +28,11 @@ struct Limits {
   std::size_t bytes = std::size_t{1} << 30;
 };
 
-// Throws Failure (LimitExceeded) if there are more bytes than the limit.
-inline void checkBytes(const std::string& what, std::size_t bytes, std::size_t limit,
-                       const std::string& advice) {
+// Throws Failure (LimitExceeded) if there are more bytes than the limit. The function says of what.
+template <typename Name>
+void checkBytes(Name name, std::size_t bytes, std::size_t limit, const char* advice) {
   if (bytes > limit) {
-    throw Failure(ErrorCode::LimitExceeded, what + " takes " + std::to_string(bytes) +
+    throw Failure(ErrorCode::LimitExceeded, name() + " takes " + std::to_string(bytes) +
                                                 " bytes, more than " + std::to_string(limit) +
                                                 ": " + advice);
   }
@@ -54,7 +54,7 @@ class Budget {
   Share take(std::size_t bytes) {
     const std::size_t before = used_.fetch_add(bytes);
     Share share(this, Return{bytes});
-    checkBytes("what the server records", before + bytes, limit_,
+    checkBytes([] { return std::string("what the server records"); }, before + bytes, limit_,
                "reset sessions, or restart the server with a higher limit");
     return share;
   }

@@ -108,13 +108,13 @@ Server::Server(Environment environment)
   mallopt(M_MXFAST, 0);
 }
 
-Response Server::handle(const Request& request) {
+Response Server::handle(Request request) {
   try {
     if (stopped()) {
       throw Failure(ErrorCode::ServerStopped, "the server is stopped");
     }
     checkEnvelope(request);
-    return perform(request);
+    return perform(&request);
   } catch (const Failure& failure) {
     return respond(failure.code(), failure.what());
   } catch (const std::bad_alloc&) {
@@ -148,25 +148,30 @@ bool Server::takesLong(const std::string& uuid) const {
 
 // The finding is made without the lock: its body may be long.
 template <typename Made, typename Body>
-Response Server::record(const Body& body,
-                        Made (*make)(const vok::rulecheck::RuleSpec&, const Body&)) {
+Response Server::record(Body* body, Made (*make)(const vok::rulecheck::RuleSpec&, Body*)) {
   Rule rule;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
-    openSession(body.session_uuid());
-    rule = catalog_.inForce(body.rule_key());
+    openSession(body->session_uuid());
+    rule = catalog_.inForce(body->rule_key());
+  }
+  std::string bytes;
+  if (!body->SerializeToString(&bytes)) {
+    throw Failure(ErrorCode::LimitExceeded, "a finding has more than 2 GiB: shorten it");
   }
   Made made = make(rule->spec, body);
-  Finding finding = makeFinding(rule, body, made, budget_);
+  Finding finding = makeFinding(rule, std::move(bytes), made, budget_);
   const std::lock_guard<std::mutex> lock(mutex_);
-  made.set_id(openSession(body.session_uuid()).add(std::move(finding), environment_.limits));
-  return respond(std::move(made));
+  made.set_id(openSession(body->session_uuid()).add(std::move(finding), environment_.limits));
+  return responseWith(std::move(made));
 }
 
-Response Server::perform(const Request& request) {
+Response Server::perform(Request* given) {
+  const Request& request = *given;
   switch (request.type()) {
-    case Request::CREATE_AFFIRMATION: return record(request.create_affirmation(), makeAffirmation);
-    case Request::CREATE_VIOLATION: return record(request.create_violation(), makeViolation);
+    case Request::CREATE_AFFIRMATION:
+      return record(given->mutable_create_affirmation(), makeAffirmation);
+    case Request::CREATE_VIOLATION: return record(given->mutable_create_violation(), makeViolation);
     case Request::EXCHANGE_TOKEN: return exchangeToken(request.exchange_token());
     case Request::GET_RULESPECS: return perform(request.get_rulespecs());
     case Request::GET_SESSION: return perform(request.get_session());
@@ -185,7 +190,7 @@ Response Server::perform(const Request& request) {
 }
 
 Response Server::perform(const vok::rulecheck::GetRuleSpecs& body) {
-  return respond(specsOf(snapshot(body.session().uuid())));
+  return responseWith(specsOf(snapshot(body.session().uuid())));
 }
 
 Response Server::perform(const vok::rulecheck::GetSession& body) {
@@ -193,11 +198,11 @@ Response Server::perform(const vok::rulecheck::GetSession& body) {
     const std::lock_guard<std::mutex> lock(mutex_);
     return session(body.session_uuid()).about;
   }();
-  return respond(Session(*about));
+  return responseWith(Session(*about));
 }
 
 Response Server::perform(const vok::rulecheck::GetSessionResult& body) {
-  return respond(resultOf(snapshot(body.session_uuid())));
+  return responseWith(resultOf(snapshot(body.session_uuid())));
 }
 
 Response Server::perform(const vok::rulecheck::GetVersion& /*body*/) {
@@ -205,7 +210,7 @@ Response Server::perform(const vok::rulecheck::GetVersion& /*body*/) {
   version.set_major(vok::rulecheck::MAJOR);
   version.set_minor(vok::rulecheck::MINOR);
   version.set_patch(vok::rulecheck::PATCH);
-  return respond(std::move(version));
+  return responseWith(std::move(version));
 }
 
 // Lengths of keys are checked before a pattern sees them.
@@ -275,7 +280,7 @@ Response Server::perform(const vok::rulecheck::StartSession& body) {
                       "again, or restart the server with a higher limit");
   }
   sessions_.emplace(session.uuid(), SessionState(session, environment_.limits, budget_));
-  return respond(std::move(session));
+  return responseWith(std::move(session));
 }
 
 Response Server::perform(const vok::rulecheck::StopSession& body) {
@@ -382,14 +387,14 @@ Snapshot Server::snapshot(const std::string& uuid) {
       shot.affirmed.push_back(catalog_.at(key));
     }
   }
-  checkBytes("the result", bytesOf(shot), environment_.limits.sessionBytes,
-             "rules have grown; replace them by shorter ones");
+  checkBytes([] { return std::string("the result"); }, bytesOf(shot),
+             environment_.limits.sessionBytes, "rules have grown; replace them by shorter ones");
   return shot;
 }
 
 void Server::checkText(const std::string& path, std::size_t bytes) const {
   if (!apps::isBinary(path)) {
-    checkBytes(path, bytes, environment_.limits.textBytes,
+    checkBytes([&] { return path; }, bytes, environment_.limits.textBytes,
                "name a file with the extension .pb, which takes more");
   }
 }

@@ -34,7 +34,7 @@ class Server {
 
   // Answers every request, valid or not, with a response that is initialized and has the
   // body of its type and no other. Throws only std::bad_alloc.
-  vok::rulecheck::Response handle(const vok::rulecheck::Request& request);
+  vok::rulecheck::Response handle(vok::rulecheck::Request request);
 
   // Whether the request uses files, or asks for more than a few MiB. A transport that
   // performs one such request at a time holds one large result in memory.
@@ -44,7 +44,7 @@ class Server {
   bool stopped() const { return stopped_; }
 
  private:
-  vok::rulecheck::Response perform(const vok::rulecheck::Request& request);
+  vok::rulecheck::Response perform(vok::rulecheck::Request* given);
   vok::rulecheck::Response perform(const vok::rulecheck::GetRuleSpecs& body);
   vok::rulecheck::Response perform(const vok::rulecheck::GetSession& body);
   vok::rulecheck::Response perform(const vok::rulecheck::GetSessionResult& body);
@@ -60,8 +60,7 @@ class Server {
   vok::rulecheck::Response stopServer(const vok::rulecheck::ExchangeToken& body);
 
   template <typename Made, typename Body>
-  vok::rulecheck::Response record(const Body& body,
-                                  Made (*make)(const vok::rulecheck::RuleSpec&, const Body&));
+  vok::rulecheck::Response record(Body* body, Made (*make)(const vok::rulecheck::RuleSpec&, Body*));
   void checkToken(const std::string& token) const;
   Files& files() const;
   bool takesLong(const std::string& uuid) const;

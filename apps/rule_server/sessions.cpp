@@ -22,7 +22,7 @@ using vok::rulecheck::Violation;
 // What an entry of a map takes besides its message.
 constexpr std::size_t kEntryBytes = 64;
 
-// Adds findings to a result. One message is parsed into again and again, which hardly allocates.
+// Adds findings to a result.
 class Adder {
  public:
   explicit Adder(SessionResult* result) : result_(result) {}
@@ -31,7 +31,7 @@ class Adder {
     if (finding.isAffirmation) {
       parse(finding, &affirmation_);
       Affirmation& made = (*result_->mutable_affirmations()->mutable_hashmap())[id];
-      made = makeAffirmation(finding.rule->spec, affirmation_);
+      made = makeAffirmation(finding.rule->spec, &affirmation_);
       made.set_id(id);
       return;
     }
@@ -39,7 +39,7 @@ class Adder {
     auto* map =
         isWaived(violation_) ? result_->mutable_waived_violations() : result_->mutable_violations();
     Violation& made = (*map->mutable_hashmap())[id];
-    made = makeViolation(finding.rule->spec, violation_);
+    made = makeViolation(finding.rule->spec, &violation_);
     made.set_id(id);
   }
 
@@ -57,12 +57,10 @@ class Adder {
 
 }  // namespace
 
-Finding makeFinding(const Rule& rule, const Message& body, const Message& made, Budget& budget) {
+Finding makeFinding(const Rule& rule, std::string body, const Message& made, Budget& budget) {
   const bool isAffirmation = made.GetDescriptor() == Affirmation::descriptor();
-  Finding finding{isAffirmation, rule, "", made.SpaceUsedLong() + kEntryBytes, nullptr};
-  if (!body.SerializeToString(&finding.body)) {
-    throw Failure(ErrorCode::LimitExceeded, "a finding has more than 2 GiB: shorten it");
-  }
+  Finding finding{isAffirmation, rule, std::move(body), made.SpaceUsedLong() + kEntryBytes,
+                  nullptr};
   finding.share = budget.take(sizeof(Finding) + finding.body.capacity() + kEntryBytes);
   return finding;
 }
@@ -82,21 +80,26 @@ SessionState::SessionState(const vok::rulecheck::Session& session, const Limits&
       share(budget.take(2 * session.SpaceUsedLong() + sizeof(SessionState) +
                         Findings::kBlock * sizeof(Finding))),
       bytes(session.SpaceUsedLong()) {
-  checkBytes("session " + quoted(session.uuid()), bytes, limits.sessionBytes, "shorten it");
+  checkBytes([&] { return "session " + quoted(session.uuid()); }, bytes, limits.sessionBytes,
+             "shorten it");
 }
 
 std::int32_t SessionState::add(Finding finding, const Limits& limits) {
-  const std::string name = "session " + quoted(about->uuid());
+  const auto name = [this] { return "session " + quoted(about->uuid()); };
   if (findings.size() >= limits.findings) {
     throw Failure(ErrorCode::LimitExceeded,
-                  name + " has " + std::to_string(findings.size()) +
+                  name() + " has " + std::to_string(findings.size()) +
                       " findings and takes no more: start another session");
   }
   std::set<std::string>& keys = finding.isAffirmation ? affirmed : violated;
   const bool isNew = keys.count(finding.rule->spec.key()) == 0;
   const std::size_t after = bytes + finding.bytes + (isNew ? finding.rule->bytes : 0);
-  checkBytes(name + " with this finding", after, limits.sessionBytes, "start another session");
-  std::set<std::string> key = {finding.rule->spec.key()};
+  checkBytes([&] { return name() + " with this finding"; }, after, limits.sessionBytes,
+             "start another session");
+  std::set<std::string> key;
+  if (isNew) {
+    key.insert(finding.rule->spec.key());
+  }
   findings.add(std::move(finding));
   // Nothing can fail from here on.
   keys.merge(key);

@@ -48,9 +48,9 @@ class Findings {
   std::size_t size_ = 0;
 };
 
-// Of what a request's body and the rule make: a Violation or an Affirmation.
-Finding makeFinding(const Rule& rule, const google::protobuf::Message& body,
-                    const google::protobuf::Message& made, Budget& budget);
+// Of a request's serialized body, and what it and the rule make: a Violation or an Affirmation.
+Finding makeFinding(const Rule& rule, std::string body, const google::protobuf::Message& made,
+                    Budget& budget);
 
 struct SessionState {
   SessionState(const vok::rulecheck::Session& session, const Limits& limits, Budget& budget);

@@ -19,10 +19,10 @@ using vok::rulecheck::Response;
 using vok::rulecheck::Session;
 using vok::rulecheck::SessionResult;
 
-// Performs the request after its type is set.
+// Performs the request after its type is set, and takes what is in it.
 Response call(const Server& server, Request::RequestType type, Request* request) {
   request->set_type(type);
-  Response response = server(*request);
+  Response response = server(std::move(*request));
   if (response.type() == Response::ERROR_RESPONSE) {
     throw std::runtime_error("the server answered: " + response.error().msg());
   }
@@ -79,7 +79,7 @@ Server localServer() {
   environment.now = rule_server::millisecondsSince1970;
   environment.newUuid = rule_server::randomUuid;
   const auto server = std::make_shared<rule_server::Server>(environment);
-  return [server](const Request& request) { return server->handle(request); };
+  return [server](Request request) { return server->handle(std::move(request)); };
 }
 
 void setOutput(const std::string& directory, vok::rulecheck::StartSession* session) {

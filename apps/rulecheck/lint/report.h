@@ -16,7 +16,7 @@
 namespace rulecheck {
 
 // Takes a request to a server and returns its answer.
-using Server = std::function<vok::rulecheck::Response(const vok::rulecheck::Request&)>;
+using Server = std::function<vok::rulecheck::Response(vok::rulecheck::Request)>;
 
 // A server of the program's own, which keeps one session and uses no files.
 Server localServer();

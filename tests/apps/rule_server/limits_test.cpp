@@ -123,12 +123,12 @@ TEST(Limits, CountNoFindingForWhichMemoryIsLacking) {
   rule_server::Budget budget(limits.bytes);
   rule_server::SessionState state(parse<Session>("name: 'n' uuid: 's'"), limits, budget);
   const std::size_t empty = state.bytes;
-  const auto body = parse<CreateViolation>("rule_key: 'R' session_uuid: 's'");
+  auto body = parse<CreateViolation>("rule_key: 'R' session_uuid: 's'");
   const auto rule = rule_server::makeRule(
       "R", parse<RuleSpec>("key: 'R' full_name: '" + std::string(100, 'f') + "'"), limits, budget);
   std::size_t failures = 0;
   for (bool failed = true; failed; ++failures) {
-    Finding finding = makeFinding(rule, body, rule_server::makeViolation(rule->spec, body), budget);
+    Finding finding = makeFinding(rule, "", rule_server::makeViolation(rule->spec, &body), budget);
     const FailingAllocation failing(failures);
     try {
       EXPECT_EQ(1, state.add(std::move(finding), limits));
