@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
+// Benchmarks of the library's messages. With ALTERNATIVES also of other sizes and other libraries.
+
 #include <google/protobuf/arena.h>
 
 #include <memory>
@@ -147,8 +149,6 @@ void requireMeanSize(std::size_t size, std::size_t count, double expected) {
           "messages have " + std::to_string(mean) + " bytes");
 }
 
-}  // namespace
-
 void registerMessages() {
   const std::string violations = bytesOf(makeResult(resultViolations).violations());
   requireMeanSize(violations.size(), resultViolations, 480);
@@ -163,11 +163,24 @@ void registerMessages() {
   registerRequestSerialization();
 }
 
-void registerGrowth() {
+// Results of other sizes.
+[[maybe_unused]] void registerGrowth() {
   for (const int violations : {100, 1000, 100000}) {
     requireSameBytes<SessionResult>(resultBytes(violations));
     registerResult(violations);
   }
 }
 
+}  // namespace
 }  // namespace benchmarks
+
+int main(int count, char** arguments) {
+  return benchmarks::runBenchmarks(count, arguments, [] {
+    benchmarks::registerMessages();
+#ifdef ALTERNATIVES
+    benchmarks::registerGrowth();
+    benchmarks::registerProtozero();
+    benchmarks::registerRapidJson();
+#endif
+  });
+}
