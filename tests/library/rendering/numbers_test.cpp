@@ -12,7 +12,6 @@
 #include <cstdio>
 #include <cstring>
 #include <functional>
-#include <limits>
 #include <locale>
 #include <random>
 #include <string>
@@ -27,7 +26,6 @@ using tests::ProcessLocale;
 using tests::RoundingMode;
 using tests::ThreadLocale;
 using namespace vok::rulecheck;
-using Limits = std::numeric_limits<double>;
 
 std::string rendered(double number) {
   Scalar scalar;
@@ -43,58 +41,12 @@ void expectPrinted(double number) {
 
 void expectRemarkableDoublesPrinted() {
   // The fractions are halves of the last digit, which are rounded to even, and numbers near them.
-  for (const double number : {0.0,
-                              0.5,
-                              1.0,
-                              2.5,
-                              1.5,
-                              350.25,
-                              1.234567,
-                              1e20,
-                              1e22,
-                              1e300,
-                              123456.7890625,
-                              0x1p-21,
-                              0x1p-20,
-                              0.5 + 0x1p-21,
-                              0x1p-7,
-                              3 * 0x1p-7,
-                              5 * 0x1p-7,
-                              0.0000005,
-                              0.0000015,
-                              0.0000025,
-                              0.9999995,
-                              0.99999949999999,
-                              9.9999995,
-                              999999.9999995,
-                              DBL_MAX,
-                              DBL_MIN,
-                              5e-324,
-                              DBL_EPSILON,
-                              4503599627370496.5,
-                              9007199254740993.0,
-                              Limits::infinity(),
-                              Limits::quiet_NaN(),
-                              Limits::signaling_NaN()}) {
+  for (const double number : {0.0, 2.5, 1e20, 1e300, 123456.7890625, 0x1p-21, 0x1.00001p-1, 0x1p-7,
+                              0x1.8p-6, 0.0000005, 0.99999949999999, 999999.9999995, DBL_MAX,
+                              5e-324, 4503599627370496.5, HUGE_VAL, double{NAN}}) {
     expectPrinted(number);
     expectPrinted(-number);
   }
-}
-
-TEST(Doubles, HaveTheExpectedTexts) {
-  const std::pair<double, const char*> rows[] = {
-      {2.5, "2.500000"},
-      {-0.0, "-0.000000"},
-      {0x1p-7, "0.007812"},
-      {3 * 0x1p-7, "0.023438"},
-      {1e20, "100000000000000000000.000000"},
-      {5e-324, "0.000000"},
-      {-Limits::infinity(), "-inf"},
-  };
-  for (const auto& [number, text] : rows) {
-    EXPECT_EQ(rendered(number), text);
-  }
-  EXPECT_EQ(rendered(-DBL_MAX).size(), 317u);
 }
 
 struct Random {
