@@ -1,19 +1,24 @@
 # SPDX-License-Identifier: Apache-2.0
 
-"""The shared object: its names, what it exports and imports, how it is linked."""
+"""The shared object: its names, what it exports and imports, how it is linked, what the loader has
+to do for it, and how large it is."""
 
 import os
 import pathlib
 import platform
 import re
 import subprocess
+import tempfile
 import unittest
 
-from elf import run, symbols
+from elf import own_functions_in, relocations, run, symbols
 
 LIBRARY = pathlib.Path(os.environ["LIBRARY"])
 OBJECTS = [pathlib.Path(name) for name in os.environ["OBJECTS"].split(":")]
 ABI = os.environ["ABI"]
+# The same sources built with CMake's default Release flags; empty where the figures don't hold.
+PLAIN_LIBRARY = os.environ["PLAIN_LIBRARY"]
+REASON_TO_SKIP = "the figures are those of g++, Protocol Buffers 3.21, Release and packed relocations"
 
 
 def object_of(source):
@@ -86,6 +91,38 @@ class Hardening(unittest.TestCase):
         code = run("objdump", "-d", "--no-show-raw-insn", object_of("Converter.cpp"))
         functions = re.findall(r"<(_ZN3vok9rulecheck9Converter\w+)>:\n\s+\w+:\s+(\w+)", code)
         self.assertEqual([instruction for _, instruction in functions], ["endbr64"] * 10)
+
+
+@unittest.skipUnless(PLAIN_LIBRARY, REASON_TO_SKIP)
+class Relocations(unittest.TestCase):
+    def test_with_a_symbol_are_fewer_than_800_and_others_are_packed(self):
+        self.assertIn(len(relocations(LIBRARY)), range(1, 800))
+        self.assertNotIn("R_X86_64_RELATIVE", relocations(LIBRARY))
+        self.assertIn("(RELR)", run("readelf", "-dW", LIBRARY))
+
+
+class StaticObjects(unittest.TestCase):
+    def test_only_the_registration_is_initialized(self):
+        initializers = own_functions_in(LIBRARY, ".init_array")
+        self.assertEqual(len(initializers), 1, initializers)
+        self.assertRegex(initializers[0], r"^_GLOBAL__sub_I.*RuleService\.pb\.cc$")
+
+    def test_none_is_destroyed(self):
+        self.assertEqual(own_functions_in(LIBRARY, ".fini_array"), [])
+        imports = symbols("-D", "--undefined-only", LIBRARY)
+        self.assertEqual([name for name in imports if "atexit" in name], [])
+
+
+@unittest.skipUnless(PLAIN_LIBRARY, REASON_TO_SKIP)
+class Size(unittest.TestCase):
+    def stripped_size(self, path):
+        with tempfile.TemporaryDirectory() as folder:
+            stripped = pathlib.Path(folder) / "stripped.so"
+            run("strip", "-o", stripped, path)
+            return stripped.stat().st_size
+
+    def test_without_symbols_is_at_most_72_percent_of_the_plain_librarys(self):
+        self.assertLessEqual(self.stripped_size(LIBRARY), 0.72 * self.stripped_size(PLAIN_LIBRARY))
 
 
 if __name__ == "__main__":
