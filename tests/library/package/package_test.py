@@ -332,13 +332,6 @@ class Readme(PackageTest):
         self.assertEqual(self.succeed(self.build / "program"), readme("text"))
 
 
-class ReadmeInstallation(PackageTest):
-    def test_its_commands_install_the_library(self):
-        commands = readme("sh", "--install")
-        self.succeed("sh", "-e", "-c", f"cd '{SOURCE}'\n{commands}", env={"HOME": str(self.build)})
-        self.assertTrue(list(self.build.glob("rulecheck/lib*/**/libvok_rulecheck.*")))
-
-
 class Refusals(PackageTest):
     """Configurations that cannot work stop with one sentence."""
 
