@@ -3,6 +3,7 @@
 """The package vok_rulecheck, with the implementation of Python's runtime that the environment names."""
 
 import ast
+import concurrent.futures
 import contextlib
 import doctest
 import importlib
@@ -159,19 +160,13 @@ class Threads(unittest.TestCase):
     def test_render_the_same_messages_at_once(self):
         messages = [pb.Link(link_text=str(size) + "x" * size, url=ANCHOR) for size in range(0, 9000, 300)]
         texts = converter.to_html_many(messages)
-        different = []
 
-        def render():
-            for _ in range(20):
-                if [converter.to_html(message) for message in messages] != texts:
-                    different.append(1)
+        def render(_):
+            return [converter.to_html(message) for message in messages]
 
-        threads = [threading.Thread(target=render) for _ in range(8)]
-        for thread in threads:
-            thread.start()
-        for thread in threads:
-            thread.join()
-        self.assertEqual(different, [])
+        with concurrent.futures.ThreadPoolExecutor(8) as pool:
+            for rendered in pool.map(render, range(160)):
+                self.assertEqual(rendered, texts)
 
 
 class Imports(ProgramTest):
