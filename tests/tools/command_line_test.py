@@ -17,7 +17,7 @@ REFUSED = [
     *(("fuzz", [word], f"unknown argument {word}, {SECONDS}")
       for word in ["--nosuch", "0", "-1", "1.5", "1s", "100000", ""]),
     ("fuzz", ["1", "2"], "unknown argument 2 (see --help)"),
-    ("matrix", ["nosuch"], "no row nosuch (see --list)"),
+    ("matrix", ["nosuch"], f"no row nosuch in {TOOLS}/lib/matrix.txt"),
     ("mutate", ["copy"], "unknown argument copy (see --help)"),
     ("mutate", ["--only"], "--only needs a text (see --help)"),
     ("package", ["deb"], "unknown argument deb (see --help)"),
