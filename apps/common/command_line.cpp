@@ -12,6 +12,15 @@
 #include "common/characters.h"
 
 namespace apps {
+namespace {
+
+// What is wrong. If it is the file of options, its name comes first.
+std::string messageOf(const CLI::App& app, const std::exception& error) {
+  const bool isOfFile = dynamic_cast<const CLI::ConfigError*>(&error) != nullptr;
+  return (isOfFile ? app.get_config_ptr()->as<std::string>() + ": " : "") + error.what();
+}
+
+}  // namespace
 
 int run(CLI::App& app, int argc, const char* const* argv, const std::function<void()>& work) {
   // Protocol Buffers would add lines of its own to an error's.
@@ -25,7 +34,7 @@ int run(CLI::App& app, int argc, const char* const* argv, const std::function<vo
   } catch (const CLI::Success& request) {
     return app.exit(request);
   } catch (const std::exception& error) {
-    std::cerr << app.get_name() << ": " << oneLine(error.what()) << '\n';
+    std::cerr << app.get_name() << ": " << oneLine(messageOf(app, error)) << '\n';
     return dynamic_cast<const CannotRun*>(&error) == nullptr ? 2 : 3;
   }
 }

@@ -134,7 +134,7 @@ std::string readFile(const std::string& path) {
     content.append(buffer.data(), static_cast<std::size_t>(in.gcount()));
   }
   if (!in.is_open() || in.bad()) {
-    throw FileError(path + ": cannot be read");
+    throw FileError(path + ": cannot be read: " + std::generic_category().message(errno));
   }
   return content;
 }

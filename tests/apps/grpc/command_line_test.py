@@ -36,9 +36,9 @@ class BadArguments(ProgramTest):
              "--max-session-bytes: Value 2147483648 not in range 1 to 2147483647"),
             (["--max-bytes", "-1"],
              "--max-bytes: Value -1 not in range 1 to 9223372036854775807"),
-            (["--token-file", "missing"], "missing: cannot be read"),
+            (["--token-file", "missing"], "missing: cannot be read: No such file or directory"),
             (["--token-file", "empty"], "empty: has no token"),
-            (["--certificate", "a.pem", "--key", "a.key"], "a.pem: cannot be read"),
+            (["--certificate", "a.pem", "--key", "a.key"], "a.pem: cannot be read: No such file or directory"),
             (["--certificate", "", "--key", ""], "--certificate: is empty"),
             (["--certificate", "a", "--key", ""], "--key: is empty"),
             (["--certificate", "a", "--key", "b", "--client-ca", ""], "--client-ca: is empty"),
@@ -60,7 +60,7 @@ class BadArguments(ProgramTest):
         self.write("m.v", "module m; endmodule\n")
         server = ["--server", "127.0.0.1:1", "m.v"]
         cases = [
-            ([*server, "--ca", "missing"], "missing: cannot be read"),
+            ([*server, "--ca", "missing"], "missing: cannot be read: No such file or directory"),
             ([*server, "--ca", ""], "--ca: is empty"),
             ([*server, "--ca", "m.v"], "m.v: has no certificate"),
             (["--server", "127.0.0.1", "m.v"],

@@ -167,7 +167,8 @@ TEST_F(DirectoryFiles, TellsNothingOfWhatIsOutside) {
 
 TEST_F(DirectoryFiles, SaysWhatFails) {
   rule_server::DirectoryFiles files(base_ / "inside");
-  EXPECT_EQ("missing: cannot be read", errorOf([&] { files.read("missing"); }));
+  EXPECT_EQ("missing: cannot be read: No such file or directory",
+            errorOf([&] { files.read("missing"); }));
   EXPECT_EQ("missing/file: cannot be written: No such file or directory",
             errorOf([&] { files.write("missing/file", ""); }));
 }
