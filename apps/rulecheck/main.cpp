@@ -6,7 +6,6 @@
 #include <vok/rulecheck/RuleService.pb.h>
 
 #include <CLI/CLI.hpp>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -36,7 +35,7 @@ using rulecheck::Violations;
 using vok::rulecheck::SessionResult;
 using vok::rulecheck::Violation;
 
-// Those of one command, and what it reads.
+// Those of the command, and what it reads.
 struct Options {
   std::string result;
   std::string baseline;
@@ -82,9 +81,8 @@ void addResult(CLI::App* command, const char* name, std::string* path) {
 }
 
 CLI::Option* addOutput(CLI::App* command, Options& options) {
-  return command
-      ->add_option("-o,--output", options.output, "The file to write; - is the standard output")
-      ->capture_default_str();
+  return command->add_option("-o,--output", options.output,
+                             "The file to write; - is the standard output");
 }
 
 using Conversion = std::function<std::string(const SessionResult&, const SessionResult* baseline)>;
@@ -93,7 +91,7 @@ CLI::App* addConversion(CLI::App& app, const char* name, const char* description
                         const char* example, Options& options, const Conversion& convert) {
   CLI::App* command = addCommand(app, name, description, example, options);
   addResult(command, "RESULT", &options.result);
-  addOutput(command, options);
+  addOutput(command, options)->capture_default_str();
   command->callback([&options, convert] {
     options.checkOutput();
     const SessionResult& result = *options.read(options.result);
@@ -145,20 +143,14 @@ std::string linesOf(const SessionResult& result) {
   return text;
 }
 
-void addText(CLI::App& app, Options& options) {
+void addTexts(CLI::App& app, Options& options) {
   addConversion(app, "text", "Writes a result as lines like those of a compiler",
                 "rulecheck text result.pb", options,
                 [](const SessionResult& result, const SessionResult*) { return linesOf(result); });
-}
-
-void addJson(CLI::App& app, Options& options) {
   addConversion(app, "json", "Writes a result as JSON", "rulecheck json result.pb | jq .violations",
                 options, [](const SessionResult& result, const SessionResult*) {
                   return apps::encodeFor("-.json", result);
                 });
-}
-
-void addSarif(CLI::App& app, Options& options) {
   addConversion(app, "sarif", "Writes a result as SARIF 2.1.0",
                 "rulecheck sarif result.pb -o result.sarif", options, rulecheck::toSarif)
       ->add_option("--baseline", options.baseline,
@@ -201,7 +193,7 @@ void addDiff(CLI::App& app, Options& options) {
                                  "rulecheck diff yesterday.pb today.pb", options);
   addResult(command, "OLD", &options.baseline);
   addResult(command, "NEW", &options.result);
-  addOutput(command, options);
+  addOutput(command, options)->capture_default_str();
   command->add_flag("--quiet", options.quiet, "Print the counts only");
   command->callback([&options] {
     options.checkOutput();
@@ -291,6 +283,14 @@ void addGate(CLI::App& app, Options& options) {
   command->callback([&options] { gate(options); });
 }
 
+// Without this, the error would list the arguments of the command, too.
+void checkCommand(const CLI::App& app, const std::string& name) {
+  const auto isNamed = [&name](const CLI::App* command) { return command->get_name() == name; };
+  if (name.compare(0, 1, "-") != 0 && app.get_subcommands(isNamed).empty()) {
+    throw std::runtime_error(name + ": unknown command (see --help)");
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -305,17 +305,15 @@ int main(int argc, char** argv) {
       "Exit status: 0 fine, 1 the gate failed, 2 wrong use or unreadable input, 3 a program could "
       "not be run, or there is no connection to the server.\n"
       "\"rulecheck COMMAND --help\" has the options of a command.");
+  app.preparse_callback([&](std::size_t count) { checkCommand(app, count == 0 ? "-" : argv[1]); });
   rulecheck::addLint(app);
-  // Of the commands below, in their order.
-  std::array<Options, 8> options;
-  addHtml(app, options[0]);
-  addText(app, options[1]);
-  addJson(app, options[2]);
-  addSarif(app, options[3]);
-  addImport(app, options[4]);
-  addMerge(app, options[5]);
-  addDiff(app, options[6]);
-  addGate(app, options[7]);
+  Options options;
+  addHtml(app, options);
+  addTexts(app, options);
+  addImport(app, options);
+  addMerge(app, options);
+  addDiff(app, options);
+  addGate(app, options);
   rulecheck::addSend(app);
   rulecheck::addServe(app);
   const int status = apps::run(app, argc, argv, [&app] {
@@ -323,5 +321,5 @@ int main(int argc, char** argv) {
       throw std::runtime_error("a command is required (see --help)");
     }
   });
-  return status == 0 ? options.back().status : status;
+  return status == 0 ? options.status : status;
 }

@@ -39,7 +39,7 @@ namespace fs = std::filesystem;
 struct LintOptions {
   std::string verilator = "verilator";
   std::vector<std::string> arguments;
-  std::vector<std::string> severities;
+  std::vector<std::pair<std::string, Violation_Severity>> severities;
   std::vector<std::string> waivers;
   std::string output;
   std::string format;
@@ -49,10 +49,8 @@ struct LintOptions {
   std::string serverOutput;
 };
 
-// Of each rule that they name. Throws std::runtime_error if a text is malformed or names no rule.
-std::map<std::string, Violation_Severity> severitiesIn(const std::vector<std::string>& texts,
-                                                       const Catalog& rules) {
-  std::map<std::string, Violation_Severity> severities;
+// Notes the name and the severity in each text.
+void addSeverities(const std::vector<std::string>& texts, LintOptions* options) {
   for (const std::string& text : texts) {
     const std::size_t equals = text.find('=');
     const auto severity = severityNamed(equals == std::string::npos ? "" : text.substr(equals + 1));
@@ -60,13 +58,22 @@ std::map<std::string, Violation_Severity> severitiesIn(const std::vector<std::st
       throw std::runtime_error("--severity " + text + ": expected RULE=LEVEL, with one of " +
                                severityNames());
     }
-    const std::string name = text.substr(0, equals);
+    options->severities.emplace_back(text.substr(0, equals), *severity);
+  }
+}
+
+// Of each rule that the options name. Throws std::runtime_error if a name is that of no rule.
+std::map<std::string, Violation_Severity> severitiesIn(const LintOptions& options,
+                                                       const Catalog& rules) {
+  std::map<std::string, Violation_Severity> severities;
+  for (const auto& [name, severity] : options.severities) {
     const std::vector<std::string> named = rulesNamed(name, rules);
     if (name.empty() || named.empty()) {
-      throw std::runtime_error("--severity " + text + ": Verilator has no such rule");
+      throw std::runtime_error("--severity " + name + '=' + levelOf(severity).slug +
+                               ": Verilator has no such rule");
     }
     for (const std::string& rule : named) {
-      severities[rule] = *severity;
+      severities[rule] = severity;
     }
   }
   return severities;
@@ -76,7 +83,7 @@ std::map<std::string, Violation_Severity> severitiesIn(const std::vector<std::st
 std::vector<CreateViolation> violationsOf(const LintOptions& options, Catalog* rules) {
   std::vector<CreateViolation> violations = lint(options.verilator, options.arguments, *rules);
   addMissingRules(violations, rules);
-  const auto severities = severitiesIn(options.severities, *rules);
+  const auto severities = severitiesIn(options, *rules);
   for (const auto& [rule, severity] : severities) {
     rules->at(rule).set_severity(severity);
   }
@@ -224,8 +231,10 @@ void addLint(CLI::App& app) {
   command->add_option("--verilator", options->verilator, "The Verilator program to run")
       ->capture_default_str();
   command
-      ->add_option("--severity", options->severities,
-                   "How serious a rule is: RULE=LEVEL; lint, style and UNUSED mean several")
+      ->add_option_function<std::vector<std::string>>(
+          "--severity",
+          [options](const std::vector<std::string>& texts) { addSeverities(texts, options.get()); },
+          "How serious a rule is: RULE=LEVEL; lint, style and UNUSED mean several")
       ->allow_extra_args(false);
   command
       ->add_option("--waivers", options->waivers, "A file of findings to accept; may be repeated")

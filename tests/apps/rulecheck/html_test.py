@@ -69,7 +69,8 @@ class BadInput(RulecheckTest):
     def test_arguments(self):
         self.assert_error("RESULT is required", "html")
         self.assert_error("a command is required")
-        self.assert_error("nosuch", "nosuch")
+        self.assert_error("nosuch: unknown command (see --help)", "nosuch", "-o", "x")
+        self.assert_error("--nosuch", "--nosuch")
 
     def test_a_page_stays_if_there_is_no_new_one(self):
         output = self.write("page.html", "before")

@@ -54,7 +54,8 @@ class BadArguments(RulecheckTest):
             (["lint", "m.v"], "--output is required"),
             ([*fine, "--severity", "WIDTH", "m.v"], "--severity WIDTH: expected RULE=LEVEL, with "
              "one of fatal, error, critical-warning, warning, advisory"),
-            ([*fine, "--severity", "WIDTH=bad", "m.v"], "--severity WIDTH=bad: expected"),
+            (["lint", "--verilator", "./missing", "-o", "result.pb", "--severity", "WIDTH=bad", "m.v"],
+             "--severity WIDTH=bad: expected"),
             ([*fine, "--waivers", "missing", "m.v"], "missing: cannot be read"),
             ([*fine, "--waivers", "broken", "m.v"], "broken:1: expected RULE FILE"),
             ([*fine, "--waivers", "regex", "m.v"], "regex:1: match=(: missing )"),
@@ -63,7 +64,7 @@ class BadArguments(RulecheckTest):
             *(([*fine, "--severity", f"{name}=error", "m.v"],
                f"--severity {name}=error: Verilator has no such rule")
               for name in ["WITDH", "width", ""]),
-            ([*fine, "--config", "keys", "m.v"], "severty"),
+            ([*fine, "--config", "keys", "m.v"], "keys: INI was not able to parse lint.severty"),
             ([*fine, "--html", "./result.pb", "m.v"], "--html ./result.pb: is the output"),
             ([*fine[:-1], "result.xml", "m.v"], "result.xml: unknown extension"),
             ([*fine[:-1], ".", "m.v"], "unknown extension"),
