@@ -104,62 +104,6 @@ class ReadRequests(RecipeTest):
         self.assertEqual((ended.returncode, ended.stdout), (1, b"a bad request\n"))
 
 
-class MergeResults(RecipeTest):
-    FIRST = """
-        session { name: "first" build_target: "hw" } violation_count: 7
-        violations { hashmap { key: 1 value { id: 1 severity: SEV_ERROR rule_key: "W" } }
-                     hashmap { key: 4 value { id: 2 severity: SEV_FATAL } } }
-        waived_violations { hashmap { key: 3 value { id: 3 severity: SEV_ERROR } } }
-        affirmations { hashmap { key: 5 value { id: 5 } } }
-        specs_violated { hashmap { key: "W" value { key: "W" full_name: "as the first has it" } } }"""
-    SECOND = """
-        session { name: "second" }
-        violations { hashmap { key: 5 value { id: 5 severity: SEV_WARNING build_target: "sw" } }
-                     hashmap { key: -1 value { id: -1 severity: SEV_ERROR rule_key: "W" } } }
-        waived_violations { hashmap { key: 1 value { id: 1 severity: SEV_ERROR } } }
-        affirmations { hashmap { key: 2147483647 value { id: 2147483647 rule_key: "A" } } }
-        specs_violated { hashmap { key: "W" value { key: "W" full_name: "as the second has it" } } }
-        specs_affirmed { hashmap { key: "A" value { key: "A" full_name: "a" } } }"""
-    MERGED = """
-        session { name: "first" build_target: "hw" }
-        violation_count: 4 waived_count: 2 affirmation_count: 2
-        violations { hashmap { key: 1 value { id: 1 severity: SEV_ERROR rule_key: "W" } }
-                     hashmap { key: 4 value { id: 2 severity: SEV_FATAL } }
-                     hashmap { key: 6 value { id: 6 severity: SEV_ERROR rule_key: "W"
-                                              build_target: "" } }
-                     hashmap { key: 7 value { id: 7 severity: SEV_WARNING build_target: "sw" } } }
-        waived_violations { hashmap { key: 3 value { id: 3 severity: SEV_ERROR } }
-                            hashmap { key: 8 value { id: 8 severity: SEV_ERROR build_target: "" } } }
-        affirmations { hashmap { key: 5 value { id: 5 } }
-                       hashmap { key: 9 value { id: 9 rule_key: "A" build_target: "" } } }
-        specs_violated { hashmap { key: "W" value { key: "W" full_name: "as the first has it" } } }
-        specs_affirmed { hashmap { key: "A" value { key: "A" full_name: "a" } } }"""
-
-    def merged(self, *texts):
-        """The canonical text of results that have been merged."""
-        files = [self.result_file(f"{number}.pb", text) for number, text in enumerate(texts)]
-        status, out, error = self.run_recipe("merge_results", *files)
-        self.assertEqual((status, error), (0, b""), out)
-        return out.decode()
-
-    def test_findings_get_numbers_of_their_own(self):
-        self.assertEqual(self.merged(self.FIRST, self.SECOND), self.merged(self.MERGED))
-
-    def test_a_session_of_the_same_target_needs_no_mention_of_it(self):
-        one = 'session { name: "n" build_target: "hw" } affirmations { hashmap { key: 1 value { id: 1 } } }'
-        self.assertNotIn("    build_target", self.merged(one, one))
-
-    def test_bad_input(self):
-        good = self.result_file("good.pb", self.FIRST)
-        for about, content in (("incomplete", b""), ("malformed", b"\x0a\x7f"), ("missing", None)):
-            with self.subTest(about):
-                path = self.folder / about
-                if content is not None:
-                    path.write_bytes(content)
-                self.assertEqual(self.run_recipe("merge_results", good, path),
-                                 (1, f"{path} is no result\n".encode(), b""))
-
-
 class PrintMessage(RecipeTest):
     def test_results(self):
         named = self.encoded("SessionResult", 'session { name: "a" } violation_count: 2')

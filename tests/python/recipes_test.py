@@ -22,7 +22,8 @@ class RecipeTest(ProgramTest):
         return ended.stdout
 
     def write_result(self, name, *violations):
-        """A result whose violations, numbered from 1, have a severity, and modules of their places."""
+        """A result whose violations, numbered from 1, have a severity, and modules of their places. The
+        affirmation after them has another id than its key."""
         result = pb.SessionResult(session=pb.Session(name=name, build_target=f"of {name}"))
         result.specs_violated.hashmap["WIDTH"].full_name = name
         result.specs_violated.hashmap["WIDTH"].key = "WIDTH"
@@ -32,6 +33,7 @@ class RecipeTest(ProgramTest):
             violation.details.text = f"<{name}>"
             for module in modules:
                 violation.details.args.arg.add(ref=pb.Reference(type=pb.Reference.HIERARCHY, name=module))
+        result.affirmations.hashmap[len(violations) + 1].id = len(violations) + 2
         (self.folder / name).write_bytes(result.SerializeToString())
 
     def read_result(self, name):
@@ -60,8 +62,9 @@ class Postprocess(RecipeTest):
         out = self.read_result("out")
         self.assertEqual({number: (found.id, found.details.text, found.build_target)
                           for number, found in out.violations.hashmap.items()},
-                         {1: (1, "<a>", ""), 3: (3, "<a>", ""), 4: (4, "<b>", "of b")})
-        self.assertEqual((out.session.name, out.violation_count, out.affirmation_count), ("a", 3, 0))
+                         {1: (1, "<a>", ""), 3: (3, "<a>", ""), 6: (6, "<b>", "of b")})
+        self.assertEqual({number: found.id for number, found in out.affirmations.hashmap.items()}, {4: 5, 8: 8})
+        self.assertEqual((out.session.name, out.violation_count, out.affirmation_count), ("a", 3, 2))
         self.assertEqual(out.specs_violated.hashmap["WIDTH"].full_name, "a")
 
 
