@@ -104,17 +104,17 @@ const Format& formatOf(const std::string& path) {
       return format;
     }
   }
-  throw FileError(path +
-                  ": unknown extension, expected .pb, .bin, .txtpb, .textproto, .txt or .json");
+  throw FormatError(path +
+                    ": unknown extension, expected .pb, .bin, .txtpb, .textproto, .txt or .json");
 }
 
 void checkEncodable(const std::string& path, const google::protobuf::Message& message) {
   if (!message.IsInitialized()) {
-    throw FileError(path + ": missing " + message.InitializationErrorString());
+    throw FormatError(path + ": missing " + message.InitializationErrorString());
   }
   // The conversion to JSON takes a message that is too long for an empty one.
   if (message.ByteSizeLong() > std::numeric_limits<std::int32_t>::max()) {
-    throw FileError(path + ": the message has more than 2 GiB");
+    throw FormatError(path + ": the message has more than 2 GiB");
   }
 }
 
@@ -153,7 +153,7 @@ std::string encodeFor(const std::string& path, const google::protobuf::Message& 
   checkEncodable(path, message);
   std::string content;
   if (!format.encode(message, &content)) {
-    throw FileError(path + ": the message cannot be written in this format");
+    throw FormatError(path + ": the message cannot be written in this format");
   }
   return content;
 }
@@ -162,10 +162,10 @@ void decodeFrom(const std::string& path, const std::string& content,
                 google::protobuf::Message* message) {
   const std::string error = formatOf(path).decode(content, message);
   if (!error.empty()) {
-    throw FileError(path + ": " + error);
+    throw FormatError(path + ": " + error);
   }
   if (!message->IsInitialized()) {
-    throw FileError(path + ": missing " + message->InitializationErrorString());
+    throw FormatError(path + ": missing " + message->InitializationErrorString());
   }
 }
 

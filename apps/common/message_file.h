@@ -6,7 +6,8 @@
 //   .txtpb .textproto .txt    text format
 //   .json                     JSON
 //
-// Failures throw FileError, whose text names the file.
+// Failures throw FileError, whose text names the file: FormatError if its name or content, or
+// the message, is the reason.
 
 #ifndef VOK_APPS_COMMON_MESSAGE_FILE_H_
 #define VOK_APPS_COMMON_MESSAGE_FILE_H_
@@ -22,6 +23,11 @@ namespace apps {
 class FileError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
+};
+
+class FormatError : public FileError {
+ public:
+  using FileError::FileError;
 };
 
 // The whole content of a file.

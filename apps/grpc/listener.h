@@ -20,7 +20,7 @@
 #include <vector>
 
 #include "common/descriptor.h"
-#include "grpc/address.h"
+#include "grpc/security.h"
 
 namespace rule_grpc {
 

@@ -11,7 +11,6 @@
 #include <utility>
 
 #include "common/command_line.h"
-#include "grpc/address.h"
 #include "rule_server/envelope.h"
 
 namespace rule_grpc {

@@ -2,12 +2,16 @@
 
 #include "grpc/security.h"
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
 #include <openssl/bio.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/types.h>
 #include <openssl/x509.h>
+#include <re2/re2.h>
+#include <sys/socket.h>
 
 #include <initializer_list>
 #include <stdexcept>
@@ -15,7 +19,6 @@
 
 #include "common/command_line.h"
 #include "common/message_file.h"
-#include "grpc/address.h"
 
 namespace rule_grpc {
 namespace {
@@ -72,6 +75,30 @@ grpc::SslServerCredentialsOptions::PemKeyCertPair ownPair(const Security& securi
 }
 
 }  // namespace
+
+Address parseAddress(const std::string& text) {
+  constexpr int kHighestPort = 65535;
+  Address address;
+  // gRPC's clients take a name after two slashes for a host.
+  if (RE2::FullMatch(text, R"(unix:([^%?#,[:cntrl:]]+))", &address.path) &&
+      !RE2::FullMatch(address.path, "//([^/].*)?")) {
+    return address;
+  }
+  if ((RE2::FullMatch(text, R"(([\w.-]+):(\d{1,5}))", &address.host, &address.port) ||
+       RE2::FullMatch(text, R"(\[([\w:.%]+)\]:(\d{1,5}))", &address.host, &address.port)) &&
+      std::stoi(address.port) <= kHighestPort) {
+    return address;
+  }
+  throw std::runtime_error(text + ": not an address, expected HOST:PORT or unix:PATH");
+}
+
+bool isOfThisHost(const Address& address) {
+  in_addr number{};
+  if (inet_pton(AF_INET, address.host.c_str(), &number) == 1) {
+    return ntohl(number.s_addr) >> 24U == IN_LOOPBACKNET;
+  }
+  return !address.path.empty() || address.host == "localhost" || address.host == "::1";
+}
 
 void define(CLI::App& app, const std::string& authorityOption, const std::string& authorityHelp,
             Security& security) {

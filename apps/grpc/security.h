@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Who may listen to a conversation, and who takes part: the options about TLS, and
-// what gRPC makes of them.
+// Where a conversation takes place, who may listen to it and who takes part: addresses,
+// the options about TLS, and what gRPC makes of them.
 
 #ifndef VOK_APPS_GRPC_SECURITY_H_
 #define VOK_APPS_GRPC_SECURITY_H_
@@ -13,6 +13,21 @@
 #include <string>
 
 namespace rule_grpc {
+
+// Where a server listens: HOST:PORT, [IPV6]:PORT or unix:PATH.
+struct Address {
+  std::string host;  // without brackets; empty for unix:
+  std::string port;
+  std::string path;  // of the socket; empty without unix:
+};
+
+// Throws std::runtime_error for any other text: a port must be there, as gRPC would
+// make it 443 otherwise, and be at most 65535. A path of unix: has no byte that a
+// client's gRPC takes for something else: '%', '?', '#', ',' and control characters.
+Address parseAddress(const std::string& text);
+
+// Whether the address can only be this host's: unix:, localhost, or a loopback number.
+bool isOfThisHost(const Address& address);
 
 // Names of files in PEM format; empty if they are not given, which define() sees to.
 struct Security {

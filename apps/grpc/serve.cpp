@@ -30,7 +30,6 @@
 #include "grpc/listener.h"
 #include "grpc/rule_check_service.h"
 #include "grpc/security.h"
-#include "rule_server/environment.h"
 #include "rule_server/files.h"
 #include "rule_server/limits.h"
 #include "rule_server/rule_server.h"

@@ -6,12 +6,14 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <exception>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <new>
+#include <random>
 #include <set>
 #include <utility>
 #include <vector>
@@ -51,37 +53,11 @@ const std::string& dataFile(const Body& body) {
   return pathOf(body.data_file());
 }
 
-// Calls work, and gives the code to its failure to do something with a file.
-template <typename Work>
-auto failingAs(ErrorCode code, Work work) {
-  try {
-    return work();
-  } catch (const apps::FileError& error) {
-    throw Failure(code, error.what());
-  }
-}
-
-std::string encoded(const std::string& path, const google::protobuf::Message& message) {
-  return failingAs(ErrorCode::FileFormat, [&] { return apps::encodeFor(path, message); });
-}
-
-RuleSpecMap decoded(const std::string& path, const std::string& content) {
-  return failingAs(ErrorCode::FileFormat, [&] {
-    RuleSpecMap rules;
-    apps::decodeFrom(path, content, &rules);
-    return rules;
-  });
-}
-
 void checkReportName(const std::string& path) {
   const std::string extension = std::filesystem::path(path).extension().string();
   if (extension != ".html" && extension != ".htm") {
     throw Failure(ErrorCode::FileFormat, path + ": a report has the extension .html or .htm");
   }
-}
-
-void write(Files& files, const std::string& path, const std::string& content) {
-  failingAs(ErrorCode::FileAccess, [&] { files.write(path, content); });
 }
 
 // Takes as long wherever the texts differ: otherwise the time of a refusal would tell
@@ -101,6 +77,26 @@ std::string counted(std::size_t count) {
 
 }  // namespace
 
+std::int64_t millisecondsSince1970() {
+  using std::chrono::milliseconds;
+  const auto time = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<milliseconds>(time).count();
+}
+
+std::string randomUuid() {
+  std::string uuid = "xxxxxxxx-xxxx-4xxx-yxxx-xxxxxxxxxxxx";
+  std::random_device random;
+  for (char& c : uuid) {
+    const std::size_t digit = random() % 16;
+    if (c == 'x') {
+      c = "0123456789abcdef"[digit];
+    } else if (c == 'y') {
+      c = "89ab"[digit % 4];
+    }
+  }
+  return uuid;
+}
+
 Server::Server(Environment environment)
     : environment_(std::move(environment)), budget_(environment_.limits.bytes) {
   // By default malloc keeps freed small pieces apart, and joins all of them in its next large
@@ -117,6 +113,10 @@ Response Server::handle(Request request) {
     return perform(&request);
   } catch (const Failure& failure) {
     return respond(failure.code(), failure.what());
+  } catch (const apps::FormatError& error) {
+    return respond(ErrorCode::FileFormat, error.what());
+  } catch (const apps::FileError& error) {
+    return respond(ErrorCode::FileAccess, error.what());
   } catch (const std::bad_alloc&) {
     return respond(ErrorCode::LimitExceeded, "the server has no memory left: try again later");
   } catch (const std::exception& error) {
@@ -218,8 +218,8 @@ Response Server::perform(const vok::rulecheck::LoadRuleDataFile& body) {
   Selection selection(body);
   const std::string& path = dataFile(body);
   const std::lock_guard<std::mutex> filesLock(filesMutex_);
-  const RuleSpecMap given =
-      decoded(path, failingAs(ErrorCode::FileAccess, [&] { return files().read(path); }));
+  RuleSpecMap given;
+  apps::decodeFrom(path, files().read(path), &given);
   std::vector<Rule> rules;
   std::map<std::string, Failure> refused;
   const auto unlessRefused = [&refused](const std::string& key, const auto& work) {
@@ -321,13 +321,13 @@ Response Server::perform(const vok::rulecheck::WriteReport& body) {
   const SessionResult result = resultOf(shot);
   std::vector<std::pair<std::string, std::string>> contents;
   if (about.has_proto_file()) {
-    contents.emplace_back(protoFile, encoded(protoFile, result));
+    contents.emplace_back(protoFile, apps::encodeFor(protoFile, result));
   }
   if (about.has_report_file()) {
     contents.emplace_back(reportFile, environment_.page(result));
   }
   for (const auto& [path, content] : contents) {
-    write(files(), path, content);
+    files().write(path, content);
   }
   return respond("report written");
 }
@@ -343,7 +343,7 @@ Response Server::perform(const vok::rulecheck::DumpRules& body) {
   const auto isLeftOut = [&](const Rule& rule) { return !selection.matches(rule->spec.key()); };
   rules.erase(std::remove_if(rules.begin(), rules.end(), isLeftOut), rules.end());
   checkText(path, bytesOf(rules));
-  write(files(), path, encoded(path, specsOf(rules)));
+  files().write(path, apps::encodeFor(path, specsOf(rules)));
   return respond(counted(rules.size()) + " written");
 }
 

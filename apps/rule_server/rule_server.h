@@ -9,12 +9,13 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
 
 #include "rule_server/catalog.h"
-#include "rule_server/environment.h"
 #include "rule_server/files.h"
 #include "rule_server/limits.h"
 #include "rule_server/sessions.h"
@@ -24,6 +25,26 @@ namespace rule_server {
 // The longest request that a transport accepts, in bytes. Parsed, hostile bytes take up to 58
 // times their length in memory.
 constexpr std::size_t kMaxRequestBytes = 1U << 20;
+
+// In UTC.
+std::int64_t millisecondsSince1970();
+// In the form of a random (version 4) identifier.
+std::string randomUuid();
+
+// What the server gets from the program that it runs in. A function that fails throws a
+// std::exception; the request in progress is then answered with ErrorCode::Internal.
+struct Environment {
+  // What EXCHANGE_TOKEN and STOP_SERVER have to bring. Empty: nothing suits.
+  std::string token;
+  // Outlives the server. Null: requests that name files are refused.
+  Files* files = nullptr;
+  std::function<std::int64_t()> now = millisecondsSince1970;
+  // A universally unique identifier.
+  std::function<std::string()> newUuid = randomUuid;
+  // The report of a session, as a page.
+  std::function<std::string(const vok::rulecheck::SessionResult&)> page;
+  Limits limits;
+};
 
 // Thread-safe; a long request delays no other. Each function of the environment is
 // called by one thread at a time.

@@ -8,7 +8,6 @@
 #include <string>
 #include <utility>
 
-#include "rule_server/environment.h"
 #include "rule_server/rule_server.h"
 
 namespace rulecheck {
@@ -75,10 +74,7 @@ void finish(const Server& server, const Session& session, bool writes, SessionRe
 }  // namespace
 
 Server localServer() {
-  rule_server::Environment environment;
-  environment.now = rule_server::millisecondsSince1970;
-  environment.newUuid = rule_server::randomUuid;
-  const auto server = std::make_shared<rule_server::Server>(environment);
+  const auto server = std::make_shared<rule_server::Server>(rule_server::Environment());
   return [server](Request request) { return server->handle(std::move(request)); };
 }
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "grpc/address.h"
+#include "grpc/security.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include <map>
 #include <string>
 
-#include "rule_server/environment.h"
 #include "rule_server/files.h"
+#include "rule_server/rule_server.h"
 
 namespace tests {
 

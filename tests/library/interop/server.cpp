@@ -10,9 +10,7 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
-#include <string>
 
-#include "rule_server/environment.h"
 #include "rule_server/rule_server.h"
 
 int main() {
@@ -21,8 +19,6 @@ int main() {
     rule_server::DirectoryFiles files(".");
     rule_server::Environment environment;
     environment.files = &files;
-    environment.now = [] { return 1700000000123; };
-    environment.newUuid = [] { return std::string("made by the server"); };
     rule_server::Server server(environment);
     pb::io::IstreamInputStream in(&std::cin);
     vok::rulecheck::Request request;
