@@ -2,6 +2,7 @@
 
 // Benchmarks Converter against other styles of rendering: single calls, and the texts of findings.
 
+#include <google/protobuf/text_format.h>
 #include <vok/rulecheck/Converter.h>
 
 #include <algorithm>
@@ -27,43 +28,32 @@ constexpr std::size_t hotFindings = 100;
 
 const auto keepText = [](std::string text) { benchmark::DoNotOptimize(text); };
 
-struct Samples {
-  Samples();
-
-  Resource file;
-  Resource page;
-  Link link;
-  Reference reference;
-  Arg toReference;
-  Arg toLink;
-  Arg toList;
-  Scalar integer;
-  Scalar number;
-};
-
-Samples::Samples() {
-  file.set_scheme(Resource::FILE);
-  file.set_path("/proj/soc/rtl/crossbar/crossbar_12.v");
-  file.set_fragment("L1207");
-  page.set_scheme(Resource::HTTP);
-  page.set_host("docs.example");
-  page.set_path("/rules/TIMING-104.html");
-  page.set_fragment("arbiter");
-  link.set_link_text("Design rules");
-  *link.mutable_url() = page;
-  reference.set_type(Reference::PORT);
-  reference.set_name("crossbar_12/wr_data");
-  *reference.mutable_url() = file;
-  *toReference.mutable_ref() = reference;
-  *toLink.mutable_uri() = link;
-  for (int i = 0; i < 4; ++i) {
-    *toList.mutable_refs()->add_ref() = reference;
-  }
-  integer.set_int_val(1024);
-  integer.set_units("bits");
-  number.set_double_val(350.25);
-  number.set_units("MHz");
+template <typename Message>
+Message parse(const std::string& text) {
+  Message message;
+  require(google::protobuf::TextFormat::ParseFromString(text, &message), text);
+  return message;
 }
+
+const std::string fileText =
+    "scheme: FILE path: '/proj/soc/rtl/crossbar/crossbar_12.v' fragment: 'L1207' ";
+const std::string pageText =
+    "scheme: HTTP host: 'docs.example' path: '/rules/TIMING-104.html' fragment: 'arbiter' ";
+const std::string linkText = "link_text: 'Design rules' url { " + pageText + "} ";
+const std::string portText = "type: PORT name: 'crossbar_12/wr_data' url { " + fileText + "} ";
+const std::string member = "ref { " + portText + "} ";
+
+struct Samples {
+  Resource file = parse<Resource>(fileText);
+  Resource page = parse<Resource>(pageText);
+  Link link = parse<Link>(linkText);
+  Reference reference = parse<Reference>(portText);
+  Arg toReference = parse<Arg>(member);
+  Arg toLink = parse<Arg>("uri { " + linkText + "}");
+  Arg toList = parse<Arg>("refs { " + member + member + member + member + "}");
+  Scalar integer = parse<Scalar>("int_val: 1024 units: 'bits'");
+  Scalar number = parse<Scalar>("double_val: 350.25 units: 'MHz'");
+};
 
 // Calls add(name, call) for each of the calls.
 template <typename Renderer, typename Add>
