@@ -23,11 +23,13 @@
 namespace apps {
 namespace {
 
+// The message's size has been asked for, and isn't computed again.
 bool writeBinary(const google::protobuf::Message& message,
                  google::protobuf::io::ZeroCopyOutputStream* sink) {
   google::protobuf::io::CodedOutputStream out(sink);
   out.SetSerializationDeterministic(true);
-  return message.SerializeToCodedStream(&out);
+  message.SerializeWithCachedSizes(&out);
+  return !out.HadError();
 }
 
 bool encodeBinary(const google::protobuf::Message& message, std::string* bytes) {

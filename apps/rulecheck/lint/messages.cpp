@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
+#include <cstdlib>
 #include <map>
 #include <set>
 #include <sstream>
@@ -122,9 +123,9 @@ void addAll(const std::vector<Element>& elements, Element* (vok::rulecheck::Arg:
   }
 }
 
-CreateViolation violationOf(const Message& message, const fs::path& directory) {
+CreateViolation violationOf(Message message, const fs::path& directory) {
   using vok::rulecheck::Arg;
-  CreateViolation body = message.body;
+  CreateViolation body = std::move(message.body);
   ArgList* args = body.mutable_args();
   if (message.place.file.empty()) {
     args->add_arg()->set_string_val("design");
@@ -154,7 +155,6 @@ class Reader {
 
   void read(const std::string& line) {
     static const RE2 header(R"(%(Warning|Error)(?:-([^ :]+))?: )", RE2::Latin1);
-    static const RE2 excerpt(R"( +(?:(\d{1,9}) )?\| ?)", RE2::Latin1);
     StringPiece rest = line;
     std::string kind;
     std::string code;
@@ -162,22 +162,20 @@ class Reader {
       begin(kind == "Error", code, rest);
     } else if (line.compare(0, 7, "-Info: ") == 0) {
       isOpen_ = false;
-    } else if (isOpen_ && line[0] == ' ') {
-      std::string number;
-      if (RE2::Consume(&rest, excerpt, &number)) {
-        addExcerpt(number, rest.as_string());
-      } else {
+    } else if (isOpen_ && !takeExcerpt(line)) {
+      if (line[0] == ' ') {
         addNote(line);
+      } else {
+        messages_.back().text += '\n' + line;
       }
-    } else if (isOpen_) {
-      messages_.back().text += '\n' + line;
     }
   }
 
-  std::vector<CreateViolation> violations() const {
+  std::vector<CreateViolation> takeViolations() {
     std::vector<CreateViolation> violations;
-    for (const Message& message : messages_) {
-      violations.push_back(violationOf(message, directory_));
+    violations.reserve(messages_.size());
+    for (Message& message : messages_) {
+      violations.push_back(violationOf(std::move(message), directory_));
     }
     return violations;
   }
@@ -207,12 +205,21 @@ class Reader {
     messages_.push_back(std::move(message));
   }
 
-  // The first line of source code is that of the message's own place.
-  void addExcerpt(const std::string& number, const std::string& source) {
-    Place& place = messages_.back().place;
-    if (place.source.empty() && number == std::to_string(place.line)) {
-      place.source = source;
+  // Takes a line of source code, "   12 | text", or the one below that marks a place in it. The
+  // first is that of the message's own place. The number has five columns, or more if it needs
+  // them.
+  bool takeExcerpt(const std::string& line) {
+    constexpr std::size_t kLeastBar = 6;
+    const std::size_t bar = line.find_first_not_of(" 0123456789");
+    if (bar == std::string::npos || bar < kLeastBar || line[bar] != '|') {
+      return false;
     }
+    Place& place = messages_.back().place;
+    if (place.source.empty() && std::atoi(line.c_str()) == place.line) {
+      const std::size_t blank = line.compare(bar + 1, 1, " ") == 0 ? 1 : 0;
+      place.source = line.substr(bar + 1 + blank);
+    }
+    return true;
   }
 
   // An indented line: ": ... text", "file:line:column: ... text" or "... text". Any
@@ -254,7 +261,7 @@ std::vector<CreateViolation> parseMessages(const std::string& output, const fs::
   for (std::string line; std::getline(lines, line);) {
     reader.read(line);
   }
-  return reader.violations();
+  return reader.takeViolations();
 }
 
 std::vector<Reference> namedObjects(const std::string& text) {

@@ -25,6 +25,10 @@ OUTPUTS = {
     "an excerpt of the source": (
         "%Warning-X: a.v:12:3: text\n   12 |   assign a = b | c;\n      |   ^~~~~~\n 1234 |\n",
         "warning X: [a.v:12:3] text\n"),
+    "an excerpt of a long source": (
+        "%Warning-X: a.v:12345:3: text\n12345 |   assign a = b;\n      |          ^\n123456 | wire a;\n",
+        "warning X: [a.v:12345:3] text\n"),
+    "a text with a bar": ("%Warning-X: a.v:12:2: one\n12 | two\n", "warning X: [a.v:12:2] one\n12 | two\n"),
     "an instance": ("%Warning-X: a.v:1:2: text\n     : ... In instance top.u_a[3].u_b\n",
                     "warning X: [a.v:1:2] text\n  names top.u_a[3].u_b\n"),
     "an instance in quotes": ("%Warning-X: a.v:1:2: text\n     : ... note: In instance 'top.u_a[3].u_b'\n",
