@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 
-"""The shared object: what it exports and imports, how it is linked, what the loader has
-to do for it, and how large it is."""
+"""The shared object: what it exports and imports, how it is linked, what the loader has to do for it,
+how large it is, and that programs see its objects."""
 
 import os
 import pathlib
@@ -114,6 +114,20 @@ class Size(unittest.TestCase):
 
     def test_without_symbols_is_at_most_72_percent_of_the_plain_librarys(self):
         self.assertLessEqual(self.stripped_size(LIBRARY), 0.72 * self.stripped_size(PLAIN_LIBRARY))
+
+
+class Identity(unittest.TestCase):
+    """Default instances, descriptors and types are the library's, also where the linker gave the
+    program copies of them."""
+
+    def test_a_program_and_its_plugin_see_the_librarys_objects(self):
+        fixed, movable, plugin = (os.environ[name] for name in ("FIXED_PROGRAM", "MOVABLE_PROGRAM", "PLUGIN"))
+        self.assertRegex(" ".join(relocations(fixed)), "_COPY")
+        self.assertNotRegex(" ".join(relocations(plugin)), "_COPY")
+        for program in (fixed, movable):
+            with self.subTest(program):
+                ended = subprocess.run([program, plugin], capture_output=True, text=True, check=False)
+                self.assertEqual((ended.stdout, ended.returncode), ("38 types\n", 0), ended.stderr)
 
 
 if __name__ == "__main__":
