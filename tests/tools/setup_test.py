@@ -29,7 +29,7 @@ class SetupTest(ProgramTest):
 
     def command(self, script, checkout=None):
         checkout = checkout or self.checkout
-        setup = f"set -euo pipefail; root='{checkout}'; source \"$root/tools/lib/setup.sh\"; {script}"
+        setup = f"set -euo pipefail; source '{checkout}/tools/lib/setup.sh'; {script}"
         return ["bash", "-c", setup, "tool"]
 
     def run_script(self, script, checkout=None, **environment):

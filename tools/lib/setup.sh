@@ -1,7 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash
 # What the tools share, such as the lists of Debian packages and their installation.
-# Source this from bash scripts that set -euo pipefail.
+# Source this from bash scripts that set -euo pipefail. It sets root, the folder of the sources.
+
+root=$(CDPATH='' cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd)
 
 # The packages that each purpose needs. Scripts use the lists, not this file.
 # shellcheck disable=SC2034
@@ -86,7 +88,6 @@ as_root() {
 # checkout until it ends. The tools that it starts itself see VOK_BUILDS_LOCKED. The lock is
 # descriptor 9: close that for programs that may outlive the tool and don't build.
 prepare_builds() {
-  # shellcheck disable=SC2154  # the script sets root
   [[ $root != *[\;\"\\]* ]] || fail "$root: CMake does not support a semicolon, quote or backslash in a path"
   [[ ${VOK_BUILDS_LOCKED-} != "$root" ]] || return 0
   mkdir -p "$root/build"
