@@ -53,7 +53,8 @@ TEST(Servers, KeepEachFindingOnceWhenManyThreadsReport) {
 
 TEST(Servers, OpenASessionOnceAndStopOnce) {
   tests::TestServer server;
-  const auto errorsOf = [&server](const std::string& request) {
+  const auto errorsOf = [&server](const std::string& text) {
+    const auto request = tests::requestOf(text);
     return tests::runAtOnce(kThreads, [&](int) {
       const auto response = server.ask(request);
       if (response.has_error()) {
