@@ -1,16 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A browser, pages in it, and what can be asked of a page.
+// A browser, and what can be asked of a page in it. The tests are programs:
+//
+//   RULECHECK=.../rulecheck node details.mjs FOLDER_FOR_PICTURES
+//
+// Further environment: PYTHON, python3 if not set; CHROMIUM, /usr/bin/chromium if not set;
+// VERILATOR for the demo's waivers, which are left out without it. Needs `npm ci` in tests,
+// and pdftotext.
 
+import assert from 'node:assert/strict';
+import { mkdirSync } from 'node:fs';
+import { join } from 'node:path';
+import { after, test } from 'node:test';
 import { pathToFileURL } from 'node:url';
 import { chromium } from 'playwright-core';
 
-export const launch = () => chromium.launch({
+export const pictures = process.argv[2];
+mkdirSync(pictures, { recursive: true });
+
+const browser = await chromium.launch({
   executablePath: process.env.CHROMIUM || '/usr/bin/chromium',
   args: ['--no-sandbox', '--disable-gpu', '--disable-quic', '--disable-background-networking'],
 });
+after(() => browser.close());
 
-export const addressOf = (place) => place.startsWith('http:') ? place : pathToFileURL(place).href;
+export const addressOf = (file) => pathToFileURL(file).href;
 
 // Nothing but the page itself gets through, and what it leads to on purpose.
 const guard = (context, address, leadsTo, faults) => context.route('**/*', (route) => {
@@ -34,18 +48,33 @@ const watch = (page, faults) => {
   });
 };
 
-// Opens a file or an address, with a list of everything that it should not do.
-export const open = async (browser, place, { leadsTo = /^$/, ...options } = {}) => {
+// Opens a page, with a list of everything that it should not do. The script runs before its own.
+export const open = async (file, { leadsTo = /^$/, script = () => {}, ...options } = {}) => {
   const context = await browser.newContext({ viewport: { width: 1280, height: 900 }, ...options });
   const page = await context.newPage();
   const faults = [];
-  const address = addressOf(place);
+  const address = addressOf(file);
   await guard(context, address, leadsTo, faults);
   await watch(page, faults);
+  await page.addInitScript(script);
   await page.goto(address);
   if (options.javaScriptEnabled !== false) await ready(page);
   return { page, faults, close: () => context.close() };
 };
+
+// A test of what the body sees of a page, which must do nothing that it should not do.
+export const checkPage = (name, make, options, body) => test(name, async () => {
+  const { page, faults, close } = await open(make(), options);
+  try {
+    await body(page, faults);
+    assert.deepEqual(faults, []);
+  } finally {
+    await close();
+  }
+});
+
+export const shoot = (page, name, options = {}) =>
+  page.screenshot({ path: join(pictures, `${name}.png`), ...options });
 
 const ready = (page) => page.waitForFunction(() => document.getElementById('status').textContent);
 

@@ -3,8 +3,12 @@
 // Pages whose every text would do harm if it were taken for markup.
 
 import assert from 'node:assert/strict';
-import { basename } from 'node:path';
-import { openEverything, overflow, settle } from './browser.mjs';
+import { checkPage, openEverything, overflow, settle } from './browser.mjs';
+import { hostile } from './pages.mjs';
+
+// Those that a script could mistake. page_structure_test.py looks at all.
+const names = ['script-HTTP', 'end_of_double_quotes-FILE', 'end_of_script-DATA_html', 'javascript_address-MAILTO',
+  'javascript_address_in_disguise-HTTP'];
 
 const own = 'head > script:only-of-type, body > #data';
 const alien = `img, svg, iframe, object, embed, base, form, script:not(${own})`;
@@ -20,19 +24,17 @@ const look = (selector) => ({
   findings: document.querySelectorAll('.finding').length,
 });
 
-export const checkHostile = async (checks, { hostile }) => {
-  for (const file of hostile) {
-    await checks.checkPage(`hostile texts stay texts: ${basename(file, '.txtpb.html')}`, file,
-      { viewport: { width: 360, height: 800 } }, async (page) => {
-        for (const grouping of ['rule', 'file']) {
-          await page.selectOption('#group', grouping);
-          await settle(page);
-          await openEverything(page);
-          const { findings, ...harm } = await page.evaluate(look, alien);
-          assert.ok(findings > 100);
-          assert.deepEqual(harm, { aliens: 0, handlers: 0, addresses: [] });
-          assert.equal(await overflow(page), 0, 'it scrolls sideways');
-        }
-      });
-  }
-};
+for (const name of names) {
+  checkPage(`hostile texts stay texts: ${name}`, hostile(name), { viewport: { width: 360, height: 800 } },
+    async (page) => {
+      for (const grouping of ['rule', 'file']) {
+        await page.selectOption('#group', grouping);
+        await settle(page);
+        await openEverything(page);
+        const { findings, ...harm } = await page.evaluate(look, alien);
+        assert.ok(findings > 100);
+        assert.deepEqual(harm, { aliens: 0, handlers: 0, addresses: [] });
+        assert.equal(await overflow(page), 0, 'it scrolls sideways');
+      }
+    });
+}

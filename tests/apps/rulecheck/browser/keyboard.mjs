@@ -3,7 +3,8 @@
 // The page without a mouse.
 
 import assert from 'node:assert/strict';
-import { settle, statusOf } from './browser.mjs';
+import { checkPage, settle, statusOf } from './browser.mjs';
+import { sample } from './pages.mjs';
 
 // For a page to evaluate: what can have the focus, in the order of the page.
 const controls = () => {
@@ -37,20 +38,18 @@ const walk = async (page, key, count) => {
   return seen;
 };
 
-const checkWalk = async (checks, { sample }) => {
-  for (const viewport of [{ width: 1280, height: 900 }, { width: 320, height: 600 }]) {
-    await checks.checkPage(`each control has its turn and shows it, ${viewport.width} pixels`, sample,
-      { viewport }, async (page) => {
-        await page.evaluate(() => document.querySelector('.turn').click());
-        const expected = await page.evaluate(controls);
-        assert.ok(expected.length > 60, `only ${expected.length} controls`);
-        assert.deepEqual(await walk(page, 'Tab', expected.length), expected);
-        assert.deepEqual(await walk(page, 'Shift+Tab', expected.length - 1), expected.slice(0, -1).reverse());
-      });
-  }
-};
+for (const viewport of [{ width: 1280, height: 900 }, { width: 320, height: 600 }]) {
+  checkPage(`each control has its turn and shows it, ${viewport.width} pixels`, sample,
+    { viewport }, async (page) => {
+      await page.evaluate(() => document.querySelector('.turn').click());
+      const expected = await page.evaluate(controls);
+      assert.ok(expected.length > 60, `only ${expected.length} controls`);
+      assert.deepEqual(await walk(page, 'Tab', expected.length), expected);
+      assert.deepEqual(await walk(page, 'Shift+Tab', expected.length - 1), expected.slice(0, -1).reverse());
+    });
+}
 
-const checkSearch = (checks, { sample }) => checks.checkPage('the keyboard alone filters', sample, {}, async (page) => {
+checkPage('the keyboard alone filters', sample, {}, async (page) => {
   await page.keyboard.press('/');
   assert.equal(await page.evaluate(() => document.activeElement.id), 'query');
   await page.keyboard.type('LATCH/');
@@ -64,7 +63,7 @@ const checkSearch = (checks, { sample }) => checks.checkPage('the keyboard alone
   assert.equal(await page.evaluate(() => document.activeElement.id), 'query');
 });
 
-const checkFolding = (checks, { sample }) => checks.checkPage('groups and rows fold by keyboard', sample, {}, async (page) => {
+checkPage('groups and rows fold by keyboard', sample, {}, async (page) => {
   const focusedClass = () => page.evaluate(() => document.activeElement.className);
   await page.locator('.fold').first().focus();
   for (const count of [0, 1]) {
@@ -81,15 +80,8 @@ const checkFolding = (checks, { sample }) => checks.checkPage('groups and rows f
   assert.equal(await focusedClass(), 'fold');
 });
 
-const checkSkip = (checks, { sample }) => checks.checkPage('the skip link leads to the findings', sample, {}, async (page) => {
+checkPage('the skip link leads to the findings', sample, {}, async (page) => {
   await page.keyboard.press('Tab');
   await page.keyboard.press('Enter');
   assert.equal(await page.evaluate(() => document.activeElement.id), 'findings');
 });
-
-export const checkKeyboard = async (checks, pages) => {
-  await checkWalk(checks, pages);
-  await checkSearch(checks, pages);
-  await checkFolding(checks, pages);
-  await checkSkip(checks, pages);
-};

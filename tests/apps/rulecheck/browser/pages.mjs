@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The pages that the checks look at, in a folder that is gone when the program ends.
+// Makes the pages that the tests look at, in a folder that is gone when the program ends.
 
 import { execFileSync, spawnSync } from 'node:child_process';
 import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
@@ -30,8 +30,13 @@ const writeResult = (name, text) => {
 
 const pageOfText = (name, text, ...options) => makePage(writeResult(name, text), ...options);
 
+const once = (make) => {
+  let page;
+  return () => (page ??= make());
+};
+
 // A page with links to files that are there.
-const makeSample = () => {
+export const sample = once(() => {
   const sources = join(work, 'camera');
   mkdirSync(sources);
   const text = readFileSync(inRepository('tests/apps/rulecheck/sample.txtpb'), 'utf-8');
@@ -39,9 +44,7 @@ const makeSample = () => {
     writeFileSync(join(sources, name), `// This is ${name}.\n`);
   }
   return pageOfText('sample', text.replaceAll('/src/camera', sources));
-};
-
-export const sample = () => makeSample();
+});
 
 export const clean = () => pageOfText('clean', `
   session { name: "Camera pipeline, release" timestamp: 1773500966000 }
@@ -66,7 +69,7 @@ const violation = (place, number, text) => {
 };
 const resultOf = (violations) => `session { name: 'Places' } violations { ${violations.join('\n')} }`;
 
-export const placed = () => {
+export const placed = once(() => {
   mkdirSync(join(work, 'rtl/core'), { recursive: true });
   writeFileSync(join(work, 'rtl/core/a.v'), 'one\ntwo\n\twire gone;\nwire gone;\n<b>five</b>\nsix\nseven\n');
   const now = places.map((place, i) => violation(place, i + 1, i > 3 ? 'twice' : `text ${i}`));
@@ -74,7 +77,7 @@ export const placed = () => {
     violation('rtl/core/a.v:3:5', 1, 'text 0'), violation('rtl/core/a.v:9:9', 2, 'text 1'), violation('rtl/x.v:1:1', 3, 'gone'),
   ]));
   return pageOfText('placed', resultOf(now), '--baseline', old, '--link', 'https://host/blob/{path}#L{line}');
-};
+});
 
 // Two findings of a rule on a line.
 export const alike = () => pageOfText('alike', resultOf(['Bits [3:0] of a.*b (not) $used\\\\?^|+{1}', 'else'].map((text, i) =>
@@ -82,7 +85,7 @@ export const alike = () => pageOfText('alike', resultOf(['Bits [3:0] of a.*b (no
      arg { ref { type: FILE name: 'a.v:3:${i + 1}' url { scheme: FILE path: '/a.v' } } } arg { string_val: '${text}' } } } } }`)));
 
 // A page whose session, rule and finding have the same text in all their fields.
-export const spoofed = (name, text) => {
+export const spoofed = (name, text) => () => {
   const quoted = JSON.stringify(text);
   return pageOfText(name, `
     session { name: ${quoted} description: ${quoted} build_target: ${quoted} uuid: ${quoted}
@@ -95,24 +98,21 @@ export const spoofed = (name, text) => {
       examples { uri { link_text: ${quoted} url { scheme: HTTP host: 'h' } } } } } }`);
 };
 
-export const many = (findings, rules) => {
+export const many = (findings, rules) => once(() => {
   const result = join(work, `${findings}-${rules}.txtpb`);
   makeResults('many', String(findings), String(rules), result);
   return makePage(result);
-};
+});
 
-// Those that a script could mistake. page_structure_test.py looks at all.
-export const hostile = () => {
-  const folder = join(work, 'hostile');
-  mkdirSync(folder);
-  makeResults('hostile', folder);
-  return ['script-HTTP', 'end_of_double_quotes-FILE', 'end_of_script-DATA_html', 'javascript_address-MAILTO',
-    'javascript_address_in_disguise-HTTP'].map((name) => makePage(join(folder, `${name}.txtpb`)));
-};
+const hostileFolder = once(() => {
+  makeResults('hostile', work);
+  return work;
+});
 
-// The page of the demo, which needs Verilator; undefined without. The lines are waivers.
+export const hostile = (name) => () => makePage(join(hostileFolder(), `${name}.txtpb`));
+
+// The page of the demo, which needs Verilator. The lines are waivers.
 export const demo = (lines) => {
-  if (!process.env.VERILATOR) return undefined;
   const page = join(work, 'demo.html');
   const waivers = join(work, 'waivers');
   writeFileSync(waivers, lines);

@@ -3,7 +3,7 @@
 // Names and texts that would cover or push away what is around them.
 
 import assert from 'node:assert/strict';
-import { openEverything, overflow } from './browser.mjs';
+import { checkPage, openEverything, overflow, shoot } from './browser.mjs';
 import { spoofed } from './pages.mjs';
 
 const marks = '\u0335\u0300\u0316'.repeat(200);
@@ -33,42 +33,38 @@ const look = () => {
   };
 };
 
-export const checkSpoofing = async (checks) => {
-  for (const [name, text] of Object.entries(texts)) {
-    await checks.checkPage(`${name} leaves the page its shape`, spoofed(name, text), {}, async (page) => {
-      for (const width of widths) {
-        await page.setViewportSize({ width, height: 800 });
-        for (const isOpen of [false, true]) {
-          if (isOpen) await openEverything(page);
-          assert.equal(await overflow(page), 0, 'it scrolls sideways');
-          const { summaryTop, tallest } = await page.evaluate(look);
-          assert.ok(summaryTop < 500, `the counts begin at ${summaryTop}`);
-          assert.ok(tallest <= 400, `something is ${tallest} high`);
-        }
+for (const [name, text] of Object.entries(texts)) {
+  checkPage(`${name} leaves the page its shape`, spoofed(name, text), {}, async (page) => {
+    for (const width of widths) {
+      await page.setViewportSize({ width, height: 800 });
+      for (const isOpen of [false, true]) {
+        if (isOpen) await openEverything(page);
+        assert.equal(await overflow(page), 0, 'it scrolls sideways');
+        const { summaryTop, tallest } = await page.evaluate(look);
+        assert.ok(summaryTop < 500, `the counts begin at ${summaryTop}`);
+        assert.ok(tallest <= 400, `something is ${tallest} high`);
       }
-      await checks.shoot(page, `spoofed-${name}`);
-      assert.doesNotMatch(await page.content(), /[\u202a-\u202e\u2066-\u2069]/);
-    });
-  }
-  await checkMarks(checks);
-};
+    }
+    await shoot(page, `spoofed-${name}`);
+    assert.doesNotMatch(await page.content(), /[\u202a-\u202e\u2066-\u2069]/);
+  });
+}
 
 // The page's own words look as they do when the texts are hidden.
-const checkMarks = (checks) =>
-  checks.checkPage('marks cover no other line', spoofed('marked', texts.marks), {}, async (page) => {
-    await openEverything(page);
-    const shoot = async () => {
-      const shots = [];
-      for (const element of await page.locator(own).all()) {
-        if (await element.isVisible()) shots.push((await element.screenshot()).toString('base64'));
-      }
-      return shots;
-    };
-    const before = await shoot();
-    await page.evaluate((selector) => {
-      for (const element of document.querySelectorAll(selector)) element.style.visibility = 'hidden';
-    }, 'h1, .description, dd, .message, .place, .rule, .key, .name');
-    const after = await shoot();
-    assert.ok(before.length > 8);
-    assert.deepEqual(before.map((shot, i) => shot === after[i]), before.map(() => true));
-  });
+checkPage('marks cover no other line', spoofed('marked', texts.marks), {}, async (page) => {
+  await openEverything(page);
+  const shootOwn = async () => {
+    const shots = [];
+    for (const element of await page.locator(own).all()) {
+      if (await element.isVisible()) shots.push((await element.screenshot()).toString('base64'));
+    }
+    return shots;
+  };
+  const before = await shootOwn();
+  await page.evaluate((selector) => {
+    for (const element of document.querySelectorAll(selector)) element.style.visibility = 'hidden';
+  }, 'h1, .description, dd, .message, .place, .rule, .key, .name');
+  const after = await shootOwn();
+  assert.ok(before.length > 8);
+  assert.deepEqual(before.map((shot, i) => shot === after[i]), before.map(() => true));
+});

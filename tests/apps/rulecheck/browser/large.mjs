@@ -2,18 +2,15 @@
 
 // Measures pages of 100,000 findings in a browser.
 //
-//   node large_check.mjs FOLDER_FOR_PICTURES
-//
-// Environment: as for report_check.mjs. A page has to be ready within 2 s: then it
-// is shown, and its filter works. From a keystroke in the filter to the frame that
-// shows what it does, and in each task of the browser after that, may pass 100 ms; 300
-// after another grouping.
-// Of three loads the median counts. Needs an idle machine.
+// A page has to be ready within 2 s: then it is shown, and its filter works. From a keystroke
+// in the filter to the frame that shows what it does, and in each task of the browser after
+// that, may pass 100 ms; 300 after another grouping. Of three loads the median counts. Needs
+// an idle machine.
 
 import assert from 'node:assert/strict';
 import { statSync } from 'node:fs';
-import { addressOf, launch } from './browser.mjs';
-import { Checks, picturesFolder } from './checks.mjs';
+import { test } from 'node:test';
+import { open, shoot } from './browser.mjs';
 import { many } from './pages.mjs';
 
 const findings = 100000;
@@ -43,16 +40,10 @@ const instrument = () => {
   }).observe({ entryTypes: ['longtask'] });
 };
 
-const openPage = async (browser, file) => {
-  const context = await browser.newContext({ viewport: { width: 1280, height: 900 } });
-  const page = await context.newPage();
-  const faults = [];
-  page.on('console', (message) => faults.push(message.text()));
-  page.on('pageerror', (error) => faults.push(error.message));
-  await page.addInitScript(instrument);
-  await page.goto(addressOf(file));
+const openPage = async (file) => {
+  const { page, ...opened } = await open(file, { script: instrument });
   await page.waitForFunction(() => window.notes.ready > 0);
-  return { page, faults, ready: await page.evaluate(() => window.notes.ready), close: () => context.close() };
+  return { page, ready: await page.evaluate(() => window.notes.ready), ...opened };
 };
 
 // The time of one input, once the page has come to rest.
@@ -118,19 +109,19 @@ const measureKinds = async (page) => {
 
 const median = (values) => values.sort((a, b) => a - b)[Math.floor(values.length / 2)];
 
-const measurePage = async (browser, file, shoot) => {
+const measurePage = async (file, picture) => {
   const ready = [];
   for (let i = 1; i < loads; i += 1) {
-    const opened = await openPage(browser, file);
+    const opened = await openPage(file);
     ready.push(opened.ready);
     await opened.close();
   }
-  const { page, faults, ready: last, close } = await openPage(browser, file);
+  const { page, faults, ready: last, close } = await openPage(file);
   ready.push(last);
   await page.focus('#query');
   const times = { ...(await measureKeys(page)), ...(await measureText(page)), ...(await measureKinds(page)),
     ...(await measureGroups(page)) };
-  await shoot(page);
+  await shoot(page, picture);
   await close();
   assert.deepEqual(faults, []);
   return { ready: median(ready), times };
@@ -146,20 +137,12 @@ const print = (title, file, { ready, times }) => {
   for (const [name, time] of Object.entries(times)) console.log(`  ${name}: ${Math.round(time)} ms`);
 };
 
-const checkPage = (checks, rules) => {
+for (const rules of [1, 40]) {
   const title = `${findings} findings of ${rules} rule${rules === 1 ? '' : 's'}`;
-  return checks.check(`${title} are ready in ${limits.ready} ms and filter in ${limits.keystroke} ms`, async () => {
-    const file = many(findings, rules);
-    const shoot = (page) => checks.shoot(page, `many-${rules}`);
-    const measured = await measurePage(checks.browser, file, shoot);
+  test(`${title} are ready in ${limits.ready} ms and filter in ${limits.keystroke} ms`, async () => {
+    const file = many(findings, rules)();
+    const measured = await measurePage(file, `many-${rules}`);
     print(title, file, measured);
     assert.ok(isWithin(measured), 'a limit is not kept');
   });
-};
-
-const folder = picturesFolder();
-const browser = await launch();
-const checks = new Checks(browser, folder);
-for (const rules of [1, 40]) await checkPage(checks, rules);
-await browser.close();
-process.exitCode = checks.end();
+}
