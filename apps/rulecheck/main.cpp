@@ -17,15 +17,14 @@
 
 #include "common/command_line.h"
 #include "common/message_file.h"
+#include "rulecheck/commands.h"
 #include "rulecheck/compare.h"
 #include "rulecheck/files.h"
-#include "rulecheck/lint/lint.h"
 #include "rulecheck/lint/server_options.h"
 #include "rulecheck/merge.h"
 #include "rulecheck/page/page.h"
 #include "rulecheck/plain_text.h"
 #include "rulecheck/sarif.h"
-#include "rulecheck/send.h"
 #include "rulecheck/severity.h"
 
 namespace {

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "rulecheck/send.h"
-
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
 #include <utility>
 
+#include "rulecheck/commands.h"
 #include "rulecheck/files.h"
 #include "rulecheck/lint/report.h"
 #include "rulecheck/lint/server_options.h"

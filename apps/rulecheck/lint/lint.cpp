@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "rulecheck/lint/lint.h"
-
 #include <unistd.h>
 
 #include <ctime>
@@ -17,6 +15,7 @@
 #include <system_error>
 
 #include "common/characters.h"
+#include "rulecheck/commands.h"
 #include "rulecheck/files.h"
 #include "rulecheck/lint/report.h"
 #include "rulecheck/lint/server_options.h"

@@ -4,6 +4,8 @@
 
 #include <re2/re2.h>
 
+#include <ctime>
+#include <iomanip>
 #include <list>
 #include <map>
 #include <optional>
@@ -70,16 +72,12 @@ struct Waiver {
 };
 
 bool isDay(const std::string& text) {
-  static const RE2 day(R"((\d{4})-(\d\d)-(\d\d))");
-  int year = 0;
-  unsigned month = 0;
-  unsigned ofMonth = 0;
-  if (!RE2::FullMatch(text, day, &year, &month, &ofMonth)) {
-    return false;
-  }
-  const bool isLeap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-  const unsigned lengths[] = {31, isLeap ? 29U : 28U, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return month >= 1 && month <= 12 && ofMonth >= 1 && ofMonth <= lengths[month - 1];
+  std::tm day = {};
+  std::istringstream(text) >> std::get_time(&day, "%Y-%m-%d");
+  timegm(&day);  // makes another day of one that does not exist
+  std::ostringstream same;
+  same << std::put_time(&day, "%Y-%m-%d");
+  return same.str() == text;
 }
 
 // The values by name, or nothing if one is unknown or given twice.

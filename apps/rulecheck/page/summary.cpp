@@ -4,7 +4,9 @@
 
 #include <cstddef>
 #include <ctime>
+#include <iomanip>
 #include <set>
+#include <sstream>
 #include <string>
 
 #include "rulecheck/page/facts.h"
@@ -20,17 +22,20 @@ using vok::rulecheck::Session;
 using vok::rulecheck::SessionResult;
 using vok::rulecheck::Violation;
 
+// To the second. Of a year without four digits, the number alone.
 std::string timeHtml(const Session& session) {
+  const auto time = static_cast<std::time_t>(session.timestamp() / 1000);
+  std::tm parts = {};
   if (!session.has_timestamp()) {
     return "";
   }
-  const std::string time = utcTime(session.timestamp());
-  if (time.empty()) {
+  if (gmtime_r(&time, &parts) == nullptr || parts.tm_year < -900 || parts.tm_year > 8099) {
     return "timestamp " + std::to_string(session.timestamp());
   }
-  std::string machineTime = time + "Z";
-  machineTime[time.find(' ')] = 'T';
-  return "<time datetime=\"" + machineTime + "\">" + time + " UTC</time>";
+  std::ostringstream html;
+  html << "<time datetime=\"" << std::put_time(&parts, "%FT%TZ") << "\">"
+       << std::put_time(&parts, "%F %T") << " UTC</time>";
+  return html.str();
 }
 
 std::string addressHtml(bool present, const Resource& resource) {
@@ -145,23 +150,6 @@ void addVerdict(const SessionResult& result, const Findings& findings, data* pag
 }
 
 }  // namespace
-
-std::string utcTime(std::int64_t milliseconds) {
-  constexpr std::int64_t year1 = -62135596800;
-  constexpr std::int64_t year10000 = 253402300800;
-  std::int64_t seconds = milliseconds / 1000;
-  seconds -= milliseconds % 1000 < 0 ? 1 : 0;
-  if (seconds < year1 || seconds >= year10000) {
-    return "";
-  }
-  const auto time = static_cast<std::time_t>(seconds);
-  std::tm parts = {};
-  gmtime_r(&time, &parts);
-  char text[sizeof("9999-12-31 23:59:59")];
-  const std::size_t length = std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", &parts);
-  const std::string unpadded(text, length);
-  return std::string(sizeof(text) - 1 - length, '0') + unpadded;  // the year has four digits
-}
 
 void addSummary(const SessionResult& result, const Findings& findings, data* page) {
   const Session& session = result.session();
