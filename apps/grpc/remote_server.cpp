@@ -32,40 +32,38 @@ using Stub = vok::rulecheck::RuleCheckService::Stub;
 }
 
 template <typename Argument, typename Answer>
-Response call(Stub& stub,
-              grpc::Status (Stub::*method)(grpc::ClientContext*, const Argument&, Answer*),
-              const Argument& argument) {
+void call(Stub& stub, grpc::Status (Stub::*method)(grpc::ClientContext*, const Argument&, Answer*),
+          const Argument& argument, Response* response) {
   constexpr auto kLongest = std::chrono::minutes(1);
   grpc::ClientContext context;
   context.set_deadline(std::chrono::system_clock::now() + kLongest);
-  Answer answer;
-  const grpc::Status status = (stub.*method)(&context, argument, &answer);
+  auto* answer = rule_server::mutableBody<Answer>(response);
+  const grpc::Status status = (stub.*method)(&context, argument, answer);
   if (!status.ok()) {
     fail(status);
   }
-  return rule_server::responseWith(std::move(answer));
 }
 
-Response exchange(Stub& stub, const Request& request) {
+void exchange(Stub& stub, const Request& request, Response* response) {
   Session session;
   switch (request.type()) {
     case Request::CREATE_AFFIRMATION:
-      return call(stub, &Stub::createAffirmation, request.create_affirmation());
+      return call(stub, &Stub::createAffirmation, request.create_affirmation(), response);
     case Request::CREATE_VIOLATION:
-      return call(stub, &Stub::createViolation, request.create_violation());
+      return call(stub, &Stub::createViolation, request.create_violation(), response);
     case Request::GET_SESSION_RESULT:
       session.set_name("");
       session.set_uuid(request.get_session_result().session_uuid());
-      return call(stub, &Stub::getSessionResult, session);
+      return call(stub, &Stub::getSessionResult, session, response);
     case Request::START_SESSION:
       rule_server::copyStart(request.start_session(), &session);
-      return call(stub, &Stub::startSession, session);
+      return call(stub, &Stub::startSession, session, response);
     case Request::STOP_SESSION:
-      return call(stub, &Stub::stopSession, request.stop_session().session());
+      return call(stub, &Stub::stopSession, request.stop_session().session(), response);
     case Request::UPSERT_RULESPEC:
-      return call(stub, &Stub::upsertRuleSpec, request.upsert_rulespec().rule_spec());
+      return call(stub, &Stub::upsertRuleSpec, request.upsert_rulespec().rule_spec(), response);
     case Request::WRITE_REPORT:
-      return call(stub, &Stub::writeReport, request.write_report().session());
+      return call(stub, &Stub::writeReport, request.write_report().session(), response);
     default: throw std::logic_error("not carried: " + Request::RequestType_Name(request.type()));
   }
 }
@@ -83,7 +81,7 @@ std::shared_ptr<grpc::Channel> channelTo(const std::string& address, const Secur
 
 rulecheck::Server remoteServer(const std::shared_ptr<grpc::Channel>& channel) {
   const std::shared_ptr<Stub> stub = vok::rulecheck::RuleCheckService::NewStub(channel);
-  return [stub](const Request& request) { return exchange(*stub, request); };
+  return [stub](Request* request, Response* response) { exchange(*stub, *request, response); };
 }
 
 }  // namespace rule_grpc

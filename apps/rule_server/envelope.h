@@ -24,14 +24,23 @@ vok::rulecheck::Response respond(const std::string& status);
 // The field of a response for bodies of that type.
 const google::protobuf::FieldDescriptor* fieldFor(const google::protobuf::Descriptor* body);
 
+// Makes the response one of the body's type, and returns its body, which keeps what it has.
+template <typename Body>
+Body* mutableBody(vok::rulecheck::Response* response) {
+  static const auto* const field = fieldFor(Body::descriptor());
+  const auto type = static_cast<vok::rulecheck::Response::ResponseType>(field->number() - 2);
+  if (response->type() != type) {
+    response->Clear();
+  }
+  response->set_type(type);
+  return static_cast<Body*>(response->GetReflection()->MutableMessage(response, field));
+}
+
 // A response of the body's type.
 template <typename Body>
 vok::rulecheck::Response responseWith(Body body) {
-  static const auto* const field = fieldFor(Body::descriptor());
   vok::rulecheck::Response response;
-  response.set_type(static_cast<vok::rulecheck::Response::ResponseType>(field->number() - 2));
-  auto* target = response.GetReflection()->MutableMessage(&response, field);
-  static_cast<Body*>(target)->Swap(&body);
+  mutableBody<Body>(&response)->Swap(&body);
   return response;
 }
 

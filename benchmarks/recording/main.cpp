@@ -59,7 +59,8 @@ class Recording {
     Request start;
     start.set_type(Request::START_SESSION);
     start.mutable_start_session()->set_name("benchmark");
-    const std::string session = server_(start).session().uuid();
+    server_(&start, &response_);
+    const std::string session = response_.session().uuid();
     // Few, since a program has just made the finding that it reports: it is in the cache.
     constexpr std::size_t kRequests = 100;
     requests_.resize(kRequests);
@@ -71,14 +72,15 @@ class Recording {
     rule.set_type(Request::UPSERT_RULESPEC);
     rule.mutable_upsert_rulespec()->mutable_rule_spec()->set_key("RULE");
     rule.mutable_upsert_rulespec()->mutable_rule_spec()->set_full_name("RULE");
-    server_(rule);
+    server_(&rule, &response_);
   }
 
-  void operator()() { server_(requests_[next_++ % requests_.size()]); }
+  void operator()() { server_(&requests_[next_++ % requests_.size()], &response_); }
 
  private:
   rulecheck::Server server_;
   std::vector<Request> requests_;
+  vok::rulecheck::Response response_;
   std::size_t next_ = 0;
 };
 

@@ -19,12 +19,17 @@ using vok::rulecheck::Session;
 using vok::rulecheck::SessionResult;
 
 // Performs the request after its type is set, and takes what is in it.
-Response call(const Server& server, Request::RequestType type, Request* request) {
+void call(const Server& server, Request::RequestType type, Request* request, Response* response) {
   request->set_type(type);
-  Response response = server(std::move(*request));
-  if (response.type() == Response::ERROR_RESPONSE) {
-    throw std::runtime_error("the server answered: " + response.error().msg());
+  server(request, response);
+  if (response->type() == Response::ERROR_RESPONSE) {
+    throw std::runtime_error("the server answered: " + response->error().msg());
   }
+}
+
+Response call(const Server& server, Request::RequestType type, Request* request) {
+  Response response;
+  call(server, type, request, &response);
   return response;
 }
 
@@ -46,11 +51,12 @@ void sendRules(const Server& server, const Catalog& rules) {
 template <typename Body>
 void sendFindings(const Server& server, const Session& session, Request::RequestType type,
                   Body* (Request::*body)(), std::vector<Body>* findings) {
+  Response response;
   for (Body& finding : *findings) {
     Request request;
     (request.*body)()->Swap(&finding);
     (request.*body)()->set_session_uuid(session.uuid());
-    call(server, type, &request);
+    call(server, type, &request, &response);
   }
 }
 
@@ -75,7 +81,9 @@ void finish(const Server& server, const Session& session, bool writes, SessionRe
 
 Server localServer() {
   const auto server = std::make_shared<rule_server::Server>(rule_server::Environment());
-  return [server](Request request) { return server->handle(std::move(request)); };
+  return [server](Request* request, Response* response) {
+    *response = server->handle(std::move(*request));
+  };
 }
 
 void setOutput(const std::string& directory, vok::rulecheck::StartSession* session) {

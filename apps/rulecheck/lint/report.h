@@ -15,8 +15,9 @@
 
 namespace rulecheck {
 
-// Takes a request to a server and returns its answer.
-using Server = std::function<vok::rulecheck::Response(vok::rulecheck::Request)>;
+// Takes a request to a server, which may leave it empty, and writes the answer to the response. To
+// use a response again saves its memory being allocated again.
+using Server = std::function<void(vok::rulecheck::Request*, vok::rulecheck::Response*)>;
 
 // A server of the program's own, which keeps one session and uses no files.
 Server localServer();
