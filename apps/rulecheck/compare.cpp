@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <set>
 #include <tuple>
 #include <utility>
@@ -42,26 +43,24 @@ std::vector<Entry> entriesOf(const ViolationMap& violations) {
   return entries;
 }
 
-// Takes those out of the list whose fingerprints are among the others.
-void removeAll(const std::vector<Entry>& others, std::vector<Entry>* entries) {
-  const auto isAmong = [&others](const Entry& entry) {
-    return std::binary_search(
-        others.begin(), others.end(), entry,
-        [](const Entry& a, const Entry& b) { return a.fingerprint < b.fingerprint; });
-  };
-  entries->erase(std::remove_if(entries->begin(), entries->end(), isAmong), entries->end());
+// Each of the others takes one with its fingerprint away.
+std::vector<Entry> without(const std::vector<Entry>& others, const std::vector<Entry>& entries) {
+  std::vector<Entry> rest;
+  std::set_difference(entries.begin(), entries.end(), others.begin(), others.end(),
+                      std::back_inserter(rest),
+                      [](const Entry& a, const Entry& b) { return a.fingerprint < b.fingerprint; });
+  return rest;
 }
 
 // The rules that the new result doesn't check everywhere where the old one did.
 class Unchecked {
  public:
-  Unchecked(const std::vector<Entry>& before, std::vector<Entry> after) {
+  Unchecked(const std::vector<Entry>& before, const std::vector<Entry>& after) {
     const auto cutShort = [](const Entry& entry) {
       return waiverOf(*entry.violation) == kCutShort;
     };
     all_ = std::any_of(after.begin(), after.end(), cutShort);
-    removeAll(before, &after);
-    for (const Entry& entry : after) {
+    for (const Entry& entry : without(before, after)) {
       if (isNotChecked(*entry.violation)) {
         rules_.insert(entry.violation->rule_key());
       }
@@ -123,9 +122,8 @@ Comparison compare(const SessionResult& before, const SessionResult& after) {
   }
   gone.insert(gone.end(), old, olds.end());
   const std::vector<Entry> waived = entriesOf(after.waived_violations());
-  removeAll(waived, &gone);
   const Unchecked unchecked(entriesOf(before.waived_violations()), waived);
-  for (const Entry& entry : gone) {
+  for (const Entry& entry : without(waived, gone)) {
     const bool isFixed = !unchecked.has(entry.violation->rule_key());
     (isFixed ? comparison.fixed : comparison.unchecked).push_back(entry.violation);
   }

@@ -70,7 +70,7 @@ class Diff(ResultsTest):
 
         in_source = off("switched off in the source")
         cases = [
-            ([], [in_source], 0), ([in_source], [in_source], 1),
+            ([], [in_source], 0), ([in_source], [in_source], 1), ([in_source], [in_source] * 2, 0),
             ([], [off("switched off on the command line")], 0),
             ([], [off("switched off in the source", "LATCH")], 1), ([], [off("later")], 1),
             ([off("cut short by an error", "LATCH")], [off("cut short by an error", "LATCH")], 0)]
