@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "rulecheck/merge.h"
 #include "rulecheck/not_checked.h"
@@ -176,7 +177,8 @@ class Run {
         tool_(text(run, "tool", "driver", "name")),
         directory_(directory),
         owners_(owners),
-        result_(result) {}
+        result_(result),
+        invocations_(invocationsOf(run)) {}
 
   void read() {
     readDescriptors(at(run_, "tool", "driver"));
@@ -187,13 +189,22 @@ class Run {
     for (const Json& found : at(run_, "results")) {
       read(found);
     }
-    std::size_t index = 0;
-    for (const Json& invocation : at(run_, "invocations")) {
-      readInvocation(invocation, index++);
+    for (std::size_t index = 0; index < invocations_.size(); ++index) {
+      readInvocation(*invocations_[index], index);
     }
   }
 
  private:
+  // That of a converter is the last one.
+  static std::vector<const Json*> invocationsOf(const Json& run) {
+    std::vector<const Json*> invocations;
+    for (const Json& invocation : at(run, "invocations")) {
+      invocations.push_back(&invocation);
+    }
+    invocations.push_back(&at(run, "conversion", "invocation"));
+    return invocations;
+  }
+
   void readDescriptors(const Json& component) {
     for (const char* const kind : {"rules", "notifications"}) {
       for (const Json& descriptor : at(component, kind)) {
@@ -203,12 +214,11 @@ class Run {
   }
 
   void readOverrides() {
-    std::size_t invocation = 0;
-    for (const Json& run : at(run_, "invocations")) {
+    for (std::size_t invocation = 0; invocation < invocations_.size(); ++invocation) {
       for (const auto& [kind, list] :
            {std::pair("rules", "ruleConfigurationOverrides"),
             std::pair("notifications", "notificationConfigurationOverrides")}) {
-        for (const Json& change : at(run, list)) {
+        for (const Json& change : at(*invocations_[invocation], list)) {
           const Json& descriptor = descriptorFor(at(change, "descriptor"), kind);
           const std::string level = text(change, "configuration", "level");
           if (!descriptor.is_null() && !level.empty()) {
@@ -216,7 +226,6 @@ class Run {
           }
         }
       }
-      ++invocation;
     }
   }
 
@@ -226,7 +235,8 @@ class Run {
                                        : changed->second;
   }
 
-  // A tool that failed may have missed something, so that is a finding, too.
+  // A tool that failed may have missed something, so that is a finding, too, and what an older
+  // result has beyond this one is not fixed.
   void readInvocation(const Json& invocation, std::size_t index) {
     bool isExplained = false;
     for (const char* const kind :
@@ -235,9 +245,16 @@ class Run {
         isExplained = readNotification(notification, index) == "error" || isExplained;
       }
     }
-    if (at(invocation, "executionSuccessful") == false && !isExplained) {
-      readNotification({{"level", "error"}, {"message", {{"text", failureOf(invocation)}}}}, index);
+    if (at(invocation, "executionSuccessful") != false) {
+      return;
     }
+    const Json failure = {{"level", "error"}, {"message", {{"text", failureOf(invocation)}}}};
+    if (!isExplained) {
+      readNotification(failure, index);
+    }
+    Violation& cut = addViolation(failure, {}, keyOf("notification"), "error",
+                                  result_->mutable_waived_violations());
+    (*cut.mutable_categories())[kWaiverCategory] = kCutShort;
   }
 
   std::string failureOf(const Json& invocation) const {
@@ -560,6 +577,7 @@ class Run {
   const fs::path& directory_;
   Owners* owners_;
   SessionResult* result_;
+  std::vector<const Json*> invocations_;
   int count_ = 0;
   // By kind and id. Of several with the same, the first.
   std::map<std::pair<std::string, std::string>, const Json*> descriptors_;

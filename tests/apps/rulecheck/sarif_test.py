@@ -222,11 +222,15 @@ class Import(RulecheckTest):
         described = {"defaultConfiguration": {"level": "error"}, "messageStrings": {"m": {"text": "bad {0}"}}}
         tool = {"driver": {"name": "tool", "notifications": [{"id": "D", **described}]},
                 "extensions": [{"name": "more", "notifications": [{"id": "E", **described}]}]}
+        old = self.write("old.sarif", log({"message": {"text": "gone"}}))
         for name, (invocation, lines) in cases.items():
-            with self.subTest(name):
-                path = self.write("log.sarif", log({"message": {"text": "m"}}, invocations=[invocation], tool=tool))
-                text = self.rulecheck("text", path).stdout.decode("utf-8").splitlines()
-                self.assertEqual(sorted(text), sorted([*lines, "warning: m []"]))
+            for run in [{"invocations": [invocation]}, {"conversion": {"invocation": invocation}}]:
+                with self.subTest(name, run=run):
+                    path = self.write("log.sarif", log({"message": {"text": "m"}}, tool=tool, **run))
+                    text = self.rulecheck("text", path).stdout.decode("utf-8").splitlines()
+                    self.assertEqual(sorted(text), sorted([*lines, "warning: m []"]))
+                    has_failed = invocation.get("executionSuccessful") is False
+                    self.assertEqual(b"\nnot checked: " in self.rulecheck("diff", old, path).stdout, has_failed)
 
     def test_refuses_what_is_not_a_log(self):
         cases = {"malformed JSON in line 1": ["", "{", '"\\ud800"', "\x00", "\x1f\x8b", "[" * 100000],
