@@ -57,19 +57,23 @@ void Catalog::checkReplaceable(const std::string& key) const {
 }
 
 void Catalog::put(std::vector<Rule>* rules, const Limits& limits) {
-  std::size_t count = rules_.size();
+  decltype(rules_) added;
   for (const Rule& rule : *rules) {
-    count += rules_.count(rule->spec.key()) == 0 ? 1 : 0;
+    if (rules_.count(rule->spec.key()) == 0) {
+      added.emplace(rule->spec.key(), nullptr);
+    }
   }
+  const std::size_t count = rules_.size() + added.size();
   if (count > limits.rules) {
     throw Failure(ErrorCode::LimitExceeded,
                   "the catalog takes at most " + std::to_string(limits.rules) +
                       " rules: replace some, or restart the server with a higher limit");
   }
   rules_.reserve(count);
+  // Nothing can fail from here on.
+  rules_.merge(added);
   for (Rule& rule : *rules) {
-    const std::string& key = rule->spec.key();
-    rules_[key].swap(rule);
+    rules_.find(rule->spec.key())->second.swap(rule);
   }
 }
 

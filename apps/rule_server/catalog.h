@@ -41,7 +41,7 @@ class Catalog {
 
   // Adds rules, whose keys differ, or replaces those with their keys, which are in rules
   // afterwards: the caller can destroy them without the lock. Throws Failure
-  // (LimitExceeded), and changes nothing then.
+  // (LimitExceeded) or std::bad_alloc, and changes nothing then.
   void put(std::vector<Rule>* rules, const Limits& limits);
 
   // The rule of that key, if findings may be recorded for it. Throws Failure

@@ -142,6 +142,37 @@ TEST(Limits, CountNoFindingForWhichMemoryIsLacking) {
   EXPECT_EQ(1U, state.violated.count("R"));
 }
 
+TEST(Limits, ReplaceAllRulesOrNoneIfMemoryIsLacking) {
+  const Limits limits;
+  rule_server::Budget budget(limits.bytes);
+  const auto rules = [&](const std::string& keys) {
+    std::vector<rule_server::Rule> made;
+    for (const char key : keys) {
+      const std::string name(1, key);
+      made.push_back(rule_server::makeRule(
+          name, parse<RuleSpec>("key: '" + name + "' full_name: '" + keys + "'"), limits, budget));
+    }
+    return made;
+  };
+  std::size_t failures = 0;
+  for (bool failed = true; failed; ++failures) {
+    rule_server::Catalog catalog;
+    auto old = rules("AC");
+    catalog.put(&old, limits);
+    auto given = rules("ABCD");
+    const FailingAllocation failing(failures);
+    try {
+      catalog.put(&given, limits);
+    } catch (const std::bad_alloc&) {
+      EXPECT_EQ(2U, catalog.all().size()) << failures;
+    }
+    failed = failing.failed();
+    EXPECT_EQ(failed ? "AC" : "ABCD", catalog.at("A")->spec.full_name()) << failures;
+    EXPECT_EQ(failed ? "AC" : "ABCD", catalog.at("C")->spec.full_name()) << failures;
+  }
+  EXPECT_GT(failures, 2U);
+}
+
 TEST(Limits, AreExceededIfMemoryIsLacking) {
   TestServer server;
   server.prepare("start; W; " + finding(1000000));
