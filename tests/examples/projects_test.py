@@ -2,6 +2,8 @@
 
 """The projects and commands of examples/, with the package installed as README.md says."""
 
+import _ctypes
+import ctypes
 import os
 import pathlib
 import shutil
@@ -85,9 +87,17 @@ class Plugin(ProjectTest):
         shutil.copy(self.work / "with_cmake.sh", self.work / "plugin")
         shutil.copytree(self.work / "plugin", self.work, dirs_exist_ok=True)
         self.run_script("with_cmake.sh")
-        ended = self.run_program(self.work / "build/host", self.work / "build/plugin.so")
-        self.assertEqual((ended.returncode, ended.stdout, ended.stderr),
-                         (0, 2 * "critical warning\n", ""))
+        violation = b"\x08\x07\x10\x02"  # id: 7 severity: SEV_CRITICAL_WARNING
+        for _ in range(2):
+            plugin = ctypes.CDLL(self.work / "build/plugin.so")
+            function = ctypes.CFUNCTYPE(ctypes.c_int, ctypes.c_char_p, ctypes.c_size_t,
+                                        ctypes.c_char_p, ctypes.c_size_t)(("severityWord", plugin))
+            word = ctypes.create_string_buffer(32)
+            for size, room, status in [(2, 32, -1), (3, 32, -1), (4, 16, -1), (4, 17, 0)]:
+                self.assertEqual(function(violation, size, word, room), status, (size, room))
+            self.assertEqual(word.value, b"critical warning")
+            _ctypes.dlclose(plugin._handle)
+            self.assertNotIn("plugin.so", pathlib.Path("/proc/self/maps").read_text())
 
 
 class Decode(ProjectTest):
