@@ -8,7 +8,9 @@
 #include <regex>
 #include <set>
 #include <sstream>
+#include <stdexcept>
 
+#include "common/message_file.h"
 #include "support/messages.h"
 
 namespace tests {
@@ -54,7 +56,41 @@ void expectIds(const Findings& findings, int count, std::set<int>* ids) {
   }
 }
 
+rule_server::Environment environmentWith(MemoryFiles* files, const rule_server::Limits& limits) {
+  rule_server::Environment environment;
+  environment.limits = limits;
+  environment.token = "secret";
+  environment.files = files;
+  environment.now = [time = 1000]() mutable { return time++; };
+  environment.newUuid = [count = 0]() mutable { return "uuid-" + std::to_string(++count); };
+  environment.page = [](const SessionResult& result) {
+    if (result.session().name() == "unprintable") {
+      throw std::runtime_error("no page");
+    }
+    return "page of " + result.session().name();
+  };
+  return environment;
+}
+
 }  // namespace
+
+std::string MemoryFiles::read(const std::string& path) {
+  const auto file = contents.find(path);
+  if (file == contents.end()) {
+    throw apps::FileError(path + ": cannot be read");
+  }
+  return file->second;
+}
+
+void MemoryFiles::write(const std::string& path, const std::string& content) {
+  if (path.rfind("/broken", 0) == 0) {
+    throw apps::FileError(path + ": cannot be written");
+  }
+  contents[path] = content;
+}
+
+TestServer::TestServer(const rule_server::Limits& limits)
+    : server(environmentWith(&files, limits)) {}
 
 Request requestOf(const std::string& text) {
   const auto word = words().find(text);

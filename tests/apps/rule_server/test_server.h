@@ -5,10 +5,11 @@
 #ifndef VOK_TESTS_APPS_RULE_SERVER_TEST_SERVER_H_
 #define VOK_TESTS_APPS_RULE_SERVER_TEST_SERVER_H_
 
+#include <map>
 #include <string>
 #include <vector>
 
-#include "fake_environment.h"
+#include "rule_server/files.h"
 #include "rule_server/rule_server.h"
 
 namespace tests {
@@ -21,9 +22,21 @@ vok::rulecheck::Request requestOf(const std::string& text);
 // Splits a table with a row per line and " | " between its cells.
 std::vector<std::vector<std::string>> rowsOf(const std::string& table);
 
-class TestServer : public FakeEnvironment {
+// Files in memory. A path that begins with "/broken" can't be written.
+class MemoryFiles : public rule_server::Files {
  public:
-  explicit TestServer(const rule_server::Limits& limits = {}) : server(environment(limits)) {}
+  std::string read(const std::string& path) override;
+  void write(const std::string& path, const std::string& content) override;
+
+  std::map<std::string, std::string> contents;
+};
+
+// The token is "secret", the first time 1000 and each further one 1 more, uuids are
+// "uuid-1", "uuid-2" and so on, and pages are "page of NAME", except that there is
+// no page for a session named "unprintable".
+class TestServer {
+ public:
+  explicit TestServer(const rule_server::Limits& limits = {});
 
   // Performs a request, and checks that the response is well-formed: initialized, with the body
   // of its type and no other, and the same after being serialized and parsed.
@@ -40,6 +53,7 @@ class TestServer : public FakeEnvironment {
   // from 1.
   vok::rulecheck::SessionResult result(const std::string& session = "s");
 
+  MemoryFiles files;
   rule_server::Server server;
 };
 
