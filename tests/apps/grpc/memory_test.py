@@ -1,13 +1,18 @@
 # SPDX-License-Identifier: Apache-2.0
 
-"""Memory that clients cost: the server lives on under a limit of its address space."""
+"""Memory that clients cost: the server lives on under a limit of its address space, and closes
+the connections of clients that ignore what it asks of them."""
 
+import concurrent.futures
 import random
 import resource
+import struct
 import time
 import unittest
 
-from servers import HEALTH, MEBIBYTE, Server, ServerTest, file, finding, protocol, session
+import grpc
+from servers import (HEALTH, MEBIBYTE, SERVICE, Server, ServerTest, connected, file, finding, protocol,
+                     session)
 
 ADDRESS_SPACE = 1536 * MEBIBYTE
 LIMITS = ["--max-bytes", 64 * MEBIBYTE, "--max-session-bytes", 64 * MEBIBYTE,
@@ -17,11 +22,13 @@ HOSTILE_ARGUMENTS = 524000
 
 
 class MemoryTest(ServerTest):
+    LIMITS = LIMITS
+    PREFIX = ["prlimit", f"--as={ADDRESS_SPACE}"]
+
     def setUp(self):
         super().setUp()
         (self.folder / "files").mkdir()
-        self.server = Server(self, "--files", "files", *LIMITS,
-                             prefix=["prlimit", f"--as={ADDRESS_SPACE}"])
+        self.server = Server(self, "--files", "files", *self.LIMITS, prefix=self.PREFIX)
         self.client = self.large_channel()
         self.kept = self.client.start()
         self.client.find(self.kept, "mark")
@@ -71,13 +78,6 @@ class Findings(MemoryTest):
         codes = self.statuses("createViolation", [hostile] * 12)
         self.assertEqual(codes, {"OK", "RESOURCE_EXHAUSTED"})
         self.statuses("getSessionResult", [session(other)] * 8)
-
-    def test_of_rules_that_change(self):
-        other = self.client.start()
-        for i in range(120):
-            self.client.refusal("upsertRuleSpec", protocol.RuleSpec(
-                key="C", full_name="f", owner=str(i) * 300000))
-            self.client.refusal("createViolation", finding(other, rule="C"))
 
 
 class Sessions(MemoryTest):
@@ -139,17 +139,6 @@ class Files(MemoryTest):
                 self.assertEqual(status, ("OK", None), (text, proto))
                 self.client.refusal("resetSession", session(other))
 
-    def test_of_rules_in_all_formats(self):
-        for i in range(4):
-            self.client.refusal("upsertRuleSpec", protocol.RuleSpec(
-                key=f"K{i}", full_name="f", session_names=protocol.StringList(
-                    msg=["\x01"] * 30000)))
-        for path in ["d.pb", "d.txt", "d.json"]:
-            self.client.call("dumpRules", data_file=file(path))
-            load = protocol.LoadRuleDataFile(data_file=file(path))
-            self.assertIn(self.client.refusal("loadRuleDataFile", load)[0],
-                          ["OK", "FAILED_PRECONDITION"])
-
 
 class Sequences(MemoryTest):
     def test_at_random(self):
@@ -179,6 +168,84 @@ class Sequences(MemoryTest):
         for method in ["getSessionResult", "writeReport", "resetSession"]:
             bodies[method] = session(uuid)
         return random.choice(list(bodies.items()))
+
+
+STREAMS = 20000
+HEADERS, RESET, SETTINGS, CONTINUATION = 1, 3, 4, 9
+END_STREAM, END_HEADERS = 1, 4
+PREFACE = b"PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n"
+
+
+def frame(kind, flags, stream, content=b""):
+    return struct.pack(">I", len(content))[1:] + struct.pack(">BBI", kind, flags, stream) + content
+
+
+def text(value):
+    return bytes([len(value)]) + value
+
+
+# The first request has the connection remember the fields that the others repeat.
+FIRST = (b"\x83\x86\x44" + text(f"/{SERVICE}/getVersion".encode()) + b"\x41" + text(b"host") +
+         b"\x40" + text(b"te") + text(b"trailers") + b"\x5f" + text(b"application/grpc"))
+NEXT = b"\x83\x86\xc1\xc0\xbf\xbe"
+ARGUMENT = b"\0\0\0\0\0"
+FIELDS = (b"\0" + text(b"k") + text(b"v")) * 3200
+
+
+def requests(end):
+    """Of which each one ends with the frames that end makes of the number of its stream."""
+    for stream in range(1, 2 * STREAMS, 2):
+        yield frame(HEADERS, END_HEADERS, stream, FIRST if stream == 1 else NEXT) + end(stream)
+
+
+def long_headers():
+    for stream in range(1, 40, 2):
+        yield frame(HEADERS, 0, stream, FIRST if stream == 1 else NEXT)
+        for _ in range(250):
+            yield frame(CONTINUATION, 0, stream, FIELDS)
+        yield frame(CONTINUATION, END_HEADERS, stream)
+
+
+class Floods(MemoryTest):
+    LIMITS = ["--max-bytes", 10 * MEBIBYTE, "--max-work-bytes", 54 * MEBIBYTE]
+    PREFIX = []
+
+    def flood(self, frames):
+        """Until the server closes the connection or reads no more. Acknowledges no settings."""
+        with connected(self.server.address, 5) as connection:
+            try:
+                connection.sendall(PREFACE + frame(SETTINGS, 0, 0))
+                for each in frames:
+                    connection.sendall(each)
+                while connection.recv(4096):
+                    pass
+            except (BrokenPipeError, ConnectionResetError, TimeoutError):
+                pass
+
+    def check(self, frames):
+        with concurrent.futures.ThreadPoolExecutor(4) as pool:
+            for flood in [pool.submit(self.flood, frames()) for _ in range(4)]:
+                flood.result()
+        # The server still closes connections until it has freed what the flood took.
+        while self.client.refusal("getVersion")[0] == "UNAVAILABLE":
+            time.sleep(0.01)
+        self.assertLess(self.server.most_memory(), 512 * MEBIBYTE)
+
+    def test_of_requests_without_an_argument(self):
+        self.check(lambda: requests(lambda stream: b""))
+
+    def test_of_arguments_without_an_end(self):
+        self.check(lambda: requests(lambda stream: frame(0, 0, stream, b"\0\0\0\xff\xff" + b"x")))
+
+    def test_of_answers_that_are_not_read(self):
+        self.check(lambda: requests(lambda stream: frame(0, END_STREAM, stream, ARGUMENT)))
+
+    def test_of_canceled_requests(self):
+        self.check(lambda: requests(lambda stream: frame(0, END_STREAM, stream, ARGUMENT)
+                                    + frame(RESET, 0, stream, b"\0\0\0\x08")))
+
+    def test_of_header_fields(self):
+        self.check(long_headers)
 
 
 if __name__ == "__main__":

@@ -5,15 +5,13 @@
 import time
 import unittest
 
-from servers import MEBIBYTE, Server, ServerTest, file, finding, protocol, session
+import memory_test
+from servers import MEBIBYTE, file, finding, protocol, session
 
 
-class DefaultLimits(ServerTest):
-    def setUp(self):
-        super().setUp()
-        (self.folder / "files").mkdir()
-        self.server = Server(self, "--files", "files")
-        self.client = self.large_channel()
+class DefaultLimits(memory_test.MemoryTest):
+    LIMITS = []
+    PREFIX = []
 
     def tearDown(self):
         print(f"{self.id()}: {self.server.most_memory() // MEBIBYTE} MiB at most")

@@ -57,6 +57,9 @@ const std::string kErrors = R"table(
 STOP_SERVER token: 'secret' | GET_VERSION | 5 | stopped
  | EXCHANGE_TOKEN token: 'Secret' | 6 | token
  | EXCHANGE_TOKEN token: '' | 6 | token
+ | EXCHANGE_TOKEN token: 'secre' | 6 | token
+ | EXCHANGE_TOKEN token: 'secretsecret' | 6 | token
+ | EXCHANGE_TOKEN token: 'secret\n' | 6 | token
  | STOP_SERVER token: 'x' | 6 | token
 W | CREATE_AFFIRMATION rule_key: 'W' session_uuid: 'x' | 10 | "x"
 W | CREATE_VIOLATION rule_key: 'W' | 10 | no session is named
