@@ -110,18 +110,17 @@ def java(folder):
     return ["java", "-XX:TieredStopAtLevel=1", "-cp", f"{folder}:{JAR}", "Client"]
 
 
-def javascript(folder, client, *options):
+def javascript(folder, runtime):
     (folder / "package.json").write_text('{"type": "module"}', encoding="utf-8")
     (folder / "node_modules").symlink_to(NODE_MODULES)
-    for module in (client, "javascript.mjs"):
-        shutil.copy(HERE / module, folder)
+    shutil.copy(HERE / "client.mjs", folder)
     tools = NODE_MODULES / ".bin"
-    if client == "client_es.mjs":
+    if runtime == "es":
         generate(f"--plugin={tools / 'protoc-gen-es'}", "--es_opt=target=js", f"--es_out={folder}")
     else:
         run("node", tools / "pbjs", "--target", "static-module", "--wrap", "esm", "--es6",
             "--out", folder / "RuleService.js", SCHEMA)
-    return ["node", folder / client, *options]
+    return ["node", folder / "client.mjs", runtime]
 
 
 # What each client needs, and how it is built: the function returns the command that runs it.
@@ -130,9 +129,9 @@ CLIENTS = {
     "python_cpp": (PYTHON_NEEDS, python, "cpp"),
     "python_pure": (PYTHON_NEEDS, python, "python"),
     "java": (["javac", "java", JAR], java),
-    ES: (["node", NODE_MODULES / "@bufbuild/protobuf"], javascript, "client_es.mjs"),
-    JS: (["node", NODE_MODULES / "protobufjs"], javascript, "client_protobufjs.mjs"),
-    KEEPING: (["node", NODE_MODULES / "protobufjs"], javascript, "client_protobufjs.mjs", "--keep-unknown"),
+    ES: (["node", NODE_MODULES / "@bufbuild/protobuf"], javascript, "es"),
+    JS: (["node", NODE_MODULES / "protobufjs"], javascript, "protobufjs"),
+    KEEPING: (["node", NODE_MODULES / "protobufjs"], javascript, "protobufjs_keeping"),
 }
 NEEDS, BUILD, *ARGUMENTS = CLIENTS[NAME]
 
