@@ -82,21 +82,37 @@ Scalar scalarOf(const std::string& value, const char* units) {
   return scalar;
 }
 
-void addValues(const std::string& text, CreateViolation* body) {
-  static const RE2 width(R"( expects (.+?) bits? .* generates (.+?) bits)", RE2::Latin1);
-  static const RE2 index(R"( requires (.+?) bit index, not (.+?) bits)", RE2::Latin1);
-  static const RE2 range("Selection index out of range: (.+?) outside (.+)", RE2::Latin1);
-  std::string threshold;
-  std::string actual;
-  const char* units = "bits";
-  if (RE2::PartialMatch(text, range, &actual, &threshold)) {
-    units = "";
-  } else if (!RE2::PartialMatch(text, width, &threshold, &actual) &&
-             !RE2::PartialMatch(text, index, &threshold, &actual)) {
-    return;
+// What is between two phrases of a text, and behind them; empty if they aren't there. A regular
+// expression would take as long as all else that is done with a message.
+struct Cut {
+  std::string_view between;
+  std::string_view behind;
+};
+
+Cut cut(std::string_view text, std::string_view first, std::string_view second) {
+  const std::size_t start = text.find(first);
+  if (start == std::string_view::npos) {
+    return {};
   }
-  *body->mutable_threshold_value() = scalarOf(threshold, units);
-  *body->mutable_actual_value() = scalarOf(actual, units);
+  text.remove_prefix(start + first.size());
+  const std::size_t end = text.find(second);
+  return end == std::string_view::npos ? Cut{}
+                                       : Cut{text.substr(0, end), text.substr(end + second.size())};
+}
+
+void addValues(const std::string& text, CreateViolation* body) {
+  const auto add = [body](std::string_view threshold, std::string_view actual, const char* units) {
+    if (!threshold.empty() && !actual.empty()) {
+      *body->mutable_threshold_value() = scalarOf(std::string(threshold), units);
+      *body->mutable_actual_value() = scalarOf(std::string(actual), units);
+    }
+  };
+  const Cut width = cut(text, " expects ", " bit");
+  add(width.between, cut(width.behind, " generates ", " bits").between, "bits");
+  const Cut index = cut(text, " requires ", " bit index, not ");
+  add(index.between, cut(index.behind, "", " bits").between, "bits");
+  const Cut range = cut(text, "Selection index out of range: ", " outside ");
+  add(range.behind, range.between, "");
 }
 
 // A message, while its lines are read.
