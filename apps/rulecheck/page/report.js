@@ -399,30 +399,45 @@
 
     // The rule and the place of a waiver; undefined if it can name neither. A blank would end a name.
     const nameOf = (text) => text.replaceAll('\ufffd', '*').replace(/\s/g, '?').replace(/^#/, '?');
-    const waivedBy = ({ rule, file }, line) => {
-      const [key, path] = [nameOf(rules[rule].key), nameOf(files[file].path)];
-      return key && path ? `${key} ${path}${line ? `:${line}` : ''}` : undefined;
+    const waiverOf = (rule, path, line) => {
+      const [key, name] = [nameOf(rules[rule].key), nameOf(path)];
+      return key && name ? `${key} ${name}${line ? `:${line}` : ''}` : undefined;
     };
-    const patternOf = (finding) => plainMessage(data, finding)
-      .replace(/[\\^$.|?*+()[\]{}]/g, '\\$&').replace(/\s/g, '.').replaceAll('\ufffd', '.*');
-    // What waivers without a pattern would accept, too. Names take long to compose.
-    const unselected = () => {
-      const numberOf = ({ rule, file }) => rule * files.length + file;
-      const wanted = new Set(Array.from(selected, numberOf));
-      const names = new Set();
+    const patternOf = (finding) => ` match=^${plainMessage(data, finding)
+      .replace(/[\\^$.|?*+()[\]{}]/g, '\\$&').replace(/\s/g, '.').replaceAll('\ufffd', '.*')}$`;
+    // Waivers of a finding that name no line. They may have the last parts of its path only.
+    const waiversOf = ({ rule, file }) => {
+      const parts = files[file].path.split('/');
+      return parts.map((_, i) => waiverOf(rule, parts.slice(i).join('/'), 0));
+    };
+    // The waivers of selected findings that would accept others, too, with the patterns of these.
+    // To compose waivers takes long.
+    const ambiguous = () => {
+      const waivers = new Set(Array.from(selected, ({ rule, file, line }) => waiverOf(rule, files[file].path, line)));
+      const wanted = new Set(Array.from(waivers, (waiver) => waiver?.replace(/:\d+$/, '')));
+      const known = new Map();
+      const found = new Set();
       for (const finding of findings) {
-        if (!wanted.has(numberOf(finding)) || !canWaive(finding) || selected.has(finding)) continue;
-        names.add(waivedBy(finding, finding.line)).add(waivedBy(finding, 0));
+        if (!canWaive(finding) || selected.has(finding)) continue;
+        const number = finding.rule * files.length + finding.file;
+        if (!known.has(number)) known.set(number, waiversOf(finding).filter((waiver) => wanted.has(waiver)));
+        for (const anywhere of known.get(number)) {
+          for (const waiver of [anywhere, `${anywhere}:${finding.line}`]) {
+            if (waivers.has(waiver)) found.add(waiver).add(waiver + patternOf(finding));
+          }
+        }
       }
-      return names;
+      return found;
     };
     const showSelection = () => {
-      const others = unselected();
+      const others = ambiguous();
       const lineOf = (finding) => {
-        const name = waivedBy(finding, finding.line);
+        const waiver = waiverOf(finding.rule, files[finding.file].path, finding.line);
         const key = nameOf(rules[finding.rule].key);
-        if (!name) return `# no waiver for a finding ${key ? `of ${key} that names no file` : 'that names no rule'}`;
-        return `${name}${others.has(name) ? ` match=^${patternOf(finding)}$` : ''} -- ${byId('reason').value.trim()}`;
+        if (!waiver) return `# no waiver for a finding ${key ? `of ${key} that names no file` : 'that names no rule'}`;
+        const pattern = others.has(waiver) ? patternOf(finding) : '';
+        if (pattern && others.has(waiver + pattern)) return `# no waiver for ${waiver}: it would accept one that is not ticked`;
+        return `${waiver}${pattern} -- ${byId('reason').value.trim()}`;
       };
       const lines = new Set(findings.filter((finding) => selected.has(finding)).map(lineOf));
       byId('selection').hidden = selected.size === 0;

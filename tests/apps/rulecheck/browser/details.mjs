@@ -155,12 +155,18 @@ checkPage('only violations can be ticked', sample, {}, async (page) => {
 });
 
 checkPage('a line names the message if another one of the rule is there', alike, {}, async (page) => {
-  const [first, second] = await page.locator('.row input').all();
+  const [first, second, inFolder] = await page.locator('.row input').all();
   await first.check();
   const message = String.raw`match=^Bits.\[3:0\].of.a\.\*b.\(not\).\$used\\\?\^\|\+\{1\}$`;
   assert.equal(await waivers(page), `R a.v:3 ${message} -- \n`);
   await second.check();
-  assert.equal(await waivers(page), 'R a.v:3 -- \n');
+  const refused = '# no waiver for R a.v:3: it would accept one that is not ticked\n';
+  assert.equal(await waivers(page), `R a.v:3 ${message} -- \n${refused}`);
+  await inFolder.check();
+  assert.equal(await waivers(page), 'R a.v:3 -- \nR lib/a.v:3 -- \n');
+  await first.uncheck();
+  await second.uncheck();
+  assert.equal(await waivers(page), 'R lib/a.v:3 -- \n');
 });
 
 if (process.env.VERILATOR) {

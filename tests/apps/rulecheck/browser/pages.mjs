@@ -79,10 +79,11 @@ export const placed = once(() => {
   return pageOfText('placed', resultOf(now), '--baseline', old, '--link', 'https://host/blob/{path}#L{line}');
 });
 
-// Two findings of a rule on a line.
-export const alike = () => pageOfText('alike', resultOf(['Bits [3:0] of a.*b (not) $used\\\\?^|+{1}', 'else'].map((text, i) =>
+// Findings of a rule on a line. Waivers that name the last file hold for files of that name in folders, too.
+const texts = [['lib/a.v', 'else'], ['a.v', 'Bits [3:0] of a.*b (not) $used\\\\?^|+{1}'], ['a.v', 'else']];
+export const alike = () => pageOfText('alike', resultOf(texts.map(([file, text], i) =>
   `hashmap { key: ${i} value { id: ${i} severity: SEV_ERROR rule_key: 'R' details { text: '%1: %2' args {
-     arg { ref { type: FILE name: 'a.v:3:${i + 1}' url { scheme: FILE path: '/a.v' } } } arg { string_val: '${text}' } } } } }`)));
+     arg { ref { type: FILE name: '${file}:3:${i + 1}' url { scheme: FILE path: '/${file}' } } } arg { string_val: '${text}' } } } } }`)));
 
 // A page whose session, rule and finding have the same text in all their fields.
 export const spoofed = (name, text) => () => {
