@@ -397,14 +397,16 @@
       if (state.has('finding')) reveal(state.get('finding'));
     };
 
-    // The rule and the place of a waiver; undefined if it can name neither. A blank would end a name.
-    const nameOf = (text) => text.replaceAll('\ufffd', '*').replace(/\s/g, '?').replace(/^#/, '?');
+    // Which end a name in a waiver. Other blanks have several bytes, of which ? and . mean one.
+    const blanks = /[\t\n\f\r ]/g;
+    const nameOf = (text) => text.replaceAll('\ufffd', '*').replace(blanks, '?').replace(/^#/, '?');
+    // The rule and the place of a waiver; undefined if one has no name.
     const waiverOf = (rule, path, line) => {
       const [key, name] = [nameOf(rules[rule].key), nameOf(path)];
       return key && name ? `${key} ${name}${line ? `:${line}` : ''}` : undefined;
     };
     const patternOf = (finding) => ` match=^${plainMessage(data, finding)
-      .replace(/[\\^$.|?*+()[\]{}]/g, '\\$&').replace(/\s/g, '.').replaceAll('\ufffd', '.*')}$`;
+      .replace(/[\\^$.|?*+()[\]{}]/g, '\\$&').replace(blanks, '.').replaceAll('\ufffd', '.*')}$`;
     // Waivers of a finding that name no line. They may have the last parts of its path only.
     const waiversOf = ({ rule, file }) => {
       const parts = files[file].path.split('/');

@@ -157,7 +157,7 @@ checkPage('only violations can be ticked', sample, {}, async (page) => {
 checkPage('a line names the message if another one of the rule is there', alike, {}, async (page) => {
   const [first, second, inFolder] = await page.locator('.row input').all();
   await first.check();
-  const message = String.raw`match=^Bits.\[3:0\].of.a\.\*b.\(not\).\$used\\\?\^\|\+\{1\}$`;
+  const message = String.raw`match=^Bits${'\u3000'}\[3:0\].of.a\.\*b.\(not\).\$used\\\?\^\|\+\{1\}$`;
   assert.equal(await waivers(page), `R a.v:3 ${message} -- \n`);
   await second.check();
   const refused = '# no waiver for R a.v:3: it would accept one that is not ticked\n';

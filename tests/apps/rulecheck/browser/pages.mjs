@@ -80,7 +80,7 @@ export const placed = once(() => {
 });
 
 // Findings of a rule on a line. Waivers that name the last file hold for files of that name in folders, too.
-const texts = [['lib/a.v', 'else'], ['a.v', 'Bits [3:0] of a.*b (not) $used\\\\?^|+{1}'], ['a.v', 'else']];
+const texts = [['lib/a.v', 'else'], ['a.v', 'Bits\u3000[3:0] of a.*b (not) $used\\\\?^|+{1}'], ['a.v', 'else']];
 export const alike = () => pageOfText('alike', resultOf(texts.map(([file, text], i) =>
   `hashmap { key: ${i} value { id: ${i} severity: SEV_ERROR rule_key: 'R' details { text: '%1: %2' args {
      arg { ref { type: FILE name: '${file}:3:${i + 1}' url { scheme: FILE path: '/${file}' } } } arg { string_val: '${text}' } } } } }`)));
