@@ -525,9 +525,12 @@
         next.focus();
       }
     });
-    window.addEventListener('hashchange', () => {
-      if (/=|^$/.test(location.hash)) followAddress();  // not the link to the list
+    // The address keeps the filter.
+    document.querySelector('.skip').addEventListener('click', (event) => {
+      event.preventDefault();
+      list.focus();
     });
+    window.addEventListener('hashchange', followAddress);
     window.addEventListener('beforeprint', () => {
       render(printedRows, true);
       byId('unprinted').hidden = shown.length <= printedRows;

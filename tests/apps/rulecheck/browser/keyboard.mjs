@@ -80,8 +80,12 @@ checkPage('groups and rows fold by keyboard', sample, {}, async (page) => {
   assert.equal(await focusedClass(), 'fold');
 });
 
-checkPage('the skip link leads to the findings', sample, {}, async (page) => {
-  await page.keyboard.press('Tab');
+checkPage('the skip link leads to the findings of the search', sample, {}, async (page) => {
+  await page.fill('#query', 'LATCH');
+  await settle(page);
+  await page.locator('.skip').focus();
   await page.keyboard.press('Enter');
   assert.equal(await page.evaluate(() => document.activeElement.id), 'findings');
+  await page.reload();
+  assert.equal(await statusOf(page), '2 of 20 findings');
 });
