@@ -104,22 +104,6 @@ class ReadRequests(RecipeTest):
         self.assertEqual((ended.returncode, ended.stdout), (1, b"a bad request\n"))
 
 
-class PrintMessage(RecipeTest):
-    def test_results(self):
-        named = self.encoded("SessionResult", 'session { name: "a" } violation_count: 2')
-        for about, given, expected in (
-                ("complete", named,
-                 b'session {\n  name: "a"\n}\nviolation_count: 2\n'
-                 b'{\n "session": {\n  "name": "a"\n },\n "violationCount": 2\n}\n'),
-                ("incomplete", b"\x10\x02", b"violation_count: 2\nno JSON\n"),
-                ("malformed", b"\x10", b"malformed bytes\n")):
-            with self.subTest(about):
-                status, out, error = self.run_recipe("print_message", given=given)
-                self.assertEqual(error, b"")
-                self.assertEqual("".join(out.decode().split()), "".join(expected.decode().split()))
-                self.assertEqual(status, 1 if about == "malformed" else 0)
-
-
 class ParseOnArena(RecipeTest):
     TEXT = 'session { name: "%s" } violations { %s }'
     FINDING = "hashmap { key: %d value { id: 1 severity: %s } }"
