@@ -70,12 +70,6 @@ in_port_t& portOf(sockaddr* address) {
   return reinterpret_cast<sockaddr_in*>(address)->sin_port;
 }
 
-std::string numberOf(const addrinfo& info) {
-  char number[NI_MAXHOST] = "";
-  getnameinfo(info.ai_addr, info.ai_addrlen, number, sizeof number, nullptr, 0, NI_NUMERICHOST);
-  return number;
-}
-
 in_port_t boundPort(int socket) {
   sockaddr_storage bound{};
   socklen_t size = sizeof bound;
@@ -200,7 +194,7 @@ void Listener::listenOnPort(const Address& address) {
   int error = 0;
   std::set<std::string> numbers;
   for (const addrinfo* info = infos.get(); info != nullptr; info = info->ai_next) {
-    if (!numbers.insert(numberOf(*info)).second) {
+    if (!numbers.emplace(reinterpret_cast<const char*>(info->ai_addr), info->ai_addrlen).second) {
       continue;
     }
     portOf(info->ai_addr) = port;

@@ -24,21 +24,14 @@ using vok::rulecheck::Response;
 const std::string kRequests = R"(
 start; W | affirmation | type: AFFIRMATION affirmation { id: 1 rule_key: 'W' details { text: 'Widths' } }
 start; W | violation | type: VIOLATION violation { id: 1 severity: SEV_UNKNOWN rule_key: 'W' details { text: 'Widths' } }
- | EXCHANGE_TOKEN token: 'secret' | type: STATUS_RESPONSE status { code: 0 msg: 'token accepted' }
 start; W; violation | GET_RULESPECS session { name: 'any' uuid: 's' } | type: SESSION_RESULT session_result { session { name: 'n' uuid: 's' timestamp: 1000 } specs_violated { hashmap { key: 'W' value { key: 'W' full_name: 'Widths' } } } specs_affirmed { } }
-start | GET_SESSION session_uuid: 's' | type: SESSION session { name: 'n' uuid: 's' timestamp: 1000 }
 start; stop | GET_SESSION session_uuid: 's' | type: SESSION session { name: 'n' uuid: 's' timestamp: 1000 }
 start | result | type: SESSION_RESULT session_result { session { name: 'n' uuid: 's' timestamp: 1000 } violation_count: 0 waived_count: 0 affirmation_count: 0 violations { } waived_violations { } affirmations { } }
- | GET_VERSION | type: VERSION version { major: 1 minor: 4 patch: 0 }
-start; W; violation | reset | type: STATUS_RESPONSE status { code: 0 msg: 'session reset' }
 start; W; violation; affirmation; reset | result | type: SESSION_RESULT session_result { session { name: 'n' uuid: 's' timestamp: 1000 } violation_count: 0 waived_count: 0 affirmation_count: 0 violations { } waived_violations { } affirmations { } }
 start; W; violation; affirmation; reset | affirmation | type: AFFIRMATION affirmation { id: 1 rule_key: 'W' details { text: 'Widths' } }
  | START_SESSION name: 'n' pid: 4711 uuid: 's' description: 'd' proto_file @p report_file @r | type: SESSION session { name: 'n' uuid: 's' description: 'd' timestamp: 1000 report_file { scheme: FILE path: 'r' } proto_file { scheme: FILE path: 'p' } }
  | START_SESSION name: 'n' | type: SESSION session { name: 'n' uuid: 'uuid-1' timestamp: 1000 }
 start | START_SESSION name: '' uuid: '' | type: SESSION session { name: '' uuid: 'uuid-1' timestamp: 1001 }
-start | stop | type: STATUS_RESPONSE status { code: 0 msg: 'session stopped' }
- | W | type: STATUS_RESPONSE status { code: 0 msg: 'rule stored' }
- | STOP_SERVER token: 'secret' | type: STATUS_RESPONSE status { code: 0 msg: 'server stopped' }
 )";
 
 TEST(Requests, AreAnswered) {

@@ -55,8 +55,7 @@ SETUP = ["""type: UPSERT_RULESPEC upsert_rulespec { rule_spec {
          key: "WIDTH" full_name: "Width of a bus" raw_msg: "%1 has %2: %3"
          categories { key: -1 value: "unsorted" } dynamic_categories { key: 7 value: true }
          examples { uri { link_text: "manual" url { scheme: HTTPS host: "host.example" } } } } }""",
-         """type: START_SESSION start_session { name: "nightly" uuid: "s-1"
-         report_file { scheme: FILE path: "/reports/nightly.html" } }"""]
+         """type: START_SESSION start_session { name: "nightly" uuid: "s-1" }"""]
 
 # What the answer holds, in the order of the clients' values().
 ANSWER = "2 WIDTH 0 4 host.example 187.5 0 9223372036854775807 21 clk -1 -9007199254740993 naïve – ✓ 🙂 2 unsorted team α"
