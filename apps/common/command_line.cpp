@@ -2,10 +2,13 @@
 
 #include "common/command_line.h"
 
+#include <fcntl.h>
 #include <google/protobuf/stubs/logging.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <exception>
+#include <initializer_list>
 #include <iostream>
 #include <string>
 
@@ -20,9 +23,20 @@ std::string messageOf(const CLI::App& app, const std::exception& error) {
   return (isOfFile ? app.get_config_ptr()->as<std::string>() + ": " : "") + error.what();
 }
 
+// A file that the program opens must not get the number of a standard descriptor that is
+// closed, and with it what is written there. Writing to this one fails, too.
+void fillStandardDescriptors() {
+  for (const int each : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(each, F_GETFD) < 0) {
+      open("/", O_PATH);
+    }
+  }
+}
+
 }  // namespace
 
 int run(CLI::App& app, int argc, const char* const* argv, const std::function<void()>& work) {
+  fillStandardDescriptors();
   // Protocol Buffers would add lines of its own to an error's.
   google::protobuf::SetLogHandler(nullptr);
   // A file that is too long is an error, not the program's end.

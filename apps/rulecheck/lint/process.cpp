@@ -6,12 +6,12 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
-#include <sys/mman.h>
 #include <sys/signalfd.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -22,6 +22,9 @@
 
 namespace rulecheck {
 namespace {
+
+// What a pipe holds at most.
+constexpr int kPipeBytes = 1 << 20;
 
 [[noreturn]] void fail(const char* call) {
   throw std::system_error(errno, std::generic_category(), call);
@@ -43,19 +46,6 @@ class Descriptor {
  private:
   int number_;
 };
-
-std::string contentOf(const Descriptor& file) {
-  std::string content(static_cast<std::size_t>(lseek(file.number(), 0, SEEK_END)), '\0');
-  for (std::size_t done = 0; done < content.size();) {
-    const ssize_t count = pread(file.number(), content.data() + done, content.size() - done,
-                                static_cast<off_t>(done));
-    if (count <= 0) {
-      fail("pread");
-    }
-    done += static_cast<std::size_t>(count);
-  }
-  return content;
-}
 
 // What a new process does before its program starts.
 class Preparation {
@@ -104,14 +94,20 @@ pid_t start(const std::vector<std::string>& words, const Preparation& preparatio
   return pid;
 }
 
-// Whether it ended before a signal of the set came.
-bool endsBefore(const sigset_t& signals, pid_t pid) {
+// Whether it ended before a signal of the set came. Keeps what it wrote to the pipe.
+bool endsBefore(const sigset_t& signals, pid_t pid, const Descriptor& pipe, std::string* output) {
+  // Verilator writes its messages in small pieces, and each would wake up who waits for them.
+  constexpr int kMilliseconds = 10;
   const Descriptor end(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)), "pidfd_open");
   const Descriptor arriving(signalfd(-1, &signals, SFD_CLOEXEC), "signalfd");
   std::array<pollfd, 2> sources = {{{end.number(), POLLIN, 0}, {arriving.number(), POLLIN, 0}}};
-  while (poll(sources.data(), sources.size(), -1) < 0) {
-    // as after SIGCONT
-  }
+  std::vector<char> piece(kPipeBytes);
+  int ready = 0;
+  do {
+    ready = poll(sources.data(), sources.size(), kMilliseconds);
+    const ssize_t count = read(pipe.number(), piece.data(), piece.size());
+    output->append(piece.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+  } while (ready <= 0);
   return sources[1].revents == 0;
 }
 
@@ -127,10 +123,16 @@ int waitFor(pid_t pid) {
 Ended run(const std::vector<std::string>& words, int descriptor, const apps::HeldSignals& signals) {
   // If the caller ignores it, nothing tells how the program ended.
   signal(SIGCHLD, SIG_DFL);
-  // Verilator writes its messages in small pieces, and each would wake the reader of a pipe up.
-  const Descriptor output(memfd_create("output", MFD_CLOEXEC), "memfd_create");
-  const pid_t pid = start(words, Preparation(output, descriptor));
-  const bool isDone = endsBefore(signals.held(), pid);
+  // Unlike a file, a pipe is neither cut by a limit nor emptied by who opens /dev/stderr again.
+  std::array<int, 2> ends = {-1, -1};
+  pipe2(ends.data(), O_CLOEXEC);
+  const Descriptor reader(ends[0], "pipe2");
+  const Descriptor writer(ends[1], "pipe2");
+  fcntl(reader.number(), F_SETFL, O_NONBLOCK);
+  fcntl(reader.number(), F_SETPIPE_SZ, kPipeBytes);
+  const pid_t pid = start(words, Preparation(writer, descriptor));
+  std::string output;
+  const bool isDone = endsBefore(signals.held(), pid, reader, &output);
   if (!isDone) {
     kill(-pid, SIGKILL);
   }
@@ -138,7 +140,7 @@ Ended run(const std::vector<std::string>& words, int descriptor, const apps::Hel
   if (!isDone) {
     throw std::runtime_error(words[0] + ": stopped by a signal");
   }
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), contentOf(output)};
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), output};
 }
 
 }  // namespace rulecheck

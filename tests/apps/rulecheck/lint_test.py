@@ -2,8 +2,10 @@
 
 """`rulecheck lint`, with a stand-in for Verilator."""
 
+import json
 import os
 import pathlib
+import resource
 import signal
 import subprocess
 import time
@@ -203,6 +205,18 @@ class Findings(LintTest):
         program = self.fake_verilator(NARROW)
         ended = self.rulecheck("lint", "--verilator", program, "-o", "-", "--format", "txtpb", "m.v")
         self.assertIn(b"violation_count: 4\n", ended.stdout)
+
+    def test_survive_closed_descriptors_and_limits(self):
+        self.write("m.v", MODULE)
+        words = ["lint", "--verilator", self.fake_verilator(NARROW), "--format", "json", "m.v", "-o"]
+        for closed in range(3):
+            with self.subTest(closed=closed):
+                self.rulecheck(*words, "result", preexec_fn=lambda number=closed: os.close(number))
+                self.assertEqual(findings(read_json(self.folder / "result")), FOUND)
+        limit = (len(NARROW) - 1,) * 2
+        ended = self.rulecheck(
+            *words, "-", preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, limit))
+        self.assertEqual(findings(json.loads(ended.stdout)), FOUND)
 
     def test_have_the_severity_that_the_user_says(self):
         _, result = self.lint(NARROW, "--severity", "WIDTH=fatal", "--severity", "UNUSED=error")
