@@ -3,7 +3,6 @@
 """What the methods answer, and that the server goes on after what it refuses."""
 
 import signal
-import socket
 import threading
 import time
 import unittest
@@ -11,8 +10,7 @@ import unittest
 import grpc
 from google.protobuf import text_format
 from proxy import Proxy
-from servers import (HEALTH, MEBIBYTE, METHODS, Server, ServerTest, connected, file, protocol,
-                     session)
+from servers import HEALTH, MEBIBYTE, METHODS, Server, ServerTest, file, protocol, session
 
 REFLECTION = "/grpc.reflection.v1alpha.ServerReflection/ServerReflectionInfo"
 SESSION = 'name: "n" uuid: "s"'
@@ -152,20 +150,6 @@ def argument_of_size(argument, size):
     head = message.SerializeToString() + b"\xa2\x7d"
     length = size - len(head) - 3
     return head + bytes([length & 127 | 128, length >> 7 & 127 | 128, length >> 14]) + b"u" * length
-
-
-class Bytes(RefusalsTest):
-    def test_that_are_no_conversation(self):
-        for content in [b"GET / HTTP/1.1\r\n\r\n", b"\0" * 1000, b"\x16\x03\x01" + b"x" * 500,
-                        b"PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n" + b"\xff" * 1000]:
-            with connected(self.server.address, 60) as connection:
-                connection.sendall(content)
-                connection.shutdown(socket.SHUT_WR)
-                try:
-                    while connection.recv(4096):
-                        pass
-                except ConnectionResetError:
-                    pass
 
 
 class Frames(RefusalsTest):
