@@ -209,7 +209,11 @@ class Run {
     for (const char* const kind : {"rules", "notifications"}) {
       for (const Json& descriptor : at(component, kind)) {
         descriptors_.emplace(std::pair(kind, text(descriptor, "id")), &descriptor);
+        descriptors_.emplace(std::pair(kind, text(descriptor, "guid")), &descriptor);
       }
+    }
+    for (const auto& message : at(component, "globalMessageStrings").items()) {
+      messages_.emplace(message.key(), text(message.value(), "text"));
     }
   }
 
@@ -284,17 +288,37 @@ class Run {
     return level;
   }
 
+  // The driver or an extension.
+  const Json& componentFor(const Json& reference) const {
+    const Json& extensions = at(run_, "tool", "extensions");
+    if (!at(reference, "index").is_null()) {
+      return at(extensions, number(at(reference, "index"), kNoIndex));
+    }
+    for (const char* const part : {"guid", "name"}) {
+      for (const Json& extension : extensions) {
+        if (!text(reference, part).empty() && text(extension, part) == text(reference, part)) {
+          return extension;
+        }
+      }
+    }
+    return at(run_, "tool", "driver");
+  }
+
   // The rule or notification that a reference names, of the driver or an extension; null if there
-  // is none.
+  // is none. "R/x" is a part of the rule "R".
   const Json& descriptorFor(const Json& reference, const char* kind) const {
-    const std::string id = text(reference, "id");
-    const Json& extension = at(reference, "toolComponent", "index");
-    const Json& component = extension.is_null()
-                                ? at(run_, "tool", "driver")
-                                : at(run_, "tool", "extensions", number(extension, kNoIndex));
+    const Json& component = componentFor(at(reference, "toolComponent"));
     const Json& indexed = at(component, kind, number(at(reference, "index"), kNoIndex));
-    const auto named = descriptors_.find({kind, id});
-    return named == descriptors_.end() || text(indexed, "id") == id ? indexed : *named->second;
+    const std::string id = text(reference, "id");
+    std::string name = id.empty() ? text(reference, "guid") : id;
+    while (!name.empty() && name != text(indexed, "id")) {
+      const auto named = descriptors_.find({kind, name});
+      if (named != descriptors_.end()) {
+        return *named->second;
+      }
+      name.resize(name.find('/') == std::string::npos ? 0 : name.rfind('/'));
+    }
+    return indexed;
   }
 
   static std::string idOf(const Json& reference, const Json& descriptor) {
@@ -369,16 +393,16 @@ class Run {
     return kind.empty() || kind == "fail" ? configuredLevel(invocation, rule) : "none";
   }
 
-  // The first suppression that is accepted, or null.
+  // The first suppression, or null if there is none or one is not accepted.
   static const Json& suppressionOf(const Json& found) {
     static const Json null;
     for (const Json& suppression : at(found, "suppressions")) {
       const std::string status = text(suppression, "status");
-      if (status.empty() || status == "accepted") {
-        return suppression;
+      if (!status.empty() && status != "accepted") {
+        return null;
       }
     }
-    return null;
+    return at(found, "suppressions", std::size_t{0});
   }
 
   static void addSpec(const std::string& key, const Json& rule,
@@ -549,13 +573,16 @@ class Run {
   }
 
   // Braces are special in texts with arguments and in those of a rule.
-  static std::string messageOf(const Json& message, const Json& rule) {
-    std::string own = text(message, "text");
-    if (!own.empty() && at(message, "arguments").empty()) {
-      return own;
+  std::string messageOf(const Json& message, const Json& rule) const {
+    std::string words = text(message, "text");
+    if (!words.empty() && at(message, "arguments").empty()) {
+      return words;
     }
-    const std::string words =
-        own.empty() ? text(rule, "messageStrings", text(message, "id").c_str(), "text") : own;
+    const std::string id = text(message, "id");
+    words = words.empty() ? text(rule, "messageStrings", id.c_str(), "text") : words;
+    if (const auto shared = messages_.find(id); words.empty() && shared != messages_.end()) {
+      words = shared->second;
+    }
     static const RE2 part(R"((?s)(.*?)(\{\{|\}\}|\{(\d{1,3})\}))", RE2::Latin1);
     re2::StringPiece rest = words;
     std::string filled;
@@ -579,8 +606,10 @@ class Run {
   SessionResult* result_;
   std::vector<const Json*> invocations_;
   int count_ = 0;
-  // By kind and id. Of several with the same, the first.
+  // By kind, and id or guid. Of several with the same, the first.
   std::map<std::pair<std::string, std::string>, const Json*> descriptors_;
+  // By id, for all rules.
+  std::map<std::string, std::string> messages_;
   // Levels by invocation and descriptor.
   std::map<std::pair<std::size_t, const Json*>, std::string> overrides_;
 };
@@ -597,6 +626,21 @@ Json parse(const std::string& log) {
   }
 }
 
+// Parts that are elsewhere are not read, and may have results.
+void checkIsWhole(const Json& part, const char* elsewhere) {
+  if (!at(part, elsewhere).empty()) {
+    throw std::runtime_error(std::string("a log with ") + elsewhere + " is not supported");
+  }
+}
+
+void check(const Json& run) {
+  const Json& results = at(run, "results");
+  if (!run.is_object() || !(results.is_null() || results.is_array())) {
+    throw std::runtime_error("not a SARIF 2.1.0 log");
+  }
+  checkIsWhole(run, "externalPropertyFileReferences");
+}
+
 }  // namespace
 
 void fromSarif(const std::string& log, const fs::path& directory, SessionResult* result) {
@@ -604,9 +648,11 @@ void fromSarif(const std::string& log, const fs::path& directory, SessionResult*
   if (text(json, "version") != "2.1.0" || !at(json, "runs").is_array()) {
     throw std::runtime_error("not a SARIF 2.1.0 log");
   }
+  checkIsWhole(json, "inlineExternalProperties");
   std::string names;
   Owners owners;
   for (const Json& run : at(json, "runs")) {
+    check(run);
     SessionResult part;
     Run(run, directory, &owners, &part).read();
     names += (names.empty() ? "" : ", ") + text(run, "tool", "driver", "name");

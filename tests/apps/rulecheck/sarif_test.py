@@ -91,6 +91,24 @@ class Import(RulecheckTest):
                     tool={"driver": {"rules": [{"id": "D"}]},
                           "extensions": [{"rules": [{"id": "E"}]}, {"rules": [{"id": "F"}]}]}),
                 "warning: m [F]"),
+            "index of a rule of an extension with a guid": (
+                log({"rule": {"index": 0, "toolComponent": {"guid": "g"}}, "message": {"text": "m"}},
+                    tool={"driver": {"rules": [{"id": "D"}]},
+                          "extensions": [{"rules": [{"id": "E"}]}, {"guid": "g", "rules": [{"id": "F"}]}]}),
+                "warning: m [F]"),
+            "index of a rule of an extension with a name": (
+                log({"rule": {"index": 0, "toolComponent": {"name": "n"}}, "message": {"text": "m"}},
+                    tool={"driver": {"rules": [{"id": "D"}]}, "extensions": [{"name": "n", "rules": [{"id": "E"}]}]}),
+                "warning: m [E]"),
+            "guid of a rule": (log({"rule": {"guid": "g"}, "message": {"text": "m"}},
+                                   rules=[{"id": "Q"}, {"id": "R", "guid": "g"}]), "warning: m [R]"),
+            "part of a rule": (log({"ruleId": "R/a/b", "message": {"text": "m"}},
+                                   rules=[{"id": "R", "defaultConfiguration": {"level": "error"}}]),
+                               "error: m [R/a/b]"),
+            "part of a rule with an index": (
+                log({"ruleId": "R/a", "ruleIndex": 1, "message": {"text": "m"}},
+                    rules=[{"id": "R"}, {"id": "R", "defaultConfiguration": {"level": "error"}}]),
+                "error: m [R/a]"),
             "result that is not a failure": (
                 log({"ruleId": "R", "kind": "informational", "message": {"text": "m"}},
                     rules=[{"id": "R", "defaultConfiguration": {"level": "error"}}]),
@@ -98,6 +116,9 @@ class Import(RulecheckTest):
             "message of the rule": (log({"ruleId": "R", "message": {"id": "x", "arguments": ["1", "2"]}},
                                         rules=[{"id": "R", "messageStrings": {"x": {"text": "{1} of {0}{9}"}}}]),
                                     "warning: 2 of 1{9} [R]"),
+            "message of all rules": (log({"ruleId": "R", "message": {"id": "x", "arguments": ["1"]}}, tool={
+                "driver": {"rules": [{"id": "R"}], "globalMessageStrings": {"x": {"text": "all {0}"}}}}),
+                "warning: all 1 [R]"),
             "literal braces": (log({"ruleId": "R", "message": {"id": "x", "arguments": ["1"]}},
                                    rules=[{"id": "R", "messageStrings": {"x": {"text": "{{0}} {0} }}{{x"}}}]),
                                "warning: {0} 1 }{x [R]"),
@@ -132,6 +153,8 @@ class Import(RulecheckTest):
                                 "/f.v: warning: m []"),
             "rejected suppression": (log({"message": {"text": "m"}, "suppressions": [
                 {"kind": "external", "status": "rejected"}]}), "warning: m []"),
+            "one of two suppressions is rejected": (log({"message": {"text": "m"}, "suppressions": [
+                {"kind": "inSource"}, {"kind": "external", "status": "rejected"}]}), "warning: m []"),
             "percent signs": (log({"message": {"text": "%1 %% %"}}), "warning: %1 %% % []"),
             "absent results": (log({"message": {"text": "m"}, "baselineState": "absent"}), ""),
             "results that do not apply": (log({"message": {"text": "m"}, "kind": "notApplicable"}), ""),
@@ -233,11 +256,17 @@ class Import(RulecheckTest):
                     self.assertEqual(b"\nnot checked: " in self.rulecheck("diff", old, path).stdout, has_failed)
 
     def test_refuses_what_is_not_a_log(self):
+        run = '{"version": "2.1.0", "runs": [%s]}'
         cases = {"malformed JSON in line 1": ["", "{", '"\\ud800"', "\x00", "\x1f\x8b", "[" * 100000],
+                 "a log with externalPropertyFileReferences is not supported": [
+                     run % '{"externalPropertyFileReferences": {"results": [{}]}}'],
+                 "a log with inlineExternalProperties is not supported": [
+                     '{"version": "2.1.0", "runs": [], "inlineExternalProperties": [{}]}'],
                  "malformed JSON in line 2": ["{\n]\n"],
                  "malformed JSON: a number is too large": ["1e999"],
-                 "not a SARIF 2.1.0 log": ["[]", "{}", '{"version": "2.0.0", "runs": []}',
-                                           '{"version": "2.1.0", "runs": 1}']}
+                 "not a SARIF 2.1.0 log": [
+                     "[]", "{}", run % "null, 5", run % '{"results": 5}',
+                     '{"version": "2.0.0", "runs": []}', '{"version": "2.1.0", "runs": 1}']}
         for words, contents in cases.items():
             for content in contents:
                 path = self.write("bad.sarif", content)
