@@ -614,7 +614,28 @@ class Run {
   std::map<std::pair<std::size_t, const Json*>, std::string> overrides_;
 };
 
+// To copy or print a value takes a stack as deep as the value. The parser's own callback would
+// make it slow.
+void checkDepth(const std::string& log) {
+  int depth = 0;
+  bool isString = false;
+  for (std::size_t i = 0; i < log.size(); ++i) {
+    const char c = log[i];
+    if (c == '"') {
+      isString = !isString;
+    } else if (isString) {
+      i += c == '\\' ? 1 : 0;
+    } else {
+      depth += c == '[' || c == '{' ? 1 : c == ']' || c == '}' ? -1 : 0;
+    }
+    if (depth > 1000) {
+      throw std::runtime_error("malformed JSON: more than 1000 levels");
+    }
+  }
+}
+
 Json parse(const std::string& log) {
+  checkDepth(log);
   try {
     return Json::parse(log);
   } catch (const Json::parse_error& error) {

@@ -257,7 +257,9 @@ class Import(RulecheckTest):
 
     def test_refuses_what_is_not_a_log(self):
         run = '{"version": "2.1.0", "runs": [%s]}'
-        cases = {"malformed JSON in line 1": ["", "{", '"\\ud800"', "\x00", "\x1f\x8b", "[" * 100000],
+        deep = "[" * 1000 + "]" * 1000
+        cases = {"malformed JSON in line 1": ["", "{", '"\\ud800"', "\x00", "\x1f\x8b", "[" * 1000],
+                 "malformed JSON: more than 1000 levels": ["[" * 1000000, f"[{deep}]"],
                  "a log with externalPropertyFileReferences is not supported": [
                      run % '{"externalPropertyFileReferences": {"results": [{}]}}'],
                  "a log with inlineExternalProperties is not supported": [
@@ -265,7 +267,7 @@ class Import(RulecheckTest):
                  "malformed JSON in line 2": ["{\n]\n"],
                  "malformed JSON: a number is too large": ["1e999"],
                  "not a SARIF 2.1.0 log": [
-                     "[]", "{}", run % "null, 5", run % '{"results": 5}',
+                     "[]", "{}", deep, r'["\"' + "[" * 1001 + '"]', run % "null, 5", run % '{"results": 5}',
                      '{"version": "2.0.0", "runs": []}', '{"version": "2.1.0", "runs": 1}']}
         for words, contents in cases.items():
             for content in contents:
