@@ -401,6 +401,12 @@ class Sources(PageTest):
         self.assertEqual([each.facts.get("Source", "") for each in data["findings"]],
                          ["", "wire &lt;old&gt;;", "end", "gone"])
 
+    def test_are_those_of_the_result_for_what_is_fixed(self):
+        self.write("root/a.v", "wire a;\n")
+        self.write("old.txtpb", f"session {{ name: '' }} violations {{ {entries(at('a.v', 1, source='wire a;'))} }}")
+        data = self.data("", "--baseline", "old.txtpb", "--source-root", "root")
+        self.assertEqual((data["sources"], data["findings"][0].facts), ([[], []], {"Source": "wire a;"}))
+
     def test_are_not_read_outside_of_the_folder(self):
         for name in ["secret", "root/rtl/.hidden/a.v", "root/.env", "root-2/a.v"]:
             self.write(name, "secret\n")
