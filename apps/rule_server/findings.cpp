@@ -19,21 +19,15 @@ using vok::rulecheck::Violation;
 
 const std::string kWaiver = "waiver";
 
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 // Whether the text refers to an argument: "%" and a number, "%%" being a percent
 // sign.
 bool namesArgument(const std::string& text) {
-  for (std::size_t i = 0; i + 1 < text.size(); ++i) {
-    if (text[i] != '%') {
-      continue;
-    }
-    if (isDigit(text[i + 1])) {
+  std::size_t at = text.find('%');
+  while (at != std::string::npos && at + 1 < text.size()) {
+    if (text[at + 1] >= '0' && text[at + 1] <= '9') {
       return true;
     }
-    i += text[i + 1] == '%' ? 1 : 0;
+    at = text.find('%', at + 2);
   }
   return false;
 }
