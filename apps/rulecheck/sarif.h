@@ -12,6 +12,10 @@
 
 namespace rulecheck {
 
+// The property that has the whole finding or rule, for fromSarif(). No other tool has one of that
+// name.
+constexpr char kOwnProperty[] = "rulecheck/v1";
+
 // A log with one run. Waived violations are suppressed results, affirmations are results of
 // the kind "pass". Each violation has its fingerprint, and if there is a baseline its state:
 // new, unchanged, or absent for what was fixed. Strings that are not UTF-8 get U+FFFD.

@@ -17,7 +17,6 @@
 #include "rulecheck/not_checked.h"
 #include "rulecheck/place.h"
 #include "rulecheck/sarif.h"
-#include "rulecheck/severity.h"
 
 namespace rulecheck {
 namespace {
@@ -155,13 +154,21 @@ Reference remoteReference(const Place& place) {
   return reference;
 }
 
-Violation_Severity severityOf(const Json& json, const std::string& level) {
-  const std::string exact = text(json, "properties", "severity");
-  if (severityNamed(exact)) {
-    return *severityNamed(exact);
+// Reads what toSarif() wrote about a finding or a rule. Returns false if another tool did.
+template <typename Message>
+bool readOwn(const Json& json, Message* message) {
+  const Json& own = at(json, "properties", kOwnProperty);
+  const bool isRead = own.is_object() &&
+                      google::protobuf::util::JsonStringToMessage(own.dump(), message).ok() &&
+                      message->IsInitialized();
+  if (!isRead) {
+    message->Clear();
   }
-  return exact == "unknown"                   ? Violation::SEV_UNKNOWN
-         : level == "error"                   ? Violation::SEV_ERROR
+  return isRead;
+}
+
+Violation_Severity severityOf(const std::string& level) {
+  return level == "error"                     ? Violation::SEV_ERROR
          : level == "note" || level == "none" ? Violation::SEV_ADVISORY
                                               : Violation::SEV_WARNING;
 }
@@ -342,6 +349,14 @@ class Run {
     return reference;
   }
 
+  template <typename Finding>
+  static void label(int id, const std::string& key, Finding* finding) {
+    finding->set_id(id);
+    if (!key.empty()) {
+      finding->set_rule_key(key);
+    }
+  }
+
   void read(const Json& found) {
     const std::string kind = text(found, "kind");
     if (kind == "notApplicable" || text(found, "baselineState") == "absent") {
@@ -353,9 +368,10 @@ class Run {
     if (kind == "pass") {
       const int id = ++count_;
       auto& affirmation = (*result_->mutable_affirmations()->mutable_hashmap())[id];
-      affirmation.set_id(id);
-      affirmation.set_rule_key(key);
-      readDetails(found, rule, affirmation.mutable_details());
+      if (!readOwn(found, &affirmation)) {
+        readDetails(found, rule, affirmation.mutable_details());
+      }
+      label(id, key, &affirmation);
       addSpec(key, rule, result_->mutable_specs_affirmed());
       return;
     }
@@ -374,10 +390,11 @@ class Run {
                           const std::string& level, vok::rulecheck::ViolationMap* violations) {
     const int id = ++count_;
     Violation& violation = (*violations->mutable_hashmap())[id];
-    violation.set_id(id);
-    violation.set_rule_key(key);
-    violation.set_severity(severityOf(found, level));
-    readDetails(found, rule, violation.mutable_details());
+    if (!readOwn(found, &violation)) {
+      violation.set_severity(severityOf(level));
+      readDetails(found, rule, violation.mutable_details());
+    }
+    label(id, key, &violation);
     addSpec(key, rule, result_->mutable_specs_violated());
     return violation;
   }
@@ -411,7 +428,11 @@ class Run {
       return;
     }
     RuleSpec& spec = (*specs->mutable_hashmap())[key];
+    const bool isOwn = readOwn(rule, &spec);
     spec.set_key(key);
+    if (isOwn) {
+      return;
+    }
     const std::string title = text(rule, "shortDescription", "text");
     const std::string name = text(rule, "name");
     spec.set_full_name(!title.empty() ? title : !name.empty() ? name : key);
@@ -429,17 +450,11 @@ class Run {
     }
     const std::string level = text(rule, "defaultConfiguration", "level");
     if (!level.empty()) {
-      spec.set_severity(severityOf(rule, level));
+      spec.set_severity(severityOf(level));
     }
   }
 
   void readDetails(const Json& found, const Json& rule, MsgInst* details) const {
-    const Json& own = at(found, "properties", "details");
-    if (own.is_object() && google::protobuf::util::JsonStringToMessage(own.dump(), details).ok() &&
-        details->IsInitialized()) {
-      return;
-    }
-    details->Clear();
     const Json& location = at(found, "locations", std::size_t{0});
     const Json& place = at(location, "physicalLocation");
     const std::string object = logicalNameOf(location);

@@ -22,7 +22,6 @@ using OrderedJson = nlohmann::ordered_json;
 using vok::rulecheck::Affirmation;
 using vok::rulecheck::ArgList;
 using vok::rulecheck::Converter;
-using vok::rulecheck::MsgInst;
 using vok::rulecheck::Reference;
 using vok::rulecheck::Resource;
 using vok::rulecheck::RuleSpec;
@@ -39,6 +38,14 @@ OrderedJson textJson(const std::string& text) {
   return {{"text", text}};
 }
 
+// The message as it is.
+OrderedJson messageJson(const google::protobuf::Message& message) {
+  std::string text;
+  return google::protobuf::util::MessageToJsonString(message, &text).ok()
+             ? OrderedJson::parse(text, nullptr, false)
+             : OrderedJson();
+}
+
 OrderedJson ruleJson(const std::string& key, const RuleSpec& rule) {
   OrderedJson json = {{"id", key}};
   const auto add = [&json](const char* name, const std::string& text) {
@@ -53,10 +60,9 @@ OrderedJson ruleJson(const std::string& key, const RuleSpec& rule) {
     json["helpUri"] = Converter::href(rule.description());
   }
   if (rule.has_severity()) {
-    const Level level = levelOf(rule.severity());
-    json["defaultConfiguration"] = {{"level", levelWord(level)}};
-    json["properties"] = {{"severity", level.slug}};
+    json["defaultConfiguration"] = {{"level", levelWord(levelOf(rule.severity()))}};
   }
+  json["properties"][kOwnProperty] = messageJson(rule);
   return json;
 }
 
@@ -92,14 +98,6 @@ OrderedJson physicalLocation(const Reference& reference) {
   return location;
 }
 
-// The message as it is, for fromSarif().
-OrderedJson detailsJson(const MsgInst& details) {
-  std::string text;
-  return google::protobuf::util::MessageToJsonString(details, &text).ok()
-             ? OrderedJson::parse(text, nullptr, false)
-             : OrderedJson();
-}
-
 template <typename Finding>
 OrderedJson findingJson(const Finding& finding, const std::map<std::string, std::size_t>& rules) {
   OrderedJson json = {{"ruleId", finding.rule_key()}};
@@ -113,7 +111,7 @@ OrderedJson findingJson(const Finding& finding, const std::map<std::string, std:
   if (place >= 0) {
     json["locations"] = {{{"physicalLocation", physicalLocation(args.arg(place).ref())}}};
   }
-  json["properties"]["details"] = detailsJson(finding.details());
+  json["properties"][kOwnProperty] = messageJson(finding);
   return json;
 }
 
@@ -134,10 +132,8 @@ class Writer {
 
   void add(const Violations& violations, const char* baselineState, bool waived = false) {
     for (const Violation* violation : violations) {
-      const Level level = levelOf(*violation);
       OrderedJson json = findingJson(*violation, indices_);
-      json["level"] = levelWord(level);
-      json["properties"]["severity"] = level.slug;
+      json["level"] = levelWord(levelOf(*violation));
       const Place place = placeOf(violation->details().args());
       json["partialFingerprints"] = {
           {"rulecheck/v1", hexadecimal(fingerprintOf(*violation, place))}};

@@ -297,17 +297,21 @@ class Export(RulecheckTest):
         return read_json(self.folder / "out.sarif")
 
     def test_gives_the_same_findings_when_it_is_imported(self):
-        for path in [SAMPLE, *LOGS.iterdir()]:
+        bare = self.write("bare.txtpb", "session { name: 's' } violations { hashmap { key: 1 value {"
+                                        " id: 1 severity: SEV_ERROR rule_key: 'R' } } }")
+        for path in [SAMPLE, bare, *LOGS.iterdir()]:
             with self.subTest(path.name):
                 self.exported(path)
                 self.rulecheck("import", "out.sarif", "-o", "back.pb")
-                self.assertEqual(self.results_of(path), self.results_of("back.pb"))
+                self.assertEqual(self.findings_of(path), self.findings_of("back.pb"))
                 self.assertRegex(self.rulecheck("diff", path, "back.pb").stdout, rb"\A0 new, 0 fixed, ")
 
-    def results_of(self, result):
-        """The results, but for the numbers of rules: rules without a finding are not imported."""
-        results = self.exported(result)["runs"][0]["results"]
-        return [{**each, "ruleIndex": 0} for each in results]
+    def findings_of(self, result):
+        """All that is known of them, but their numbers."""
+        content = json.loads(self.rulecheck("json", result).stdout)
+        return [sorted(json.dumps({**each, "id": 0}, sort_keys=True)
+                       for each in content.get(kind, {}).get("hashmap", {}).values())
+                for kind in ["violations", "waivedViolations", "affirmations"]]
 
     def test_has_fingerprints_suppressions_and_passes(self):
         results = self.exported(SAMPLE)["runs"][0]["results"]
