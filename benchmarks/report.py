@@ -33,24 +33,24 @@ HEAD = """\
 {machine}
 
 - Times are CPU time of the thread, and the median of {repetitions} repetitions. In parentheses is the
-  ratio to the first figure of the row; it is the ratio of the figures shown.
+  ratio to the first figure of the row, computed from the figures shown.
 - A preloaded library counts calls of `malloc` in a run that is not timed.
 - Before anything is timed, the programs check that all renderers give the same texts, and that each
   decoder preserves the content of each message. protozero only scans, and must visit every field.
-- A violation has about 480 bytes on the wire, a request about 260. A result has a fifth as many
-  affirmations as violations, and a rule specification for each fifty violations.
+- A violation has about 480 bytes on the wire, a request about 260. A result has one affirmation for every
+  five violations, and one rule specification for every fifty.
 - *One copy* is the least that a call can cost: one allocation and one copy of the finished text.
-  *Concatenation* appends to a `std::string` and formats numbers with `snprintf`. It, *{{fmt}}* and
-  *string streams* share all that is not their style.
+  *Concatenation* appends to a `std::string` and formats numbers with `snprintf`. *{{fmt}}* and *string
+  streams* are the same code, except for how they append text and format numbers.
 - *Hot* findings are a hundred that stay in the cache, *in order* are ten thousand one after the other,
   and *cold* ones are used in random order, from more than any cache holds.
 - Python handles a thousand arguments, each a reference with an address.
 - Loading is timed with stripped libraries after the runtime is loaded.
-- `rulecheck lint` and Verilator take turns. Time is CPU time, of `rulecheck` with that of the Verilator
+- `rulecheck lint` and Verilator take turns. The CPU time of `rulecheck` includes that of the Verilator
   that it runs. `merge` and `diff` get the same result twice, `gate` what `merge` wrote. Each violation of
   these results has about 380 bytes.
-- Calls to the rule server go through a socket of the same host, one after the other, and are clocked. The
-  empty one is gRPC's own health check.
+- Calls to the rule server go through a socket of the same host, one after the other. Their times are
+  wall-clock times. The empty call is gRPC's own health check.
 """
 
 ALLOCATORS = {"jemalloc": "libjemalloc.so.2", "mimalloc": "libmimalloc.so.2",
