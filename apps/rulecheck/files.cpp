@@ -32,7 +32,7 @@ void checkReadable(const std::string& name) {
 
 }  // namespace
 
-const char kResultFormats[] = ".pb, .bin, .txtpb, .textproto, .txt, .json or, to read, .sarif";
+const char kResultFormats[] = ".pb, .bin, .txtpb, .textproto, .txt, .json, or .sarif for input";
 
 void readResult(const std::string& path, const std::string& format, SessionResult* result) {
   const std::string name = named(path, format);

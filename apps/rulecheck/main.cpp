@@ -301,9 +301,9 @@ int main(int argc, char** argv) {
                                         std::to_string(vok::rulecheck::MINOR) + '.' +
                                         std::to_string(vok::rulecheck::PATCH));
   app.footer(
-      "Exit status: 0 fine, 1 the gate failed, 2 wrong use or unreadable input, 3 a program could "
-      "not be run, or there is no connection to the server.\n"
-      "\"rulecheck COMMAND --help\" has the options of a command.");
+      "Exit status: 0 fine, 1 the gate failed, 2 wrong use or unreadable input, 3 Verilator could "
+      "not be run or checked nothing, or there is no connection to the server.\n"
+      "\"rulecheck COMMAND --help\" lists the options of a command.");
   app.preparse_callback([&](std::size_t count) { checkCommand(app, count == 0 ? "-" : argv[1]); });
   rulecheck::addLint(app);
   Options options;

@@ -275,7 +275,7 @@ class Import(RulecheckTest):
                 self.assert_error(f"bad.sarif: {words}\n", "import", path, "-o", "result.pb")
 
     def test_names_the_formats_that_it_reads(self):
-        self.assert_error(".json or, to read, .sarif", "text", self.write("result.xml", ""))
+        self.assert_error(".json, or .sarif for input", "text", self.write("result.xml", ""))
 
     def test_survives_damaged_logs(self):
         randoms = random.Random(1)
