@@ -22,11 +22,10 @@ using vok::rulecheck::ViolationMap;
 // Moves findings to another result, which keeps its session.
 class Mover {
  public:
-  Mover(SessionResult* from, SessionResult* into)
-      : fromTarget_(from->session().build_target()), intoTarget_(into->session().build_target()) {
-    look(into->violations());
-    look(into->waived_violations());
-    look(into->affirmations());
+  explicit Mover(const SessionResult& into) {
+    look(into.violations());
+    look(into.waived_violations());
+    look(into.affirmations());
   }
 
   template <typename Findings>
@@ -44,10 +43,6 @@ class Mover {
       auto& finding = (*into->mutable_hashmap())[++last_];
       finding.Swap(&(*from->mutable_hashmap())[key]);
       finding.set_id(last_);
-      // One without a build target has its session's.
-      if (!finding.has_build_target() && fromTarget_ != intoTarget_) {
-        finding.set_build_target(fromTarget_);
-      }
     }
   }
 
@@ -59,11 +54,18 @@ class Mover {
     }
   }
 
-  const std::string fromTarget_;
-  const std::string intoTarget_;
   // Of all findings; numbers begin at 1.
   int last_ = 0;
 };
+
+template <typename Findings>
+void setTarget(const std::string& target, Findings* findings) {
+  for (auto& entry : *findings->mutable_hashmap()) {
+    if (!entry.second.has_build_target()) {
+      entry.second.set_build_target(target);
+    }
+  }
+}
 
 template <typename Specs>
 void moveSpecs(Specs* from, Specs* into) {
@@ -109,8 +111,15 @@ void merge(SessionResult* from, SessionResult* into) {
   if (!into->has_session()) {
     *into->mutable_session() = from->session();
   }
+  // A finding without a build target has its session's.
+  const std::string& target = from->session().build_target();
+  if (target != into->session().build_target()) {
+    setTarget(target, from->mutable_violations());
+    setTarget(target, from->mutable_waived_violations());
+    setTarget(target, from->mutable_affirmations());
+  }
   dropKnownAffirmations(from, *into);
-  Mover mover(from, into);
+  Mover mover(*into);
   mover.move(from->mutable_violations(), into->mutable_violations());
   mover.move(from->mutable_waived_violations(), into->mutable_waived_violations());
   mover.move(from->mutable_affirmations(), into->mutable_affirmations());

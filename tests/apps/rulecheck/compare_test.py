@@ -166,11 +166,13 @@ class Merge(ResultsTest):
         results = [self.write(f"{name}.json", json.dumps({
             "session": {"name": name, "buildTarget": name},
             "violations": {"hashmap": {
-                1: {"id": 1, **finding()}, 2: {"id": 2, "buildTarget": "own", **finding()}}}}))
+                1: {"id": 1, **finding()}, 2: {"id": 2, "buildTarget": "own", **finding()}}},
+            "affirmations": {"hashmap": {1: {"id": 1, "ruleKey": "A"}}}}))
             for name in ["fpga", "asic"]]
-        violations = self.merged(*results)["violations"]["hashmap"]
-        self.assertEqual([violations[number].get("buildTarget") for number in "1234"],
-                         [None, "own", "asic", "own"])
+        merged = self.merged(*results)
+        for kind, targets in [("violations", [None, "own", "asic", "own"]), ("affirmations", [None, "asic"])]:
+            found = sorted(merged[kind]["hashmap"].values(), key=lambda each: each["id"])
+            self.assertEqual([each.get("buildTarget") for each in found], targets)
 
     def test_affirms_what_no_result_contradicts(self):
         one = self.result("one", [finding("A")], affirmed=["B", "C", "D"])
