@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <limits>
 #include <stdexcept>
@@ -84,6 +85,10 @@ CLI::Option* addOutput(CLI::App* command, Options& options) {
                              "The file to write; - is the standard output");
 }
 
+CLI::Option* addBaseline(CLI::App* command, Options& options, const char* description) {
+  return command->add_option("--baseline", options.baseline, description)->check(apps::notEmpty());
+}
+
 using Conversion = std::function<std::string(const SessionResult&, const SessionResult* baseline)>;
 
 CLI::App* addConversion(CLI::App& app, const char* name, const char* description,
@@ -120,8 +125,8 @@ void addHtml(CLI::App& app, Options& options) {
                       }
                       return rulecheck::page(result, options.page);
                     });
-  command->add_option("--baseline", options.baseline,
-                      "An older result: findings are marked as new, moved, unchanged or fixed");
+  addBaseline(command, options,
+              "An older result: findings are marked as new, moved, unchanged or fixed");
   CLI::Option* root =
       command
           ->add_option("--source-root", options.page.sourceRoot,
@@ -150,10 +155,10 @@ void addTexts(CLI::App& app, Options& options) {
                 options, [](const SessionResult& result, const SessionResult*) {
                   return apps::encodeFor("-.json", result);
                 });
-  addConversion(app, "sarif", "Writes a result as SARIF 2.1.0",
-                "rulecheck sarif result.pb -o result.sarif", options, rulecheck::toSarif)
-      ->add_option("--baseline", options.baseline,
-                   "An older result: findings are marked as new, unchanged or absent");
+  CLI::App* sarif =
+      addConversion(app, "sarif", "Writes a result as SARIF 2.1.0",
+                    "rulecheck sarif result.pb -o result.sarif", options, rulecheck::toSarif);
+  addBaseline(sarif, options, "An older result: findings are marked as new, unchanged or absent");
 }
 
 void addImport(CLI::App& app, Options& options) {
@@ -259,6 +264,12 @@ void setFailOn(Options& options, const std::string& level) {
   options.failOn = *severity;
 }
 
+// Returns what is wrong, or nothing. Without this, 010 would be 8.
+std::string checkDecimal(const std::string& number) {
+  const bool isDecimal = number == std::to_string(std::strtoull(number.c_str(), nullptr, 10));
+  return isDecimal ? "" : number + " is not a decimal number";
+}
+
 void addGate(CLI::App& app, Options& options) {
   // A finding's number has 31 bits.
   constexpr std::size_t kMostFindings = std::numeric_limits<std::int32_t>::max();
@@ -273,9 +284,9 @@ void addGate(CLI::App& app, Options& options) {
       ->required();
   command->add_option("--max", options.most, "How many findings that count are allowed")
       ->check(CLI::Range(std::size_t{0}, kMostFindings))
+      ->check(checkDecimal)
       ->capture_default_str();
-  CLI::Option* baseline =
-      command->add_option("--baseline", options.baseline, "An older result to compare with");
+  CLI::Option* baseline = addBaseline(command, options, "An older result to compare with");
   command->add_flag("--new-only", options.newOnly, "Count only what the baseline lacks")
       ->needs(baseline);
   command->add_flag("--quiet", options.quiet, "Print nothing");

@@ -139,6 +139,9 @@ class Gate(ResultsTest):
                             (["gate", result, "--fail-on", "fatal", "--max", "-1"],
                              "Value -1 not in range 0 to 2147483647"),
                             (["gate", result, "--fail-on", "fatal", "--max", "2147483648"], "--max"),
+                            (["gate", result, "--fail-on", "fatal", "--max", "010"], "010 is not a decimal number"),
+                            *((words + ["--baseline", ""], "--baseline: is empty") for words in [
+                                ["gate", result, "--fail-on", "fatal"], ["html", result], ["sarif", result]]),
                             (["gate", result, "--fail-on", "fatal", "--new-only"], "--baseline"),
                             (["gate", "missing.pb", "--fail-on", "fatal"], "missing.pb: cannot be read")]:
             with self.subTest(words):
