@@ -31,20 +31,16 @@ std::string make_key(int i) {
   return "rule " + std::to_string(i);
 }
 
-void expect(bool condition, const std::string& what) {
-  if (!condition) {
-    std::cout << "not true: " << what << "\n";
-    ++failures;
-  }
-}
-
 template <typename Key, typename Value>
 void expect_all_keys(const pb::Map<Key, Value>& map, const std::string& what) {
-  int found = 0;
+  int missing = 0;
   for (int i = 0; i < size; ++i) {
-    found += map.find(make_key<Key>(i)) != map.end();
+    missing += map.find(make_key<Key>(i)) == map.end();
   }
-  expect(found == size && map.size() == size, what + " has all keys");
+  if (missing != 0 || map.size() != size) {
+    std::cout << what << ": " << map.size() << " entries, " << missing << " keys are not found\n";
+    ++failures;
+  }
 }
 
 void parse_into(pb::Message* message, const std::string& bytes) {
@@ -70,10 +66,19 @@ void check(const pb::Map<Key, Value>& (Message::*map)() const,
   expect_all_keys((filled.*map)(), name + " filled here, then parsed into");
   filled.MergeFrom(parsed);
   expect_all_keys((filled.*map)(), name + " filled here, then merged into");
+  const Message copy(filled);
+  expect_all_keys((copy.*map)(), name + " copied");
+  for (int i = 0; i < size; ++i) {
+    (*(parsed.*mutable_map)())[make_key<Key>(i)];
+  }
+  expect_all_keys((parsed.*map)(), name + " parsed, then filled here");
   for (int i = 0; i < size; ++i) {
     (parsed.*mutable_map)()->erase(make_key<Key>(i));
   }
-  expect((parsed.*map)().empty(), name + " parsed is empty when its keys are erased");
+  if (!(parsed.*map)().empty()) {
+    std::cout << name << " parsed: " << (parsed.*map)().size() << " keys are not erased\n";
+    ++failures;
+  }
 }
 
 }  // namespace
