@@ -61,7 +61,7 @@ std::string keyFor(const std::string& certificate, const std::string& file) {
   std::string pem = apps::readFile(file);
   const auto key = firstIn<EVP_PKEY>(pem, &PEM_read_bio_PrivateKey, &EVP_PKEY_free);
   if (key == nullptr) {
-    throw std::runtime_error(file + ": has no private key without password");
+    throw std::runtime_error(file + ": has no private key, or one with a password");
   }
   if (X509_check_private_key(firstCertificate(certificate).get(), key.get()) != 1) {
     throw std::runtime_error(file + ": not the key of the certificate");
@@ -103,7 +103,7 @@ bool isOfThisHost(const Address& address) {
 void define(CLI::App& app, const std::string& authorityOption, const std::string& authorityHelp,
             Security& security) {
   CLI::Option* certificate =
-      app.add_option("--certificate", security.certificate, "Own certificate, for TLS");
+      app.add_option("--certificate", security.certificate, "Certificate of this program, for TLS");
   CLI::Option* key = app.add_option("--key", security.key, "Private key of that certificate");
   certificate->needs(key);
   key->needs(certificate);
@@ -111,7 +111,7 @@ void define(CLI::App& app, const std::string& authorityOption, const std::string
   for (CLI::Option* file : {certificate, key, authority}) {
     file->check(apps::notEmpty());
   }
-  app.add_flag("--insecure", security.insecure, "Talk to other hosts without TLS");
+  app.add_flag("--insecure", security.insecure, "Allow other hosts without TLS");
 }
 
 std::shared_ptr<grpc::ServerCredentials> serverCredentials(const Security& security,

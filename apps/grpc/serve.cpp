@@ -71,10 +71,10 @@ void defineLimits(CLI::App& app, Options& options) {
   limit("--max-findings", limits.findings, kMost, "Findings of a session");
   limit("--max-session-bytes", limits.sessionBytes, kMost, "Bytes of a session's result in memory");
   limit("--max-text-bytes", limits.textBytes, kMost,
-        "Bytes in memory of what is written as a page, text or JSON");
-  limit("--max-bytes", limits.bytes, kMostInAll, "Bytes of all that is recorded, in memory");
+        "Bytes in memory of a message that is written as a page, text or JSON");
+  limit("--max-bytes", limits.bytes, kMostInAll, "Bytes in memory of everything that is recorded");
   limit("--max-work-bytes", options.workBytes, kMostInAll,
-        "Bytes of all else in memory; above that, all connections are closed");
+        "Bytes of everything else in memory; above the sum of both, all connections are closed");
 }
 
 // None without a directory.
@@ -100,7 +100,8 @@ void define(CLI::App& app, Options& options) {
                  "Close a connection after so many seconds without a request")
       ->check(CLI::Range(1, 3600))
       ->capture_default_str();
-  rule_grpc::define(app, "--client-ca", "Authority of clients: each must have a certificate of it",
+  rule_grpc::define(app, "--client-ca",
+                    "Authority of the clients' certificates; each client must have one",
                     options.security);
   app.get_option("--client-ca")->needs("--certificate");
   app.add_option("--files", options.directory,

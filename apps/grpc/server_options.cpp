@@ -26,7 +26,7 @@ std::function<Server()> addServerOptions(CLI::App& command, std::string* output)
   command.get_option("--certificate")->needs("--ca");
   command
       .add_option("--server-output", *output,
-                  "A directory of the server, in which it writes report.html and session.pb")
+                  "A directory on the server, in which it writes report.html and session.pb")
       ->needs("--server");
   return [options]() -> Server {
     if (options->server.empty()) {

@@ -70,7 +70,8 @@ struct Options {
 CLI::App* addCommand(CLI::App& app, const char* name, const char* description, const char* example,
                      Options& options) {
   CLI::App* command = app.add_subcommand(name, description);
-  command->add_option("--format", options.format, "The format of results, as an extension");
+  command->add_option("--format", options.format,
+                      "The format of results, such as json, instead of their extension");
   command->footer(std::string("Example:\n  ") + example);
   return command;
 }
@@ -282,7 +283,7 @@ void addGate(CLI::App& app, Options& options) {
           "--fail-on", [&options](const std::string& level) { setFailOn(options, level); },
           "The least severity that counts: " + rulecheck::severityNames())
       ->required();
-  command->add_option("--max", options.most, "How many findings that count are allowed")
+  command->add_option("--max", options.most, "How many such findings are allowed")
       ->check(CLI::Range(std::size_t{0}, kMostFindings))
       ->check(checkDecimal)
       ->capture_default_str();

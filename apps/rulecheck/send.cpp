@@ -137,7 +137,8 @@ void addSend(CLI::App& app) {
   CLI::App* command = app.add_subcommand("send", "Records a result in a server");
   command->add_option("RESULT", options->result, std::string("A result: ") + kResultFormats)
       ->required();
-  command->add_option("--format", options->format, "The format of the result, as an extension");
+  command->add_option("--format", options->format,
+                      "The format of the result, such as json, instead of its extension");
   options->server = addServerOptions(*command, &options->serverOutput);
   command->get_option("--server")->required();
   command->footer("Example:\n  rulecheck send eslint.sarif --server unix:/run/user/1000/rules");

@@ -244,7 +244,8 @@ void addLint(CLI::App& app) {
       ->required();
   command->add_option("-o,--output", options->output,
                       "The result to write: .pb, .bin, .txtpb, .textproto, .txt or .json");
-  command->add_option("--format", options->format, "The format of the result, as an extension");
+  command->add_option("--format", options->format,
+                      "The format of the result, such as json, instead of its extension");
   command->add_option("--html", options->page, "Also write this page");
   command->add_flag("--quiet", options->quiet, "Print no summary, but name waivers without effect");
   options->server = addServerOptions(*command, &options->serverOutput);

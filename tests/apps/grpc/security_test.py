@@ -92,8 +92,8 @@ class SecureServers(SecurityTest):
         for certificate, own, authority, line in [
                 (empty, key, paths["ca.pem"], f"{empty}: has no certificate"),
                 (key, key, paths["ca.pem"], f"{key}: has no certificate"),
-                (server, empty, paths["ca.pem"], f"{empty}: has no private key without password"),
-                (server, server, paths["ca.pem"], f"{server}: has no private key without password"),
+                (server, empty, paths["ca.pem"], f"{empty}: has no private key, or one with a password"),
+                (server, server, paths["ca.pem"], f"{server}: has no private key, or one with a password"),
                 (server, paths["client.key"], paths["ca.pem"],
                  f"{paths['client.key']}: not the key of the certificate"),
                 (server, key, empty, f"{empty}: has no certificate"),
