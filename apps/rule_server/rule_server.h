@@ -57,8 +57,8 @@ class Server {
   // body of its type and no other. Throws only std::bad_alloc.
   vok::rulecheck::Response handle(vok::rulecheck::Request request);
 
-  // Whether the request uses files, or asks for more than a few MiB. A transport that
-  // performs one such request at a time holds one large result in memory.
+  // Whether the request uses files, or asks for a result of more than 1 MiB or 64 rules. A
+  // transport that performs one such request at a time holds one large result in memory.
   bool takesLong(const vok::rulecheck::Request& request) const;
 
   // Whether a STOP_SERVER was accepted. From then on each request is refused.
