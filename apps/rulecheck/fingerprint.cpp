@@ -38,27 +38,31 @@ std::string wellFormed(std::string_view text) {
 // FNV-1a, which needs no library and never changes.
 class Hash {
  public:
-  // Of a part, which the next one can't continue.
-  void add(std::string_view text) {
+  // Of a part, which the next one can't continue. The text of a message may have positions.
+  void add(std::string_view text, bool isMessage = false) {
     if (isAscii(text)) {
-      addWellFormed(text);
+      addWellFormed(text, isMessage);
     } else {
-      addWellFormed(wellFormed(text));
+      addWellFormed(wellFormed(text), isMessage);
     }
   }
 
   std::uint64_t value() const { return value_; }
 
  private:
-  void addWellFormed(std::string_view text) {
+  void addWellFormed(std::string_view text, bool isMessage) {
     bool isBlank = false;
+    bool isNamed = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
       const char c = text[i];
       if (c == ' ' || c == '\t' || c == '\r' || c == '\n') {
         isBlank = !isEmpty_;
-      } else if (const std::size_t length = positionLength(text.substr(i))) {
+        isNamed = false;
+      } else if (const std::size_t length = isNamed ? positionLength(text.substr(i)) : 0) {
         i += length - 1;
       } else {
+        // "7:6" and "[7:6]" are ranges.
+        isNamed = isMessage && c != '[' && c != '(' && (isNamed || isLetter(c));
         if (isBlank) {
           addByte(' ');
         }
@@ -74,6 +78,8 @@ class Hash {
   void addByte(char byte) { value_ = (value_ ^ static_cast<unsigned char>(byte)) * 0x100000001b3; }
 
   static bool isDigit(char c) { return c >= '0' && c <= '9'; }
+  // Or a part of one that is not ASCII.
+  static bool isLetter(char c) { return !isAscii({&c, 1}) || ((c | 32) >= 'a' && (c | 32) <= 'z'); }
 
   // The length of ":12" at the beginning of the text, or 0.
   static std::size_t positionLength(std::string_view text) {
@@ -96,9 +102,9 @@ std::uint64_t fingerprintOf(const std::string& rule, const vok::rulecheck::MsgIn
   hash.add(rule);
   hash.add(place.file);
   hash.add(place.source);
-  hash.add(message.text());
+  hash.add(message.text(), true);
   for (const Arg& argument : message.args().arg()) {
-    hash.add(plainText(argument));
+    hash.add(plainText(argument), true);
   }
   return hash.value();
 }

@@ -15,9 +15,9 @@
 namespace rulecheck {
 
 // A hash of the rule, the file, the text of its line where the result has it, and the
-// message with its arguments. White space counts once; numbers of lines, columns and
-// findings don't count. It is the same on all machines and in all releases. The place is that
-// of the message's arguments.
+// message with its arguments. White space counts once; the finding's number doesn't count, nor do
+// lines and columns: what follows a name in the message, as in "a.v:12:3". It is the same on all
+// machines and in all releases. The place is that of the message's arguments.
 std::uint64_t fingerprintOf(const std::string& rule, const vok::rulecheck::MsgInst& message,
                             const Place& place);
 inline std::uint64_t fingerprintOf(const vok::rulecheck::Violation& violation, const Place& place) {

@@ -55,6 +55,16 @@ class Diff(ResultsTest):
             with self.subTest(change):
                 self.assertEqual(self.counts([finding()], [finding(**change)]), [1, 1, 0, 0])
 
+    def test_leaves_out_positions_but_no_other_numbers(self):
+        for field, before, after, same in [
+                ("text", "see rtl/b.v:7:3", "see rtl/b.v:12:9", 1), ("text", "see b2.f90:7.", "see b2.f90:8.", 1),
+                ("text", "see (é:7)", "see (é:8)", 1), ("text", "bits b[7:6]", "bits b[7:3]", 0),
+                ("text", "bits b(7:6)", "bits b(7:3)", 0), ("text", "bits 7:6", "bits 7:3", 0),
+                ("source", "b ? c:1", "b ? c:0", 0)]:
+            with self.subTest(field, before=before):
+                counts = self.counts([finding(**{field: before})], [finding(**{field: after})])
+                self.assertEqual(counts, [1 - same, 1 - same, same, 0])
+
     def test_matches_as_many_as_there_are(self):
         lines = [finding(line=line) for line in (1, 2, 3)]
         self.assertEqual(self.counts(lines, lines[:2]), [0, 1, 2, 0])
