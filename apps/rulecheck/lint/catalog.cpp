@@ -2,6 +2,8 @@
 
 #include "rulecheck/lint/catalog.h"
 
+#include <strings.h>
+
 #include "common/message_file.h"
 #include "rulecheck/assets.h"
 
@@ -41,11 +43,14 @@ RuleSpec genericRule(const CreateViolation& violation) {
   return rule;
 }
 
+// Case makes no difference to Verilator.
 bool isNamed(const std::string& name, const RuleSpec& rule) {
+  const auto is = [&name](const std::string& other) {
+    return strcasecmp(name.c_str(), other.c_str()) == 0;
+  };
   const std::string& group = rule.categories().at(kGroupCategory);
-  return name.empty() || name == rule.key() || name == group ||
-         (name == "lint" && group == "style") ||
-         (name == "UNUSED" && rule.key().compare(0, name.size(), name) == 0);
+  return name.empty() || is(rule.key()) || is(group) || (is("lint") && group == "style") ||
+         (is("UNUSED") && rule.key().compare(0, name.size(), "UNUSED") == 0);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "rulecheck/lint/verilator.h"
 
 #include <re2/re2.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -10,6 +11,7 @@
 #include <sstream>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "common/message_file.h"
 #include "rulecheck/not_checked.h"
@@ -27,62 +29,131 @@ namespace fs = std::filesystem;
 // Before the name of a rule on the command line.
 constexpr std::string_view kOn = "-Wwarn-";
 
-// Calls work with each name in the lint_off comments of a text, and with its comment. A
-// string has no comments; if a quote has no partner in its line, the comments after it count.
+// Calls work with each name that a lint_off switches off, and with where it is: a comment, or a
+// line of a configuration. The name is "", which means all, if the line has none, and if a macro
+// makes it. Strings and escaped identifiers have no comments; if a quote has no partner in its
+// line, the comments after it count.
 template <typename Work>
 void forEachLintOff(StringPiece text, Work work) {
-  static const RE2 token(R"re([`\\]"|"(?:\\(?s:.)|[^"\\\n])*"|(//[^\n]*|/\*(?s:.*?)(?:\*/|\z)))re",
-                         RE2::Latin1);
-  static const RE2 off(R"(^/[/*]\s*verilator\s+lint_off\s+([\w\s,]+))", RE2::Latin1);
-  static const RE2 word(R"((\w+))", RE2::Latin1);
-  for (StringPiece comment; RE2::FindAndConsume(&text, token, &comment);) {
+  static const RE2 token(
+      R"re([`]"|\\[^ \t\f\r\n]+|"(?:\\(?s:.)|[^"\\\n])*"|`define\s+\w+\(([^)]*)|)re"
+      R"re((//[^\n]*|/\*(?s:.*?)(?:\*/|\z))|\b(lint_off\b(?:\s+-(?:rule|msg)\s+(\w+))?))re",
+      RE2::Latin1);
+  static const RE2 off(R"(^/[/*]\s*[Vv]erilator\s+lint_off\s+([\w\s,`]+))", RE2::Latin1);
+  static const RE2 word(R"(([\w`]*\w))", RE2::Latin1);
+  std::set<std::string> parameters;
+  StringPiece added;
+  StringPiece comment;
+  StringPiece line;
+  for (std::string rule; RE2::FindAndConsume(&text, token, &added, &comment, &line, &rule);) {
+    std::string name;
+    while (RE2::FindAndConsume(&added, word, &name)) {
+      parameters.insert(name);
+    }
     StringPiece names;
     RE2::PartialMatch(comment, off, &names);
-    for (std::string name; RE2::FindAndConsume(&names, word, &name);) {
-      work(name, comment);
+    while (RE2::FindAndConsume(&names, word, &name)) {
+      const bool isMade = parameters.count(name) != 0 || name.find('`') != std::string::npos;
+      work(isMade ? "" : name, comment);
+    }
+    if (!line.empty()) {
+      work(rule, line);
     }
   }
+}
+
+bool isReadable(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_regular_file(path, ignored) && access(path.c_str(), R_OK) == 0;
+}
+
+// Those behind the colon of a rule of Make, but not Verilator. It doesn't quote blanks in their
+// names; names that lead to no file are one.
+std::set<std::string> filesOf(const std::string& dependencies, const fs::path& directory) {
+  static const RE2 list(".* : (.*)", RE2::Latin1);
+  static const RE2 program("(?:.*/)?verilator_bin[^ /]*", RE2::Latin1);
+  std::string text;
+  RE2::PartialMatch(dependencies, list, &text);
+  std::istringstream words(text);
+  std::set<std::string> files;
+  std::string path;
+  for (std::string word; words >> word;) {
+    if (!RE2::FullMatch(word, program)) {
+      path += path.empty() ? word : ' ' + word;
+    }
+    if (isReadable(directory / path)) {
+      files.insert(std::exchange(path, ""));
+    }
+  }
+  if (!path.empty()) {
+    files.insert(path);
+  }
+  return files;
 }
 
 // Which lint_off comments Verilator skips. Macros move the others to other lines and files,
 // so that only names tell. It doesn't preprocess the files of libraries.
 class Skipped {
  public:
-  explicit Skipped(std::function<std::string()> preprocess) : preprocess_(std::move(preprocess)) {}
+  Skipped(std::function<std::string()> preprocess, fs::path directory)
+      : preprocess_(std::move(preprocess)), directory_(std::move(directory)) {}
 
-  bool has(const std::string& file, const std::string& name) {
+  // The files are all that Verilator read.
+  bool has(const std::string& name, const std::string& file, const std::set<std::string>& files) {
     if (preprocess_) {
-      read(preprocess_());
+      read(preprocess_(), files);
       preprocess_ = nullptr;
     }
     return files_.count(file) != 0 && names_.count(name) == 0;
   }
 
  private:
-  void read(const std::string& text) {
+  void read(const std::string& text, const std::set<std::string>& files) {
     static const RE2 line(R"re((?m)^`line \d+ "([^"\n]+)")re", RE2::Latin1);
     StringPiece rest = text;
     for (std::string file; RE2::FindAndConsume(&rest, line, &file);) {
-      files_.insert(fs::path(file).lexically_normal());
+      files_.insert(file);
     }
     forEachLintOff(text, [this](const std::string& name, StringPiece) { names_.insert(name); });
+    // In a library, a file that is included can have other branches.
+    if (std::any_of(files.begin(), files.end(), [this](const std::string& path) {
+          return files_.count(path) == 0 && isReadable(directory_ / path) &&
+                 apps::readFile(directory_ / path).find("`include") != std::string::npos;
+        })) {
+      files_.clear();
+    }
   }
 
   // Until it is called.
   std::function<std::string()> preprocess_;
+  fs::path directory_;
   std::set<std::string> files_;
   std::set<std::string> names_;
 };
 
-Place placeIn(const std::string& content, std::size_t offset, const std::string& file) {
-  const auto here = content.begin() + static_cast<std::ptrdiff_t>(offset);
-  const std::size_t start = offset == 0 ? 0 : content.rfind('\n', offset - 1) + 1;
-  Place place{file};
-  place.line = static_cast<int>(std::count(content.begin(), here, '\n')) + 1;
-  place.column = static_cast<int>(offset - start) + 1;
-  place.source = content.substr(start, content.find('\n', offset) - start);
-  return place;
-}
+// The places in a text of offsets that grow.
+class Places {
+ public:
+  Places(const std::string& text, const std::string& file) : text_(text), place_{file} {
+    place_.line = 1;
+  }
+
+  const Place& at(std::size_t offset) {
+    std::size_t end = 0;
+    while ((end = text_.find('\n', start_)) < offset) {
+      start_ = end + 1;
+      ++place_.line;
+    }
+    place_.column = static_cast<int>(offset - start_) + 1;
+    place_.source = text_.substr(start_, end - start_);
+    return place_;
+  }
+
+ private:
+  const std::string& text_;
+  Place place_;
+  std::size_t start_ = 0;
+};
 
 // A text with blanks for what Verilator takes for comments in a file of arguments.
 std::string withoutComments(std::string text) {
@@ -103,7 +174,9 @@ std::string withoutComments(std::string text) {
 class Unchecked {
  public:
   Unchecked(const Catalog& rules, fs::path directory, std::function<std::string()> preprocess)
-      : rules_(rules), directory_(std::move(directory)), skipped_(std::move(preprocess)) {}
+      : rules_(rules),
+        directory_(std::move(directory)),
+        skipped_(std::move(preprocess), directory_) {}
 
   void add(const std::string& rule, const ArgList& args, const char* reason) {
     CreateViolation violation;
@@ -130,88 +203,53 @@ class Unchecked {
     }
   }
 
-  // Verilator reads the three kinds of files with the same paths, so the text decides.
-  void addFile(const std::string& path) {
-    const std::string content = apps::readFile(directory_ / path);
-    const bool isConfiguration = content.find("`verilator_config") != std::string::npos;
-    if (!isConfiguration) {
-      addComments(content, path);
+  // Verilator reads the three kinds of files with the same paths, and a file can be of two.
+  void addFile(const std::string& path, const std::set<std::string>& files) {
+    if (!isReadable(directory_ / path)) {
+      addNamed("", Place{path}, "cannot be read", {});
+      return;
     }
-    std::istringstream lines(isConfiguration ? content : withoutComments(content));
-    Place place{path};
-    for (std::string line; std::getline(lines, line);) {
-      ++place.line;
-      place.source = line;
-      if (isConfiguration) {
-        addConfiguration(line, place);
-      } else {
-        addArguments(line, place, {});
+    const std::string content = apps::readFile(directory_ / path);
+    const std::size_t condition = content.find("`if");
+    Places places(content, path);
+    forEachLintOff(content, [&](const std::string& name, StringPiece where) {
+      const auto offset = static_cast<std::size_t>(where.data() - content.data());
+      const bool isClear = where[0] != '/' || offset < condition || name.empty();
+      if (isClear || !skipped_.has(name, path, files)) {
+        addNamed(name, places.at(offset), name.empty() ? "lint_off" : "lint_off " + name, {});
       }
+    });
+    std::istringstream lines(withoutComments(content));
+    Place place{path};
+    while (std::getline(lines, place.source)) {
+      ++place.line;
+      addArguments(place.source, place, {});
     }
   }
 
   // The rules of the set are on again.
-  void addArguments(const std::string& line, const Place& place,
-                    const std::set<std::string>& onAgain) {
-    static const RE2 argument(R"((?:^|[\s"'])(--?Wno-([\w-]+)))", RE2::Latin1);
+  void addArguments(std::string line, const Place& place, const std::set<std::string>& onAgain) {
+    static const RE2 argument(R"((?s)(?:^|\s)(--?Wno-([\w-]*)|(?:-D|\+define\+).*lint_off))",
+                              RE2::Latin1);
+    static const RE2 quote(R"(["'\\])", RE2::Latin1);
+    if (!place.file.empty()) {
+      RE2::GlobalReplace(&line, quote, "");
+    }
     StringPiece rest = line;
-    StringPiece whole;
-    for (std::string name; RE2::FindAndConsume(&rest, argument, &whole, &name);) {
-      Place here = place;
-      here.column = place.file.empty() ? 0 : static_cast<int>(whole.data() - line.data()) + 1;
-      addNamed(name, here, whole.as_string(), onAgain);
+    std::string name;
+    for (std::string text; RE2::FindAndConsume(&rest, argument, &text, &name);) {
+      addNamed(name, place, text, onAgain);
     }
   }
 
   std::vector<CreateViolation> take() { return std::move(violations_); }
 
  private:
-  void addComments(const std::string& content, const std::string& path) {
-    const std::size_t condition = content.find("`if");
-    forEachLintOff(content, [&](const std::string& name, StringPiece comment) {
-      const auto offset = static_cast<std::size_t>(comment.data() - content.data());
-      if (offset < condition || !skipped_.has(path, name)) {
-        addNamed(name, placeIn(content, offset, path), "lint_off " + name, {});
-      }
-    });
-  }
-
-  void addConfiguration(const std::string& line, const Place& place) {
-    static const RE2 off(R"(^\s*(lint_off\b[^/]*))", RE2::Latin1);
-    static const RE2 rule(R"re(-(?:rule|msg)\s+"?(\w+))re", RE2::Latin1);
-    std::string text;
-    if (RE2::PartialMatch(line, off, &text)) {
-      std::string name;
-      RE2::PartialMatch(text, rule, &name);
-      addNamed(name, place, line, {});
-    }
-  }
-
   const Catalog& rules_;
   fs::path directory_;
   Skipped skipped_;
   std::vector<CreateViolation> violations_;
 };
-
-// Blanks separate the names, which Verilator neither quotes nor lets have one.
-std::set<std::string> filesOf(const std::vector<std::string>& arguments,
-                              const std::string& dependencies) {
-  std::set<std::string> files;
-  for (const std::string& argument : arguments) {
-    files.insert(fs::path(argument).lexically_normal());
-  }
-  std::istringstream words(dependencies.substr(dependencies.find(':') + 1));
-  for (std::string word; words >> word;) {
-    files.insert(fs::path(word).lexically_normal());
-  }
-  return files;
-}
-
-bool isSource(const fs::path& path) {
-  std::error_code ignored;
-  return fs::is_regular_file(path, ignored) &&
-         path.filename().string().compare(0, 13, "verilator_bin") != 0;
-}
 
 }  // namespace
 
@@ -228,10 +266,9 @@ std::vector<CreateViolation> uncheckedRules(const std::vector<std::string>& argu
       onAgain.insert(argument->substr(kOn.size()));
     }
   }
-  for (const std::string& path : filesOf(arguments, dependencies)) {
-    if (isSource(directory / path)) {
-      unchecked.addFile(path);
-    }
+  const std::set<std::string> files = filesOf(dependencies, directory);
+  for (const std::string& path : files) {
+    unchecked.addFile(path, files);
   }
   const auto error = std::find_if(found.begin(), found.end(), isError);
   if (error != found.end()) {

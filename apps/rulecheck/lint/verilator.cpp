@@ -2,6 +2,7 @@
 
 #include "rulecheck/lint/verilator.h"
 
+#include <re2/re2.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -65,20 +66,19 @@ std::string lastLine(std::string text) {
   return text.substr(text.rfind('\n') + 1);
 }
 
-bool isPreprocessing(const std::string& argument) {
-  return argument == "-E" || argument == "--E";
-}
-
-// Throws if a run without an error looked at no rule. Only one that reads sources writes
-// dependencies.
-void checkThatItChecked(const std::string& program, const std::vector<std::string>& arguments,
-                        const Ended& ended, const std::string& dependencies) {
+// Throws if a run without an error looked at no rule, or not at all rules, or doesn't tell which
+// files it read. A complete check ends with writing a program to /dev/null.
+void checkThatItChecked(const std::string& program, const Ended& ended,
+                        const std::string& dependencies) {
   if (ended.status != 0) {
     const std::string line = lastLine(ended.output);
     throw apps::CannotRun(program + " failed: " +
                           (line.empty() ? "exit status " + std::to_string(ended.status) : line));
   }
-  if (dependencies.empty() || std::any_of(arguments.begin(), arguments.end(), isPreprocessing)) {
+  if (!dependencies.empty() && dependencies.back() != '\n') {
+    throw apps::CannotRun(program + ": cannot write all of a file to " + temporaryFolder());
+  }
+  if (!re2::RE2::PartialMatch(dependencies, "^(?:.* )?/dev/null .*: ")) {
     throw apps::CannotRun(program + ": checked nothing");
   }
 }
@@ -99,7 +99,7 @@ std::vector<CreateViolation> lint(const std::string& program,
   std::vector<CreateViolation> found = parseMessages(ended.output, here);
   const std::string dependencies = dependenciesIn(directory.path());
   if (std::none_of(found.begin(), found.end(), isError)) {
-    checkThatItChecked(program, arguments, ended, dependencies);
+    checkThatItChecked(program, ended, dependencies);
   }
   const auto preprocess = [&] {
     words.emplace_back("-E");

@@ -47,14 +47,15 @@ std::vector<vok::rulecheck::Reference> namedObjects(const std::string& text);
 
 // The rules that Verilator did not check, or not everywhere: a waived violation, with a reason
 // of not_checked.h, for
-//  - each place in a file that switches a rule off: a lint_off comment, a line of a
-//    configuration file (.vlt), or -Wno- in a file of arguments. The files are the arguments
-//    that name one, and those of dependencies, a rule of Make;
+//  - each place in a file that switches a rule off: a lint_off comment, a lint_off of a
+//    configuration file (.vlt), or -Wno- in a file of arguments. The files are those of
+//    dependencies, a rule of Make; one that cannot be read switches all rules off;
 //  - each argument -Wno-;
 //  - each rule that nothing was found of, if an error was found: it cut the check short. The
 //    place is that of the error.
 // A comment after an `if may be skipped. If there is one, preprocess is called, which returns
-// the sources as Verilator preprocesses them or nothing, and what is not in them doesn't count.
+// the sources as Verilator preprocesses them or nothing, and what is not in them doesn't count,
+// unless it is in a library or the library includes files.
 std::vector<vok::rulecheck::CreateViolation> uncheckedRules(
     const std::vector<std::string>& arguments, const std::string& dependencies,
     const std::vector<vok::rulecheck::CreateViolation>& found,

@@ -65,7 +65,7 @@ class BadArguments(RulecheckTest):
               for number, (_, line) in enumerate(waivers)),
             *(([*fine, "--severity", f"{name}=error", "m.v"],
                f"--severity {name}=error: Verilator has no such rule")
-              for name in ["WITDH", "width", ""]),
+              for name in ["WITDH", ""]),
             ([*fine, "--config", "keys", "m.v"], "keys: INI was not able to parse lint.severty"),
             ([*fine, "--html", "./result.pb", "m.v"], "--html ./result.pb: is the output"),
             ([*fine[:-1], "result.xml", "m.v"], "result.xml: unknown extension"),
@@ -97,6 +97,13 @@ class BadArguments(RulecheckTest):
         self.assert_error("/nonexistent: No such file or directory",
                           "lint", "--verilator", "/bin/true", "-o", "result.pb", "m.v", status=3,
                           env={**os.environ, "TMPDIR": "/nonexistent"})
+
+    def test_verilator_that_writes_half_a_list_of_files(self):
+        program = self.fake_verilator("")
+        program.write_text(program.read_text(encoding="utf-8").replace("echo '/dev", "printf '/dev"),
+                           encoding="utf-8")
+        self.assert_error("cannot write all of a file to /tmp", "lint", "--verilator", program,
+                          "-o", "result.pb", "m.v", status=3, env={**os.environ, "TMPDIR": ""})
 
     def test_verilator_that_reads_no_source(self):
         self.assert_error("/bin/true: checked nothing", "lint", "--verilator", "/bin/true",
@@ -277,43 +284,56 @@ class RulesThatAreOff(LintTest):
 
     def test_by_comments_are_not_affirmed(self):
         self.write("a.v", "module a;\n  /* verilator lint_off WIDTH */ // verilator lint_off LATCH\n")
-        self.write("b.v", "/*verilator lint_off UNUSED*/\r\n// verilator lint_on WIDTH\n")
+        self.write("a b.v", "/*verilator lint_off UNUSED*/\r\n// verilator lint_on WIDTH\n")
         reason = "switched off in the source"
-        self.assertEqual(self.unchecked("a.v b.v missing.v"), [
-            ("LATCH", "a.v:2:34", reason), ("UNUSEDGENVAR", "b.v:1:1", reason),
-            ("UNUSEDPARAM", "b.v:1:1", reason), ("UNUSEDSIGNAL", "b.v:1:1", reason),
+        self.assertEqual(self.unchecked("a.v a b.v /bin/verilator_bin"), [
+            ("LATCH", "a.v:2:34", reason), ("UNUSEDGENVAR", "a b.v:1:1", reason),
+            ("UNUSEDPARAM", "a b.v:1:1", reason), ("UNUSEDSIGNAL", "a b.v:1:1", reason),
             ("WIDTH", "a.v:2:3", reason)])
 
-    def test_by_comments_of_several_lines_are_not_affirmed(self):
-        self.write("a.v", "module a;\n  /* verilator\n lint_off WIDTH,\n  LATCH */\nendmodule\n")
-        self.assertEqual([found[:2] for found in self.unchecked("a.v")],
-                         [("LATCH", "a.v:2:3"), ("WIDTH", "a.v:2:3")])
+    def test_by_a_file_that_cannot_be_read_are_not_affirmed(self):
+        self.write("a.v", MODULE)
+        for files in ["missing.v", "missing.v a.v", "/dev/zero /bin/verilator_bin a.v"]:
+            with self.subTest(files):
+                self.assertEqual(len(self.unchecked(files)), RULES)
 
-    def test_by_what_is_no_comment_are_affirmed(self):
-        self.write("a.v", 'string s = "\\" /* verilator lint_off WIDTH */"; // verilator lint_off LATCH\n'
-                   "// // verilator lint_off CASEX\n"
-                   '`define S `" // verilator lint_off BLKSEQ `"\n'
-                   'wire \\" ; /* verilator lint_off UNDRIVEN */ wire \\"x ;\n')
-        self.assertEqual([found[:2] for found in self.unchecked("a.v")],
-                         [("BLKSEQ", "a.v:3:14"), ("LATCH", "a.v:1:49"), ("UNDRIVEN", "a.v:4:11")])
-
-    def test_by_comments_among_arguments_are_affirmed(self):
-        self.write("a.f", "/* -Wno-WIDTH\n -Wno-CASEX */ -Wno-LATCH // -Wno-UNDRIVEN\n-y rtl/* --Wno-BLKSEQ */\n")
-        self.assertEqual([found[:2] for found in self.unchecked("a.f")],
-                         [("BLKSEQ", "a.f:3:10"), ("LATCH", "a.f:2:16")])
+    def test_by_the_text_of_a_file_are_not_affirmed(self):
+        cases = [
+            ("module a;\n  /* verilator\n lint_off WIDTH,\n  LATCH */\nendmodule\n", "LATCH:2:3 WIDTH:2:3"),
+            ("// Verilator lint_off width", "WIDTH:1:1"),
+            ("// a `verilator_config has lint_off\n// verilator lint_off WIDTH", "WIDTH:2:1"),
+            ('string s = "\\" /* verilator lint_off WIDTH */"; // verilator lint_off LATCH', "LATCH:1:49"),
+            ("// // verilator lint_off CASEX", ""),
+            ('`define S `" // verilator lint_off BLKSEQ `"', "BLKSEQ:1:14"),
+            ('wire \\" ; /* verilator lint_off UNDRIVEN */ wire \\"x ;', "UNDRIVEN:1:11"),
+            ('wire \\a" , \\b//c , \\d/*e ; /*verilator lint_off LATCH*/ wire \\f" ;', "LATCH:1:28"),
+            ("`define OFF(a, b) /*verilator lint_off b*/", "*:1:19"),
+            ("`define OFF /*verilator lint_off `RULE*/", "*:1:13"),
+            # configuration files
+            ('`verilator_config\nlint_off -rule WIDTH -file "*/a.v" -lines 3\n// lint_off -rule LATCH\n'
+             "lint_off -msg CASEX\nlint_on -rule BLKSEQ\n", "CASEX:4:1 WIDTH:2:1"),
+            ('`verilator_config\nlint_off -file "*/a.v"\n', "*:2:1"),
+            ("`verilator_config /**/ lint_off -rule width lint_off -rule CASEX", "CASEX:1:45 WIDTH:1:24"),
+            ('`verilator_config\n`verilog\n// verilator lint_off WIDTH\n', "WIDTH:3:1"),
+            ("`define OFF lint_off\n`OFF -rule WIDTH", "*:1:13"),
+            ('$display("lint_off -rule WIDTH");', ""),
+            # files of arguments
+            ("/* -Wno-WIDTH\n -Wno-CASEX */ -Wno-LATCH // -Wno-UNDRIVEN\n-y rtl/* --Wno-BLKSEQ */\n",
+             "BLKSEQ:3 LATCH:2"),
+            ('"-Wno""-width" -Wno-"LATCH" \\-Wno-CASEX', "CASEX:1 LATCH:1 WIDTH:1"),
+            ('"+define+OFF=/*verilator lint_off WIDTH*/"', "*:1"),
+        ]
+        for content, expected in cases:
+            with self.subTest(content):
+                self.write("a", content)
+                found = [f"{rule}{place[1:]}" for rule, place, _ in self.unchecked("a")]
+                places = {place.partition(":")[2] for place in found}
+                self.assertEqual(f"*:{places.pop()}" if len(found) == RULES else " ".join(found), expected)
 
     def test_by_an_argument_that_a_later_one_undoes_are_affirmed(self):
         self.assertEqual([found[0] for found in self.unchecked(
             "", "-Wwarn-LATCH", "-Wno-LATCH", "-Wno-WIDTH", "-Wno-UNUSED", "-Wwarn-WIDTH",
             "-Wwarn-UNUSEDPARAM")], ["LATCH", "UNUSEDGENVAR", "UNUSEDSIGNAL"])
-
-    def test_by_configuration_files_are_not_affirmed(self):
-        self.write("c.vlt", '`verilator_config\nlint_off -rule WIDTH -file "*/a.v" -lines 3\n'
-                   '// lint_off -rule LATCH\nlint_off -msg CASEX\nlint_on -rule BLKSEQ\n')
-        self.assertEqual([found[:2] for found in self.unchecked("c.vlt")],
-                         [("CASEX", "c.vlt:4"), ("WIDTH", "c.vlt:2")])
-        self.write("c.vlt", '`verilator_config\nlint_off -file "*/a.v"\n')
-        self.assertEqual(len(self.unchecked("", "c.vlt")), RULES)
 
     def test_by_the_name_of_a_group_are_not_affirmed(self):
         for name, style, lint in [("style", True, False), ("lint", True, True), ("CASE", False, False)]:
@@ -323,8 +343,8 @@ class RulesThatAreOff(LintTest):
 
     def test_by_arguments_are_not_affirmed(self):
         self.write("a.f", "-Wno-LATCH top.v\n+define+X -Wno-nosuch\n")
-        self.assertEqual(self.unchecked("a.f", "-Wno-WIDTH", "-Wno-nosuch"), [
-            ("LATCH", "a.f:1:1", "switched off in the source"),
+        self.assertEqual(self.unchecked("a.f", "-Wno-width", "-Wno-nosuch"), [
+            ("LATCH", "a.f:1", "switched off in the source"),
             ("WIDTH", "command line", "switched off on the command line")])
 
 

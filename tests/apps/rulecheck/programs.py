@@ -43,7 +43,7 @@ class RulecheckTest(program_test.ProgramTest):
         program = self.write("fake verilator", f"""#!/bin/sh
 printf '%s\\n' "$@" > '{self.folder}/arguments'
 for last; do :; done
-echo 'out: {dependencies}' > "$last/V__ver.d"
+echo '/dev/null out : {dependencies}' > "$last/V__ver.d"
 cat '{said}' >&2
 : > /dev/stderr  # which would empty a file
 exit {status}

@@ -59,8 +59,8 @@ class Lint(RulecheckTest):
         unchecked = {found[:2] for found in findings(result, "waivedViolations")}
         self.assertEqual(unchecked, {
             ("UNUSEDPARAM", "rtl/top.sv:2:1"), ("CASEX", "inc/width.vh:2:1"),
-            ("LATCH", "lib/part.v:4:1"), ("UNDRIVEN", "waive.vlt:2"),
-            ("CASEOVERLAP", "design.f:3:1"), ("BLKSEQ", "command line")})
+            ("LATCH", "lib/part.v:4:1"), ("UNDRIVEN", "waive.vlt:2:1"),
+            ("CASEOVERLAP", "design.f:3"), ("BLKSEQ", "command line")})
 
     def test_counts_what_verilator_reads_of_a_file(self):
         self.write("m.v", "`ifdef NO\n// verilator lint_off WIDTH\n`else\n// verilator lint_off LATCH\n`endif\n"
@@ -69,6 +69,15 @@ class Lint(RulecheckTest):
         unchecked = findings(self.lint("m.v", "-y", "lib"), "waivedViolations")
         self.assertEqual([found[:2] for found in unchecked], [  # a library is not preprocessed
             ("BLKSEQ", "lib/part.v:2:1"), ("CASEX", "m.v:6:13"), ("LATCH", "m.v:4:1")])
+
+    def test_counts_what_a_library_may_read_of_a_file(self):
+        self.write("quiet.vh", "`ifdef QUIET\n// verilator lint_off WIDTH\n`endif\n")
+        self.write("m.v", '`include "quiet.vh"\nmodule m;\n  part u_part();\nendmodule\n')
+        self.write("a b/lib/part.v", '`define QUIET\n`include "quiet.vh"\nmodule part; endmodule\n')
+        self.write("a b/link/.keep", "")
+        (self.folder / "link").symlink_to("a b/link")
+        unchecked = findings(self.lint("m.v", "-y", "link/../lib"), "waivedViolations")
+        self.assertEqual([found[:2] for found in unchecked], [("WIDTH", "quiet.vh:2:1")])
 
     def test_checks_a_core_of_many_files(self):
         for number in range(20):
@@ -116,7 +125,9 @@ endmodule
 
     def test_affirms_nothing_if_verilator_checks_nothing(self):
         self.write("m.v", "module m; endmodule\n")
-        for words in [["-E", "m.v"], ["--version"], ["--help"], ["-V"]]:
+        self.write("m.f", "--E\n")
+        for words in [["-E", "m.v"], ["--version"], ["--help"], ["-V"], ["-f", "m.f", "m.v"],
+                      ["--xml-only", "m.v"], ["--cdc", "m.v"], ["--dpi-hdr-only", "m.v"]]:
             with self.subTest(words):
                 self.assert_error("verilator: checked nothing", "lint", "-o", "result.pb", "--",
                                   *words, status=3)
