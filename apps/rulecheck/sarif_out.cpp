@@ -111,7 +111,8 @@ OrderedJson findingJson(const Finding& finding, const std::map<std::string, std:
   if (place >= 0) {
     json["locations"] = {{{"physicalLocation", physicalLocation(args.arg(place).ref())}}};
   }
-  json["properties"][kOwnProperty] = messageJson(finding);
+  OrderedJson& own = json["properties"][kOwnProperty] = messageJson(finding);
+  own["id"] = 0;  // findings get new numbers when they are imported
   return json;
 }
 
