@@ -7,9 +7,13 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <initializer_list>
 #include <iostream>
+#include <new>
 #include <string>
 
 #include "common/characters.h"
@@ -33,6 +37,18 @@ void fillStandardDescriptors() {
   }
 }
 
+// Where a destructor asks for memory and there is none, the exception gets here.
+[[noreturn]] void terminate() {
+  try {
+    std::rethrow_exception(std::current_exception());
+  } catch (const std::bad_alloc&) {
+    dprintf(STDERR_FILENO, "%s: out of memory\n", program_invocation_short_name);
+    _exit(3);
+  } catch (...) {
+    std::abort();
+  }
+}
+
 }  // namespace
 
 int run(CLI::App& app, int argc, const char* const* argv, const std::function<void()>& work) {
@@ -41,12 +57,15 @@ int run(CLI::App& app, int argc, const char* const* argv, const std::function<vo
   google::protobuf::SetLogHandler(nullptr);
   // A file that is too long is an error, not the program's end.
   signal(SIGXFSZ, SIG_IGN);
+  std::set_terminate(terminate);
   try {
     app.parse(argc, argv);
     work();
     return 0;
   } catch (const CLI::Success& request) {
     return app.exit(request);
+  } catch (const std::bad_alloc&) {
+    terminate();
   } catch (const std::exception& error) {
     std::cerr << app.get_name() << ": " << oneLine(messageOf(app, error)) << '\n';
     return dynamic_cast<const CannotRun*>(&error) == nullptr ? 2 : 3;

@@ -20,7 +20,8 @@ class CannotRun : public std::runtime_error {
 
 // Parses the arguments into what app's options are bound to, and runs work.
 // Returns the exit status: 0 after work or --help, 3 after CannotRun, 2 after a bad argument
-// or any other exception from work, with oneLine() of the exception's text as the line.
+// or any other exception from work, with oneLine() of the exception's text as the line. If memory
+// runs out, the program says so and ends with 3.
 // Nothing that the Protocol Buffers runtime logs is printed, and SIGXFSZ does not end the
 // program.
 int run(CLI::App& app, int argc, const char* const* argv, const std::function<void()>& work);

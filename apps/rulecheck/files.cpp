@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <iostream>
+#include <new>
 #include <system_error>
 
 #include "common/message_file.h"
@@ -44,6 +45,8 @@ void readResult(const std::string& path, const std::string& format, SessionResul
   }
   try {
     fromSarif(content, std::filesystem::current_path(), result);
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& error) {
     throw apps::FileError(path + ": " + error.what());
   }
