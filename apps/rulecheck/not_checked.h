@@ -26,9 +26,12 @@ inline std::string waiverOf(const vok::rulecheck::Violation& violation) {
   return found == violation.categories().end() ? "" : found->second;
 }
 
-inline bool isNotChecked(const vok::rulecheck::Violation& violation) {
-  const std::string reason = waiverOf(violation);
+inline bool isNotChecked(const std::string& reason) {
   return reason == kOffInSource || reason == kOffByArgument || reason == kCutShort;
+}
+
+inline bool isNotChecked(const vok::rulecheck::Violation& violation) {
+  return isNotChecked(waiverOf(violation));
 }
 
 }  // namespace rulecheck

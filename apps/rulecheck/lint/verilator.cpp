@@ -69,9 +69,9 @@ std::string lastLine(std::string text) {
 // Throws if a run without an error looked at no rule, or not at all rules, or doesn't tell which
 // files it read. A complete check ends with writing a program to /dev/null.
 void checkThatItChecked(const std::string& program, const Ended& ended,
-                        const std::string& dependencies) {
+                        const std::string& dependencies, bool hasMessages) {
   if (ended.status != 0) {
-    const std::string line = lastLine(ended.output);
+    const std::string line = hasMessages ? "" : lastLine(ended.output);
     throw apps::CannotRun(program + " failed: " +
                           (line.empty() ? "exit status " + std::to_string(ended.status) : line));
   }
@@ -99,7 +99,7 @@ std::vector<CreateViolation> lint(const std::string& program,
   std::vector<CreateViolation> found = parseMessages(ended.output, here);
   const std::string dependencies = dependenciesIn(directory.path());
   if (std::none_of(found.begin(), found.end(), isError)) {
-    checkThatItChecked(program, ended, dependencies);
+    checkThatItChecked(program, ended, dependencies, !found.empty());
   }
   const auto preprocess = [&] {
     words.emplace_back("-E");

@@ -12,6 +12,7 @@
 #include <sstream>
 
 #include "common/message_file.h"
+#include "rulecheck/not_checked.h"
 #include "rulecheck/place.h"
 
 namespace rulecheck {
@@ -102,8 +103,8 @@ std::string inParentheses(const std::string& owner, const std::string& until) {
 
 // Adds the waiver of a line. Returns what is wrong, or nothing.
 std::string parse(const std::string& text, std::list<Waiver>* waivers) {
-  static const RE2 line(R"(\s*(\S+)\s+(\S+?)(?::(\d{1,9}))?((?:\s+\w+=\S+)*)\s+--\s+(.*\S)\s*)",
-                        RE2::Latin1);
+  static const RE2 line(
+      R"(\s*(\S+)\s+(\S+?)(?::([1-9]\d{0,8}))?((?:\s+\w+=\S+)*)\s+--\s+(.*\S)\s*)", RE2::Latin1);
   // What would be a part of the file's name otherwise: ":", ":3-5", and ":12" in ":12:3".
   static const RE2 place(R"(.*:[\d-]*|:.*)", RE2::Latin1);
   static const std::string syntax =
@@ -134,7 +135,7 @@ std::string parse(const std::string& text, std::list<Waiver>* waivers) {
   waiver.line = number.empty() ? 0 : std::stoi(number);
   waiver.until = until;
   waiver.reason = reason + inParentheses(owner, until);
-  return "";
+  return isNotChecked(waiver.reason) ? "the reason means that a rule was not checked" : "";
 }
 
 void readWaivers(const std::string& path, std::list<Waiver>* waivers) {
