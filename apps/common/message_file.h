@@ -47,6 +47,9 @@ void writeFile(const std::string& path, const std::string& content);
 using Content = std::function<bool(int)>;
 void writeFile(const std::string& path, const Content& content);
 
+// Removes the regular file that writeFile() would replace, if there is one.
+void removeFile(const std::string& path);
+
 // Whether the extension of a file is one of the binary format.
 bool isBinary(const std::string& path);
 

@@ -120,4 +120,12 @@ void writeFile(const std::string& path, const Content& content) {
   }
 }
 
+void removeFile(const std::string& path) {
+  const fs::path target = targetOf(path);
+  struct stat old = {};
+  if (lstat(target.c_str(), &old) == 0 && S_ISREG(old.st_mode) && unlink(target.c_str()) != 0) {
+    throw FileError(path + ": cannot be removed: " + std::generic_category().message(errno));
+  }
+}
+
 }  // namespace apps

@@ -307,7 +307,10 @@ void checkCommand(const CLI::App& app, const std::string& name) {
 int main(int argc, char** argv) {
   CLI::App app("Checks designs against rules, and reports what violates them", "rulecheck");
   app.require_subcommand(0, 1);
-  app.set_config("--config", "", "A file of options: a section [lint] of name=value lines");
+  app.set_config(
+      "--config", "",
+      "A file of options: a section [lint] of name=value lines; an option of the command "
+      "line replaces all of its name");
   app.allow_config_extras(CLI::config_extras_mode::error);
   app.set_version_flag("--version", "rulecheck " + std::to_string(vok::rulecheck::MAJOR) + '.' +
                                         std::to_string(vok::rulecheck::MINOR) + '.' +

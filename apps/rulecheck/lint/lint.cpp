@@ -12,9 +12,9 @@
 #include <set>
 #include <sstream>
 #include <stdexcept>
-#include <system_error>
 
 #include "common/characters.h"
+#include "common/message_file.h"
 #include "rulecheck/commands.h"
 #include "rulecheck/files.h"
 #include "rulecheck/lint/report.h"
@@ -44,6 +44,7 @@ struct LintOptions {
   std::string format;
   std::string page;
   bool quiet = false;
+  std::function<std::string()> config;
   std::function<Server()> server;
   std::string serverOutput;
 };
@@ -165,8 +166,15 @@ std::string summary(const SessionResult& result) {
   return out.str();
 }
 
-// The page must not replace the result.
+// The outputs must not replace each other or an input.
 void checkAreOthers(const LintOptions& options) {
+  std::vector<std::string> inputs = options.arguments;
+  inputs.insert(inputs.end(), options.waivers.begin(), options.waivers.end());
+  inputs.push_back(options.config());
+  for (const std::string& input : inputs) {
+    checkIsOther(options.output, input);
+    checkIsOther(options.page, input);
+  }
   const auto normal = [](const std::string& path) {
     return fs::weakly_canonical(fs::absolute(path));
   };
@@ -176,21 +184,17 @@ void checkAreOthers(const LintOptions& options) {
   }
 }
 
-// If this run fails, the files of an older one must not pass for its result.
-void removeOld(const std::string& path) {
-  std::error_code ignored;
-  if (path != "-" && fs::is_regular_file(path, ignored)) {
-    fs::remove(path, ignored);
-  }
-}
-
 void lint(const LintOptions& options) {
   if (!options.output.empty()) {
     checkFormat(options.output, options.format);
   }
   checkAreOthers(options);
-  removeOld(options.output);
-  removeOld(options.page);
+  // If this run fails, the files of an older one must not pass for its result.
+  for (const std::string& path : {options.output, options.page}) {
+    if (path != "-") {
+      apps::removeFile(path);
+    }
+  }
   const Server server = options.server();
   if (server == nullptr && options.output.empty()) {
     throw CLI::RequiredError("--output");
@@ -248,6 +252,7 @@ void addLint(CLI::App& app) {
                       "The format of the result, such as json, instead of its extension");
   command->add_option("--html", options->page, "Also write this page");
   command->add_flag("--quiet", options->quiet, "Print no summary, but name waivers without effect");
+  options->config = [&app] { return app.get_config_ptr()->as<std::string>(); };
   options->server = addServerOptions(*command, &options->serverOutput);
   command->footer(
       "Example:\n  rulecheck lint -o result.pb --html report.html -- -Irtl -f design.f");

@@ -46,9 +46,14 @@ class BadArguments(RulecheckTest):
             ("WIDTH m.v:3-5", "expected RULE FILE"),
             ("WIDTH m.v:", "expected RULE FILE"),
             ("WIDTH :x", "expected RULE FILE"),
+            ("WIDTH m.v:0", "expected RULE FILE"),
         ]
         for number, (waiver, _) in enumerate(waivers):
             self.write(f"waiver{number}", waiver + " -- reason\n")
+        for name in ["m.v", "waivers.txt"]:
+            self.write(name, "")
+        self.write("reason", "WIDTH * -- cut short by an error\n")
+        self.write("keys.ini", "[lint]\n")
         self.write("keys", "[lint]\nseverty=WIDTH=error\n")
         fine = ["lint", "--verilator", self.fake_verilator(""), "-o", "result.pb"]
         cases = [
@@ -60,6 +65,10 @@ class BadArguments(RulecheckTest):
              "--severity WIDTH=bad: expected"),
             ([*fine, "--waivers", "missing", "m.v"], "missing: cannot be read"),
             ([*fine, "--waivers", "broken", "m.v"], "broken:1: expected RULE FILE"),
+            ([*fine, "--waivers", "reason", "m.v"], "reason:1: the reason means that a rule was not checked"),
+            ([*fine[:-1], "waivers.txt", "--waivers", "waivers.txt", "m.v"], "waivers.txt: is the input"),
+            ([*fine, "--html", "./m.v", "m.v"], "./m.v: is the input"),
+            ([*fine, "--config", "keys.ini", "--html", "keys.ini", "m.v"], "keys.ini: is the input"),
             ([*fine, "--waivers", "regex", "m.v"], "regex:1: match=(: missing )"),
             *(([*fine, "--waivers", f"waiver{number}", "m.v"], f"waiver{number}:1: {line}")
               for number, (_, line) in enumerate(waivers)),
@@ -75,6 +84,8 @@ class BadArguments(RulecheckTest):
         for words, line in cases:
             with self.subTest(words):
                 self.assert_error(line, *words)
+        for name in ["m.v", "waivers.txt", "keys.ini"]:
+            self.assertTrue((self.folder / name).exists(), name)
 
     def test_verilator_that_cannot_be_run(self):
         for program in ["./missing", "no-such-verilator"]:
@@ -90,6 +101,9 @@ class BadArguments(RulecheckTest):
                     "fake verilator failed: last words",
                     "lint", "--verilator", program, "-o", "result.pb", "m.v", status=3,
                     preexec_fn=lambda: signal.signal(signal.SIGCHLD, action))
+        self.assert_error(
+            "fake verilator failed: exit status 9", "lint", "--verilator", self.fake_verilator(
+                "%Warning-WIDTH: m.v:1:2: text\n    1 | a\n", status=9), "-o", "result.pb", "m.v", status=3)
         self.assert_error("/bin/false failed: exit status 1", "lint", "--verilator", "/bin/false",
                           "-o", "result.pb", "m.v", status=3)
 
@@ -123,10 +137,11 @@ class Servers(RulecheckTest):
 class OldReports(RulecheckTest):
     def test_do_not_survive_a_failure(self):
         for name in ["result.pb", "page.html"]:
-            self.write(name, "old")
+            self.write("to " + name, "old")
+            (self.folder / name).symlink_to("to " + name)
         self.assert_error("cannot be run", "lint", "--verilator", "./missing", "-o", "result.pb",
                           "--html", "page.html", "m.v", status=3)
-        self.assertEqual(list(self.folder.iterdir()), [])
+        self.assertEqual({path.name for path in self.folder.iterdir()}, {"result.pb", "page.html"})
 
     def test_are_not_a_file_that_is_named_like_the_standard_output(self):
         self.write("-", MODULE)
