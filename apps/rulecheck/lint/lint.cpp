@@ -151,7 +151,7 @@ std::string summary(const SessionResult& result) {
   }
   std::ostringstream out;
   const auto add = [&out](const std::string& label, std::size_t count) {
-    out << "  " << std::left << std::setw(20) << label << std::right << std::setw(5) << count
+    out << "  " << std::left << std::setw(24) << label << std::right << std::setw(5) << count
         << '\n';
   };
   out << "Findings\n";
@@ -162,7 +162,7 @@ std::string summary(const SessionResult& result) {
   }
   add("waived", waived);
   add("rules affirmed", result.affirmations().hashmap().size());
-  add("rules not checked", unchecked.size());
+  add("rules not fully checked", unchecked.size());
   return out.str();
 }
 

@@ -205,7 +205,7 @@ class Findings(LintTest):
             printed,
             r"\AFindings\n"
             r"  fatal +0\n  error +1\n  critical warning +1\n  warning +1\n  advisory +1\n"
-            rf"  waived +0\n  rules affirmed +{RULES - 4}\n  rules not checked +0\n\Z")
+            rf"  waived +0\n  rules affirmed +{RULES - 4}\n  rules not fully checked +0\n\Z")
         url = result["violations"]["hashmap"]["1"]["details"]["args"]["arg"][0]["ref"]["url"]
         self.assertEqual(url["path"], f"{self.folder}/narrow.v".replace(" ", "%20"))
         self.assertEqual(url["fragment"], "L7C27")
@@ -263,7 +263,7 @@ class Findings(LintTest):
         unchecked = findings(result, "waivedViolations")
         self.assertEqual(len(unchecked), RULES - 1)
         self.assertIn(("WIDTH", "m.v:1:2", "cut short by an error"), unchecked)
-        self.assertRegex(printed, rf"rules affirmed +0\n  rules not checked +{RULES - 1}\n")
+        self.assertRegex(printed, rf"rules affirmed +0\n  rules not fully checked +{RULES - 1}\n")
 
 
 class Rules(LintTest):
