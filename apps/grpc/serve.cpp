@@ -142,8 +142,6 @@ rule_server::Environment environmentOf(const Options& options, rule_server::File
   environment.token = tokenFor(options);
   environment.files = files;
   environment.limits = options.limits;
-  environment.now = rule_server::millisecondsSince1970;
-  environment.newUuid = rule_server::randomUuid;
   environment.page = [](const auto& result) { return page(result); };
   return environment;
 }
